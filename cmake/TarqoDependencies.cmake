@@ -1,0 +1,21 @@
+# Libraries from the package manager, each behind one target.
+
+find_package(nlohmann_json 3.11 REQUIRED)
+find_package(Threads REQUIRED)
+
+if(NOT APPLE)
+  find_package(PkgConfig REQUIRED)
+  pkg_check_modules(ICU REQUIRED IMPORTED_TARGET icu-uc icu-i18n)
+  pkg_check_modules(PNG REQUIRED IMPORTED_TARGET libpng)
+  if(TARQO_DESKTOP)
+    pkg_check_modules(SYSTEMD REQUIRED IMPORTED_TARGET libsystemd)
+    pkg_check_modules(XCB REQUIRED IMPORTED_TARGET
+      xcb xcb-shm xcb-composite xcb-res xcb-damage xcb-xtest xcb-randr)
+    pkg_check_modules(GIO REQUIRED IMPORTED_TARGET gio-unix-2.0)
+  endif()
+endif()
+
+if(TARQO_TESTS)
+  find_package(GTest REQUIRED)
+  include(GoogleTest)
+endif()

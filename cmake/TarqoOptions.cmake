@@ -1,0 +1,24 @@
+# What every target of the project shares: the language level, the warnings, the sanitizers.
+
+option(TARQO_TESTS "Build the tests" ON)
+option(TARQO_DESKTOP "Build the backend of this system and what needs it" ON)
+option(TARQO_BENCH "Build the benchmarks" OFF)
+option(TARQO_WERROR "Treat warnings as errors" ON)
+set(TARQO_SANITIZE "" CACHE STRING "Sanitizers to build with, as -fsanitize takes them")
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+add_library(tarqo_options INTERFACE)
+target_include_directories(tarqo_options INTERFACE ${CMAKE_SOURCE_DIR})
+target_compile_options(tarqo_options INTERFACE
+  $<$<COMPILE_LANGUAGE:CXX>:-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor
+  -Woverloaded-virtual>
+  $<$<BOOL:${TARQO_WERROR}>:-Werror>)
+if(TARQO_SANITIZE)
+  target_compile_options(tarqo_options INTERFACE -fsanitize=${TARQO_SANITIZE} -fno-omit-frame-pointer
+    -fno-sanitize-recover=all)
+  target_link_options(tarqo_options INTERFACE -fsanitize=${TARQO_SANITIZE})
+endif()

@@ -1,0 +1,153 @@
+// The accessibility service: reads and drives the elements of another application's interface.
+//
+// The vocabulary is that of the protocol: roles ("AXButton"), attributes ("AXTitle"), actions
+// ("AXPress") and notifications ("AXValueChanged"). A backend whose system speaks differently
+// translates at its border.
+//
+// Worker thread only, but for the callback of an `Observer`. Every call that asks the target blocks
+// for at most the messaging time-out of its application element and then gives the empty result: an
+// error, a missing attribute, a dead or hung target all look like absence.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+#include "platform/clock.h"
+#include "platform/geometry.h"
+
+namespace tarqo {
+
+/// A process id. Values below 1 name no process.
+using Pid = std::int32_t;
+
+/// What a backend knows of one accessibility object.
+class ElementObject {
+ public:
+  virtual ~ElementObject() = default;
+
+  /// True when both stand for the same object of the same application, however each was obtained.
+  /// Costs no round trip.
+  [[nodiscard]] virtual bool same(const ElementObject& other) const = 0;
+};
+
+/// One accessibility object of an application, held by shared reference. Holding one does not keep
+/// the object alive in its application. Never null.
+class Element {
+ public:
+  explicit Element(std::shared_ptr<const ElementObject> object) : object_(std::move(object)) {}
+
+  [[nodiscard]] const ElementObject& object() const { return *object_; }
+
+  bool operator==(const Element& other) const {
+    return object_ == other.object_ || object_->same(*other.object_);
+  }
+
+ private:
+  std::shared_ptr<const ElementObject> object_;
+};
+
+/// An absolute web or file address, as the application gave it.
+struct Url {
+  std::string absolute;
+
+  bool operator==(const Url&) const = default;
+};
+
+/// A value of a type that the protocol makes no use of; it exists, that is all.
+struct OtherValue {
+  bool operator==(const OtherValue&) const = default;
+};
+
+struct Value;
+using Values = std::vector<Value>;
+
+/// The value of an attribute. Texts are UTF-8; points and sizes are in screen points.
+struct Value {
+  std::variant<std::string, bool, double, Point, Size, Url, Element, Values, OtherValue> is;
+
+  template <typename T>
+  [[nodiscard]] const T* as() const {
+    return std::get_if<T>(&is);
+  }
+};
+
+/// The name under which an observer reports that the target's toolkit has acknowledged an action
+/// performed through `Accessibility::perform`. Toolkits that announce nothing when a button is
+/// pressed still acknowledge the request, and that is the one sign of life every press causes. Only
+/// backends of such toolkits send it, for the observed process, without a subscription.
+inline constexpr std::string_view kActionAcknowledged = "AXActionAcknowledged";
+
+/// Listens to one process. Destroying it ends the delivery: no callback runs or starts afterwards.
+class Observer {
+ public:
+  virtual ~Observer() = default;
+
+  /// Also reports `notification` of `element`; of an application element, that of every element of
+  /// the application. False when the element or the name is not supported, harmless when repeated.
+  virtual bool add(const Element& element, std::string_view notification) = 0;
+};
+
+/// Called with the notification's name on the main loop's thread, never on the worker.
+using NotificationCallback = std::function<void(std::string_view notification)>;
+
+/// While it lives, the backend may answer reads from what it read ahead. Dropped with the scope.
+class TreeRead {
+ public:
+  virtual ~TreeRead() = default;
+};
+
+class Accessibility {
+ public:
+  virtual ~Accessibility() = default;
+
+  /// The application element of a process; calls through it and through elements reached from it
+  /// wait for at most `messagingTimeout` each. Does not check that the process exists.
+  [[nodiscard]] virtual Element application(Pid pid, Duration messagingTimeout) = 0;
+
+  /// One attribute; none when it is unsupported, has no value, or could not be read.
+  [[nodiscard]] virtual std::optional<Value> attribute(const Element& element,
+                                                       std::string_view name) = 0;
+
+  /// Many attributes in one round trip: one slot for each name, in order, none where that attribute
+  /// failed. An empty list when the call as a whole failed.
+  [[nodiscard]] virtual std::vector<std::optional<Value>> attributes(
+      const Element& element, std::span<const std::string_view> names) = 0;
+
+  /// The names of the actions the element offers, in its own order.
+  [[nodiscard]] virtual std::vector<std::string> actionNames(const Element& element) = 0;
+
+  /// Performs an action. True when the application took it; that says nothing of its effect. The
+  /// application may still be busy with it when this returns.
+  [[nodiscard]] virtual bool perform(const Element& element, std::string_view action) = 0;
+
+  /// Sets an attribute; true when the application accepted the value.
+  [[nodiscard]] virtual bool set(const Element& element, std::string_view name,
+                                 const Value& value) = 0;
+
+  /// Whether an attribute can be set; false when that could not be learnt.
+  [[nodiscard]] virtual bool isSettable(const Element& element, std::string_view name) = 0;
+
+  /// The deepest element of any application at a point of the screen, as the pointer would meet it.
+  [[nodiscard]] virtual std::optional<Element> elementAt(Point point) = 0;
+
+  /// The process an element belongs to. Costs no round trip.
+  [[nodiscard]] virtual std::optional<Pid> pidOf(const Element& element) = 0;
+
+  /// Starts listening to a process; null when the system refuses.
+  [[nodiscard]] virtual std::unique_ptr<Observer> observe(Pid pid,
+                                                          NotificationCallback callback) = 0;
+
+  /// Opens a scope for reading the tree under `window` until `deadline`. May read ahead before it
+  /// returns, but never past the deadline. Null is allowed and means that nothing is read ahead.
+  [[nodiscard]] virtual std::unique_ptr<TreeRead> readTree(const Element& window,
+                                                           Instant deadline) = 0;
+};
+
+}  // namespace tarqo

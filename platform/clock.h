@@ -1,0 +1,39 @@
+// Time as a service: the only way in which the core learns the time, waits, or starts a thread.
+#pragma once
+
+#include <chrono>
+#include <functional>
+
+namespace tarqo {
+
+/// A moment on the steady clock: never set back, unrelated to the calendar. The default value lies
+/// before every moment a clock returns ("the distant past").
+using Instant = std::chrono::steady_clock::time_point;
+inline constexpr Instant kDistantPast = Instant::min();
+
+using WallTime = std::chrono::time_point<std::chrono::system_clock, std::chrono::microseconds>;
+using Duration = std::chrono::steady_clock::duration;
+
+class Clock {
+ public:
+  virtual ~Clock() = default;
+
+  /// The steady clock, for deadlines and ages. Any thread.
+  [[nodiscard]] virtual Instant now() = 0;
+
+  /// The calendar's time (UTC), for what the client reads. Any thread.
+  [[nodiscard]] virtual WallTime wall() = 0;
+
+  /// Blocks the calling thread for `duration`; nothing is delivered on it meanwhile.
+  virtual void sleep(Duration duration) = 0;
+
+  /// Runs the calling thread's event loop for a slice, so that completions meant for this thread
+  /// can arrive. Always lasts its whole time, also on a thread whose loop has nothing to serve.
+  virtual void turn(Duration slice) = 0;
+
+  /// Runs `body` on a thread of its own and returns at once. The thread is never joined: a body
+  /// must own or share whatever it touches.
+  virtual void background(std::function<void()> body) = 0;
+};
+
+}  // namespace tarqo

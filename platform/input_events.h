@@ -1,0 +1,92 @@
+// Synthesised pointer and keyboard events, posted where a device's own would enter the system.
+//
+// An event is created first and posted after, because a failed creation is told apart. Worker
+// thread only; posting returns before anybody has received the event.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <variant>
+
+#include "platform/geometry.h"
+
+namespace tarqo {
+
+enum class MouseEventType { moved, leftDown, leftUp, leftDragged, rightDown, rightUp };
+
+struct MouseEvent {
+  MouseEventType type = MouseEventType::moved;
+  Point at;
+  int clickState = 0;  ///< Which click of a row this is, from 1; 0 for events that are no click.
+
+  bool operator==(const MouseEvent&) const = default;
+};
+
+/// Modifier masks of `KeyEvent::modifiers`.
+using Modifiers = std::uint64_t;
+inline constexpr Modifiers kModifierShift = 0x20000;
+inline constexpr Modifiers kModifierControl = 0x40000;
+inline constexpr Modifiers kModifierAlternate = 0x80000;
+inline constexpr Modifiers kModifierCommand = 0x100000;
+
+/// A key by its virtual key code on the ANSI layout, with exactly these modifiers: a modifier that
+/// the user holds and that is not among them does not count.
+struct KeyEvent {
+  std::uint16_t keyCode = 0;
+  bool down = false;
+  Modifiers modifiers = 0;
+
+  bool operator==(const KeyEvent&) const = default;
+};
+
+/// A key that carries text of its own, whatever the keyboard layout: one grapheme cluster in UTF-8.
+struct TextEvent {
+  std::string text;
+  bool down = false;
+
+  bool operator==(const TextEvent&) const = default;
+};
+
+/// A turn of the wheel at the pointer's position, in pixels; positive moves the content down.
+struct ScrollEvent {
+  std::int32_t pixels = 0;
+
+  bool operator==(const ScrollEvent&) const = default;
+};
+
+using InputEvent = std::variant<MouseEvent, KeyEvent, TextEvent, ScrollEvent>;
+
+/// An event that the system has made and that waits to be posted.
+class CreatedEvent {
+ public:
+  virtual ~CreatedEvent() = default;
+};
+
+/// What a row of events shares. Whatever a row changed on the system (a key bound to a character) is
+/// put back when its source is destroyed.
+class EventSource {
+ public:
+  virtual ~EventSource() = default;
+};
+
+class InputEvents {
+ public:
+  virtual ~InputEvents() = default;
+
+  /// A source for a row of events that belong together; `text` is all the text that the row will
+  /// type, so that a backend can make it ready at once. Null when the system refuses; events can be
+  /// created without one.
+  [[nodiscard]] virtual std::unique_ptr<EventSource> makeSource(const std::string& text) = 0;
+
+  /// Makes an event; null when the system cannot.
+  [[nodiscard]] virtual std::unique_ptr<CreatedEvent> create(EventSource* source,
+                                                             const InputEvent& event) = 0;
+
+  virtual void post(const CreatedEvent& event) = 0;
+
+  [[nodiscard]] virtual std::optional<Point> pointerLocation() = 0;
+};
+
+}  // namespace tarqo
