@@ -144,9 +144,10 @@ class Accessibility {
   [[nodiscard]] virtual std::unique_ptr<Observer> observe(Pid pid,
                                                           NotificationCallback callback) = 0;
 
-  /// Opens a scope for reading the tree under `window` until `deadline`. May read ahead before it
-  /// returns, but never past the deadline. Null is allowed and means that nothing is read ahead.
-  [[nodiscard]] virtual std::unique_ptr<TreeRead> readTree(const Element& window,
+  /// Opens a scope for reading the tree under `root` (a window, a menu bar) until `deadline`. May
+  /// read ahead before it returns, but never past the deadline. Null is allowed and means that
+  /// nothing is read ahead. One scope at a time.
+  [[nodiscard]] virtual std::unique_ptr<TreeRead> readTree(const Element& root,
                                                            Instant deadline) = 0;
 };
 

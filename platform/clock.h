@@ -6,10 +6,12 @@
 
 namespace tarqo {
 
-/// A moment on the steady clock: never set back, unrelated to the calendar. The default value lies
-/// before every moment a clock returns ("the distant past").
+/// A moment on the steady clock: never set back, unrelated to the calendar.
 using Instant = std::chrono::steady_clock::time_point;
-inline constexpr Instant kDistantPast = Instant::min();
+
+/// Lies before every moment a clock returns, yet near enough that ages counted from it do not
+/// overflow.
+inline constexpr Instant kDistantPast{-std::chrono::hours(24 * 365 * 100)};
 
 using WallTime = std::chrono::time_point<std::chrono::system_clock, std::chrono::microseconds>;
 using Duration = std::chrono::steady_clock::duration;

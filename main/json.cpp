@@ -1,0 +1,151 @@
+#include "main/json.h"
+
+#include <cmath>
+
+namespace tarqo {
+namespace {
+
+constexpr int kMaxNesting = 512;
+
+// The library destroys and writes values recursively, so depth is bounded before it builds any.
+bool nestsTooDeep(std::string_view text) {
+  int depth = 0;
+  bool quoted = false;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const char c = text[i];
+    if (quoted) {
+      if (c == '\\') {
+        ++i;
+      } else if (c == '"') {
+        quoted = false;
+      }
+    } else if (c == '"') {
+      quoted = true;
+    } else if (c == '[' || c == '{') {
+      if (++depth > kMaxNesting) {
+        return true;
+      }
+    } else if (c == ']' || c == '}') {
+      --depth;
+    }
+  }
+  return false;
+}
+
+// "[json.exception.parse_error.101] parse error at …" without the library's own label.
+std::string withoutLabel(const std::string& what) {
+  const std::size_t end = what.find("] ");
+  return end == std::string::npos ? what : what.substr(end + 2);
+}
+
+constexpr double kTwoTo63 = 9223372036854775808.0;
+
+bool fitsInteger(double number) {
+  return std::trunc(number) == number && number >= -kTwoTo63 && number < kTwoTo63;
+}
+
+// Writes whole doubles as integers; false when a number is not finite.
+bool normalizeNumbers(Json& value) {
+  if (value.is_number_float()) {
+    const double number = value.get<double>();
+    if (!std::isfinite(number)) {
+      return false;
+    }
+    if (fitsInteger(number)) {
+      value = static_cast<std::int64_t>(number);
+    }
+    return true;
+  }
+  if (value.is_structured()) {
+    for (Json& item : value) {
+      if (!normalizeNumbers(item)) {
+        return false;
+      }
+    }
+  }
+  return true;
+}
+
+const Json* member(const Json& object, std::string_view key) {
+  if (!object.is_object()) {
+    return nullptr;
+  }
+  const auto found = object.find(key);
+  return found == object.end() ? nullptr : &*found;
+}
+
+}  // namespace
+
+Json parseJson(std::string_view text) {
+  if (nestsTooDeep(text)) {
+    throw JsonError("The JSON text nests deeper than 512 levels.");
+  }
+  try {
+    Json value = Json::parse(text);
+    if (value.is_structured()) {
+      return value;
+    }
+  } catch (const Json::exception& error) {
+    throw JsonError("The line is not valid JSON: " + withoutLabel(error.what()));
+  }
+  throw JsonError("The JSON text did not start with an array or object.");
+}
+
+std::optional<std::string> serializeJson(Json value) {
+  if (!normalizeNumbers(value)) {
+    return std::nullopt;
+  }
+  const std::string plain = value.dump(-1, ' ', false, Json::error_handler_t::replace);
+  std::string escaped;
+  escaped.reserve(plain.size() + plain.size() / 32);
+  for (const char c : plain) {  // A slash can only stand inside a text.
+    if (c == '/') {
+      escaped += '\\';
+    }
+    escaped += c;
+  }
+  return escaped;
+}
+
+std::optional<std::string> textMember(const Json& object, std::string_view key) {
+  const Json* value = member(object, key);
+  if (value == nullptr || !value->is_string()) {
+    return std::nullopt;
+  }
+  return value->get<std::string>();
+}
+
+std::optional<bool> booleanMember(const Json& object, std::string_view key) {
+  const Json* value = member(object, key);
+  if (value == nullptr || !value->is_boolean()) {
+    return std::nullopt;
+  }
+  return value->get<bool>();
+}
+
+std::optional<double> numberMember(const Json& object, std::string_view key) {
+  const Json* value = member(object, key);
+  if (value == nullptr || !value->is_number()) {
+    return std::nullopt;
+  }
+  return value->get<double>();
+}
+
+std::optional<std::int64_t> integerMember(const Json& object, std::string_view key) {
+  const Json* value = member(object, key);
+  if (value == nullptr || !value->is_number()) {
+    return std::nullopt;
+  }
+  if (value->is_number_unsigned()) {
+    const auto number = value->get<std::uint64_t>();
+    return number > INT64_MAX ? std::nullopt
+                              : std::optional(static_cast<std::int64_t>(number));
+  }
+  if (value->is_number_integer()) {
+    return value->get<std::int64_t>();
+  }
+  const double number = value->get<double>();
+  return fitsInteger(number) ? std::optional(static_cast<std::int64_t>(number)) : std::nullopt;
+}
+
+}  // namespace tarqo

@@ -1,0 +1,42 @@
+// JSON as the protocol reads and writes it.
+//
+// Objects keep their keys sorted by bytes. Reading arguments never fails: a value of the wrong type
+// counts as absent. Any thread; waits for nothing.
+#pragma once
+
+#include <cstdint>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace tarqo {
+
+using Json = nlohmann::json;
+
+/// A request line that is no JSON text, with a sentence that says where it goes wrong.
+class JsonError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+/// The object or array in `text`, which must be valid UTF-8. Throws `JsonError` for anything else:
+/// a syntax error, a scalar at the top, nesting deeper than 512.
+[[nodiscard]] Json parseJson(std::string_view text);
+
+/// `value` on one line: no spaces, "/" escaped, whole numbers without a fraction. None when it holds
+/// a number that JSON cannot express.
+[[nodiscard]] std::optional<std::string> serializeJson(Json value);
+
+/// The member `key` of an object when it has that type.
+[[nodiscard]] std::optional<std::string> textMember(const Json& object, std::string_view key);
+[[nodiscard]] std::optional<bool> booleanMember(const Json& object, std::string_view key);
+
+/// Any JSON number; a boolean is none.
+[[nodiscard]] std::optional<double> numberMember(const Json& object, std::string_view key);
+
+/// A JSON integer, or a number without a fractional part, that fits; a boolean is none.
+[[nodiscard]] std::optional<std::int64_t> integerMember(const Json& object, std::string_view key);
+
+}  // namespace tarqo

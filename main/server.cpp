@@ -1,0 +1,128 @@
+#include "main/server.h"
+
+#include <array>
+#include <cmath>
+#include <new>
+
+#include "host/list_targets.h"
+#include "main/failure.h"
+#include "platform/unicode.h"
+
+namespace tarqo {
+namespace {
+
+constexpr std::string_view kClose = "close";
+
+Json nativeError(std::string_view message) {
+  return {{"code", "native_error"}, {"message", message}};
+}
+
+Json errorObject(const Failure& failure) {
+  Json error = failure.detail();
+  error["code"] = failure.code();
+  error["message"] = failure.message();
+  return error;
+}
+
+Json errorObject(const std::exception& error) {
+  if (const auto* failure = dynamic_cast<const Failure*>(&error)) {
+    return errorObject(*failure);
+  }
+  if (dynamic_cast<const std::bad_alloc*>(&error) != nullptr) {
+    return nativeError("The request needs more memory than the system has.");
+  }
+  return nativeError(error.what());
+}
+
+// The 32-bit value of a "pid": fractions are cut off, booleans count as 0 and 1.
+std::optional<Pid> pidMember(const Json& args) {
+  const auto found = args.find("pid");
+  if (found == args.end()) {
+    return std::nullopt;
+  }
+  if (found->is_boolean()) {
+    return found->get<bool>() ? 1 : 0;
+  }
+  if (!found->is_number()) {
+    return std::nullopt;
+  }
+  const double number = std::trunc(found->get<double>());
+  // No process has an id outside 32 bits; 0 ends the search for a host at once.
+  return number >= INT32_MIN && number <= INT32_MAX ? static_cast<Pid>(number) : 0;
+}
+
+}  // namespace
+
+Server::Server(const Platform& platform)
+    : platform_(platform),
+      hosts_(platform_),
+      grants_(platform_, hosts_),
+      session_(platform_, hosts_, grants_) {}
+
+Json Server::hostResult(const Json& args) {
+  if (const auto host = hosts_.responsibleHost(pidMember(args))) {
+    return {{"host", host->json()}, {"known", true}};
+  }
+  return {{"host", {{"name", HOST_FALLBACK}}}, {"known", false}};
+}
+
+Json Server::result(const std::string& method, const Json& args) {
+  struct Row {
+    std::string_view name;
+    Json (*call)(Server&, const Json&);
+  };
+  static constexpr std::array kMethods{
+      Row{"listTargets", [](Server& s, const Json&) { return listTargets(s.platform_); }},
+      Row{"preflight", [](Server& s, const Json&) { return s.grants_.preflight(); }},
+      Row{"host", [](Server& s, const Json& args) { return s.hostResult(args); }},
+      Row{"connect", [](Server& s, const Json& args) { return s.session_.connect(args); }},
+      Row{"observe", [](Server& s, const Json& args) { return s.session_.observe(args); }},
+      Row{"geometry", [](Server& s, const Json&) { return s.session_.geometry(); }},
+      Row{"settle", [](Server& s, const Json& args) { return s.session_.settle(args); }},
+      Row{"click", [](Server& s, const Json& args) { return s.session_.click(args); }},
+  };
+  for (const Row& row : kMethods) {
+    if (row.name == method) {
+      return row.call(*this, args);
+    }
+  }
+  fail(failures::kUnknownMethod);
+}
+
+Served Server::serve(std::string_view line) noexcept {
+  try {
+    Json response = {{"id", nullptr}};
+    try {
+      const Json request = parseJson(unicode::repaired(line));
+      if (!request.is_object()) {
+        fail(failures::kNotARequest);
+      }
+      if (const auto id = request.find("id"); id != request.end()) {
+        response["id"] = *id;
+      }
+      const auto method = textMember(request, "method");
+      if (!method) {
+        fail(failures::kUnknownMethod);
+      }
+      if (*method == kClose) {
+        return {std::nullopt, true};
+      }
+      const auto args = request.find("args");
+      response["result"] =
+          result(*method, args != request.end() && args->is_object() ? *args : Json::object());
+    } catch (const std::exception& error) {
+      response["error"] = errorObject(error);
+    }
+    return {serializeJson(std::move(response)), false};
+  } catch (...) {  // Not even the error could be written down.
+    return {};
+  }
+}
+
+std::string Server::requestTooLarge() {
+  const Json response = {{"id", nullptr},
+                         {"error", nativeError("The request line is too long to be held in memory.")}};
+  return serializeJson(response).value_or("");
+}
+
+}  // namespace tarqo

@@ -1,0 +1,43 @@
+// From one request line to one response line.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "host/grants.h"
+#include "host/responsible_host.h"
+#include "main/json.h"
+#include "session/session.h"
+
+namespace tarqo {
+
+/// What became of a request. `response` has no line end; it is none when there is nothing to write.
+struct Served {
+  std::optional<std::string> response;
+  bool close = false;  ///< The client asked for the end of the process.
+};
+
+/// Owns the one session and what it remembers of host and grants. Worker thread only; a request may
+/// take as long as the waits of its method.
+class Server {
+ public:
+  explicit Server(const Platform& platform);
+
+  /// Serves a request line of any bytes, without its line end. Never throws.
+  [[nodiscard]] Served serve(std::string_view line) noexcept;
+
+  /// The response to a request line that could not be held in memory.
+  [[nodiscard]] static std::string requestTooLarge();
+
+ private:
+  Json result(const std::string& method, const Json& args);
+  Json hostResult(const Json& args);
+
+  Platform platform_;
+  HostFinder hosts_;
+  Grants grants_;
+  Session session_;
+};
+
+}  // namespace tarqo

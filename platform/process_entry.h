@@ -1,0 +1,28 @@
+// What of the helper's own start and end only the system can do.
+#pragma once
+
+#include <cstddef>
+#include <cstdio>
+#include <functional>
+
+namespace tarqo {
+
+/// The two streams of the protocol, taken away from everybody else: afterwards descriptor 0 reads the
+/// null device and descriptor 1 writes to standard error, so that no library and no child process can
+/// eat a request or slip a line between responses. Also makes writing to a closed pipe or socket an
+/// ordinary error instead of the end of the process. Call once, before any thread starts. A stream
+/// is null when the system gives none.
+struct ProtocolStreams {
+  std::FILE* in = nullptr;
+  std::FILE* out = nullptr;
+};
+[[nodiscard]] ProtocolStreams claimStandardStreams();
+
+/// Runs `body` on a new thread with a stack of `stackBytes`, never joined. False when the system
+/// gives no thread.
+[[nodiscard]] bool startThread(std::size_t stackBytes, std::function<void()> body);
+
+/// Ends the process at once: no destructors, so that no thread finds its objects gone.
+[[noreturn]] void endProcess(int status);
+
+}  // namespace tarqo
