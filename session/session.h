@@ -1,0 +1,164 @@
+// The session: the one target application, its window, and the nodes of the last observation.
+//
+// One instance for the life of the process. Its methods are implemented in the folder of their
+// subject: session/ (connecting, windows, notifications, the gate), observe/, input/. Worker thread
+// only; the journal alone is also written from the main loop's thread. The public methods take the
+// request's "args" and give its "result", or throw a `Failure`.
+#pragma once
+
+#include <array>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "ax/description.h"
+#include "host/grants.h"
+#include "main/json.h"
+#include "platform/platform.h"
+#include "session/journal.h"
+#include "session/node_table.h"
+
+namespace tarqo {
+
+class Session {
+ public:
+  using Stored = StoredNode;
+
+  /// The notifications the helper subscribes to.
+  static constexpr std::array<std::string_view, 17> WATCHED{
+      "AXMenuOpened",          "AXMenuClosed",
+      "AXMenuItemSelected",    "AXFocusedUIElementChanged",
+      "AXValueChanged",        "AXTitleChanged",
+      "AXLayoutChanged",       "AXRowCountChanged",
+      "AXSelectedRowsChanged", "AXSelectedChildrenChanged",
+      "AXCreated",             "AXUIElementDestroyed",
+      "AXWindowCreated",       "AXWindowResized",
+      "AXWindowMoved",         "AXApplicationActivated",
+      "AXSelectedTextChanged"};
+
+  /// A window narrower or lower than this many points counts as not shown.
+  static constexpr double minimumWindowSide = 120;
+
+  /// Where the target window is in the window server's list. `number` belongs to `exact`.
+  struct WindowPlacement {
+    enum class Kind {
+      exact,    ///< At its frame, with nothing of another application over it.
+      covered,  ///< Another application's window intersects it from above.
+      missing   ///< Hidden, minimised, too small, off every display, or not in the list.
+    };
+    Kind kind = Kind::missing;
+    WindowNumber number = 0;
+  };
+
+  Session(const Platform& platform, HostFinder& hosts, Grants& grants);
+
+  // session/
+  [[nodiscard]] Json connect(const Json& args);
+  [[nodiscard]] Json settle(const Json& args);
+
+  // observe/
+  [[nodiscard]] Json observe(const Json& args);
+  [[nodiscard]] Json geometry();
+
+  // input/
+  [[nodiscard]] Json click(const Json& args);
+
+ private:
+  /// A window image taken by text recognition, kept for the observation it belongs to.
+  struct Observation {
+    Image image;
+    Rect bounds;
+    std::string at;
+  };
+
+  // session/: the gate. Throws "session_locked", "ax_not_trusted", "app_closed".
+  Element requireApp();
+
+  // session/: connecting and windows.
+  RunningApplication launch(const std::string& bundleId);
+  void bindSite(const std::string& bundleId, const Json& args, bool mayLaunch);
+  Json connectResult(const std::string& bundleId);
+  std::optional<Element> primaryWindow(const Element& app);
+  std::optional<Element> reopenWindow(const std::string& bundleId, const Element& app);
+  /// Waits up to 1.5 s, then 0.12 s more. Throws "app_closed", "focus_failed".
+  void activate(const Element& app);
+  std::vector<Element> windowsOf(const Element& app);
+  std::vector<Element> siteWindows(const Element& app);
+  Json windowsSeen(const Element& app);
+  bool isFrontmost();
+
+  // session/: notifications.
+  void listen(Pid pid);
+  void watch(const Element& element);
+  /// Waits until `windowMs` after `since`, less when something answers.
+  bool pressAnswered(Instant since, double windowMs = 350);
+
+  // observe/
+  Json snapshot(const Json& args);
+  Element requireWindowToSnapshot(const Element& app);
+  bool isMinimized(const Element& window);
+  bool isAppHidden();
+  bool isOnScreen(const Rect& frame);
+  WindowPlacement windowPlacement(const Rect& frame);
+  WindowPlacement settledPlacement(const Rect& bounds);
+  /// Waits for placement and for each technique; see the constants in capture.cpp.
+  Image captureWindow(const Rect& bounds);
+  std::optional<Image> captureWith(CaptureTechnique technique, WindowNumber window,
+                                   const Rect& bounds);
+  std::optional<Image> captureWindowImage(WindowNumber window);
+  std::optional<Image> captureDisplay(const Rect& bounds);
+  std::vector<RecognizedLine> recognizeText(const Image& image);
+  Stored requireCurrentNode(const std::string& previousNodeId);
+  std::string renewedNodeId(const Stored& previous);
+  Observation windowImage(const Rect& bounds);
+  Json encodedImage(const Observation& observation);
+  void requireSameWindow(const Element& window, const Rect& frame);
+
+  // input/: the proofs before an event.
+  void verifyIdentity(const Stored& stored);
+  void verifyInsideApp(Point point);
+  void verifyPointer(Point point, const Element& target);
+  std::string coveredMessage(Point point, const Element& hit, const Element& target);
+  const std::optional<std::string>& ownApp();
+  bool isOwnApp(Pid pid);
+  Stored requireFreshNode(const Json& args, const FailureText& expired);
+  Json clickRecognizedText(const std::string& nodeId, const Stored& stored, const Element& app);
+  Json clickElement(const std::string& nodeId, const Stored& stored, const Element& app,
+                    std::int64_t count);
+  bool pressByAccessibility(const Element& element, bool& unanswered);
+
+  // input/: events.
+  void post(EventSource* source, const InputEvent& event);
+  void press(Point point, int count = 1);
+  void glide(Point point, EventSource* source, Duration settle);
+
+  [[nodiscard]] std::string timestampNow();
+
+  const Platform& platform_;
+  HostFinder& hosts_;
+  Grants& grants_;
+
+  std::optional<RunningApplication> running_;
+  std::optional<Element> app_;
+  std::optional<Element> window_;
+  std::optional<std::string> boundSite_;
+  NodeTable nodes_;
+  Instant snapshotAt_ = kDistantPast;
+  std::optional<Observation> observationImage_;
+  Instant actedAt_ = kDistantPast;
+  Journal journal_;
+  /// Declared after the journal it writes to, so that it falls silent first.
+  std::unique_ptr<Observer> observer_;
+  /// None until first asked for; then the bundle that holds the helper, or none in it.
+  std::optional<std::optional<std::string>> ownApp_;
+};
+
+/// How old an observation may be for one of its nodes to be acted on or followed.
+inline constexpr Duration kSnapshotLifetime = std::chrono::seconds(60);
+
+/// What a call on the target's accessibility may take.
+inline constexpr Duration kMessagingTimeout = std::chrono::milliseconds(300);
+
+}  // namespace tarqo
