@@ -1,0 +1,76 @@
+// Simulated input: events are written down, and act on the scene as a device's own would.
+#pragma once
+
+#include <optional>
+
+#include "platform/input_events.h"
+#include "platform/sim/sim_accessibility.h"
+#include "platform/sim/sim_world.h"
+
+namespace tarqo::sim {
+
+/// The pointer: where it is, and what its buttons do to what lies under it.
+class Pointer {
+ public:
+  Pointer(World& world, AccessibilityService& accessibility)
+      : world_(world), accessibility_(accessibility) {}
+
+  std::optional<Point> location{Point{0, 0}};  ///< None: it cannot be read.
+
+  void handle(const MouseEvent& event);
+
+ private:
+  void pressed(Node& node);
+  void clicked(Node& node, int clickState);
+  void rightClicked(Node& node);
+
+  World& world_;
+  AccessibilityService& accessibility_;
+  Node* leftDown_ = nullptr;
+  Node* rightDown_ = nullptr;
+};
+
+/// The keyboard: its events go to the application in front.
+class Keyboard {
+ public:
+  explicit Keyboard(World& world) : world_(world) {}
+
+  void handle(const KeyEvent& event);
+  void handle(const TextEvent& event);
+
+ private:
+  World& world_;
+};
+
+class InputEventsService final : public InputEvents {
+ public:
+  InputEventsService(World& world, AccessibilityService& accessibility)
+      : pointer(world, accessibility), keyboard_(world), world_(world) {}
+
+  Pointer pointer;
+
+  // Faults: what cannot be created.
+  bool refusesSources = false;
+  bool refusesMouse = false;
+  bool refusesKeys = false;
+  bool refusesText = false;
+  bool refusesScroll = false;
+
+  [[nodiscard]] std::unique_ptr<EventSource> makeSource(const std::string& text) override;
+  [[nodiscard]] std::unique_ptr<CreatedEvent> create(EventSource* source,
+                                                     const InputEvent& event) override;
+  void post(const CreatedEvent& event) override;
+  [[nodiscard]] std::optional<Point> pointerLocation() override { return pointer.location; }
+
+ private:
+  [[nodiscard]] bool refuses(const InputEvent& event) const;
+
+  Keyboard keyboard_;
+  World& world_;
+};
+
+/// How the journal writes an event: "move 412,300", "down(1) 412,300", "drag 10,20",
+/// "rightDown(1) 5,5", "key 36 down flags=0x0", "text 한 down", "scroll -120".
+[[nodiscard]] std::string eventText(const InputEvent& event);
+
+}  // namespace tarqo::sim
