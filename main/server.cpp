@@ -74,12 +74,12 @@ Json Server::result(const std::string& method, const Json& args) {
   static constexpr std::array kMethods{
       Row{"listTargets", [](Server& s, const Json&) { return listTargets(s.platform_); }},
       Row{"preflight", [](Server& s, const Json&) { return s.grants_.preflight(); }},
-      Row{"host", [](Server& s, const Json& args) { return s.hostResult(args); }},
-      Row{"connect", [](Server& s, const Json& args) { return s.session_.connect(args); }},
-      Row{"observe", [](Server& s, const Json& args) { return s.session_.observe(args); }},
+      Row{"host", [](Server& s, const Json& a) { return s.hostResult(a); }},
+      Row{"connect", [](Server& s, const Json& a) { return s.session_.connect(a); }},
+      Row{"observe", [](Server& s, const Json& a) { return s.session_.observe(a); }},
       Row{"geometry", [](Server& s, const Json&) { return s.session_.geometry(); }},
-      Row{"settle", [](Server& s, const Json& args) { return s.session_.settle(args); }},
-      Row{"click", [](Server& s, const Json& args) { return s.session_.click(args); }},
+      Row{"settle", [](Server& s, const Json& a) { return s.session_.settle(a); }},
+      Row{"click", [](Server& s, const Json& a) { return s.session_.click(a); }},
   };
   for (const Row& row : kMethods) {
     if (row.name == method) {

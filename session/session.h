@@ -22,6 +22,9 @@
 
 namespace tarqo {
 
+struct NodeList;
+struct WalkFrames;
+
 class Session {
  public:
   using Stored = StoredNode;
@@ -73,6 +76,13 @@ class Session {
     std::string at;
   };
 
+  /// What became of a press through accessibility.
+  enum class Press {
+    refused,    ///< Not offered, or the application did not take it.
+    unanswered, ///< Taken, but nothing happened that could be heard.
+    answered
+  };
+
   // session/: the gate. Throws "session_locked", "ax_not_trusted", "app_closed".
   Element requireApp();
 
@@ -98,6 +108,10 @@ class Session {
   // observe/
   Json snapshot(const Json& args);
   Element requireWindowToSnapshot(const Element& app);
+  std::optional<Json> recognitionStatus(const Json& args, const Element& window,
+                                        const WalkFrames& frames, NodeList& list);
+  std::optional<Json> recognizedNodes(const Element& window, const WalkFrames& frames,
+                                      NodeList& list);
   bool isMinimized(const Element& window);
   bool isAppHidden();
   bool isOnScreen(const Rect& frame);
@@ -123,11 +137,10 @@ class Session {
   std::string coveredMessage(Point point, const Element& hit, const Element& target);
   const std::optional<std::string>& ownApp();
   bool isOwnApp(Pid pid);
-  Stored requireFreshNode(const Json& args, const FailureText& expired);
-  Json clickRecognizedText(const std::string& nodeId, const Stored& stored, const Element& app);
-  Json clickElement(const std::string& nodeId, const Stored& stored, const Element& app,
-                    std::int64_t count);
-  bool pressByAccessibility(const Element& element, bool& unanswered);
+  Stored requireFreshNode(const std::string& nodeId, const FailureText& expired);
+  Json clickRecognizedText(const Stored& stored, const Element& app);
+  Json clickElement(const Stored& stored, const Element& app, std::int64_t count);
+  Press pressByAccessibility(const Element& element);
 
   // input/: events.
   void post(EventSource* source, const InputEvent& event);

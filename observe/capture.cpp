@@ -1,0 +1,157 @@
+// The pixels of the target window, and of nothing else.
+
+#include <algorithm>
+#include <memory>
+
+#include "host/timed.h"
+#include "main/failure.h"
+#include "observe/screens.h"
+#include "session/session.h"
+
+namespace tarqo {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr Duration kSettlingLimit = 1200ms;
+constexpr Duration kSettlingSlice = 150ms;
+constexpr Duration kAfterActivation = 250ms;
+constexpr Duration kWindowImageLimit = 3s;
+constexpr Duration kToolLimit = 5s;
+constexpr Duration kToolSlice = 10ms;
+constexpr Duration kDisplayLimit = 5s;
+constexpr Duration kDisplaySlice = 10ms;
+
+constexpr const char* kCaptureTool = "/usr/sbin/screencapture";
+
+/// Removes the file that a capture tool may have written, whichever way out is taken.
+class TemporaryFile {
+ public:
+  TemporaryFile(Processes& processes, std::string path)
+      : processes_(processes), path_(std::move(path)) {}
+  ~TemporaryFile() { processes_.removeFile(path_); }
+  TemporaryFile(const TemporaryFile&) = delete;
+  TemporaryFile& operator=(const TemporaryFile&) = delete;
+
+  [[nodiscard]] const std::string& path() const { return path_; }
+
+ private:
+  Processes& processes_;
+  std::string path_;
+};
+
+}  // namespace
+
+Image Session::captureWindow(const Rect& bounds) {
+  using Kind = WindowPlacement::Kind;
+  if (!running_) {
+    fail(failures::kAppClosed);
+  }
+  if (!grants_.screenCaptureWorks()) {
+    throw grants_.screenCaptureStale();
+  }
+  const WindowPlacement placement = settledPlacement(bounds);
+  switch (placement.kind) {
+    case Kind::covered:
+      fail(failures::kWindowCovered);
+    case Kind::missing:
+      fail(failures::kWindowNotVisible);
+    case Kind::exact:
+      break;
+  }
+  for (const CaptureTechnique technique : platform_.screenCapture.techniques()) {
+    if (auto image = captureWith(technique, placement.number, bounds)) {
+      return *image;
+    }
+  }
+  fail(failures::kWindowCaptureFailed);
+}
+
+// A window that has just come to the front may still be on its way to its place. A covered one is
+// brought forward, once.
+Session::WindowPlacement Session::settledPlacement(const Rect& bounds) {
+  using Kind = WindowPlacement::Kind;
+  Clock& clock = platform_.clock;
+  const Instant deadline = clock.now() + kSettlingLimit;
+  bool broughtForward = false;
+  WindowPlacement placement = windowPlacement(bounds);
+  while (placement.kind != Kind::exact) {
+    if (placement.kind == Kind::covered && !broughtForward) {
+      broughtForward = true;
+      activate(requireApp());
+      clock.turn(kAfterActivation);
+    } else if (isFrontmost() && clock.now() < deadline) {
+      clock.turn(kSettlingSlice);
+    } else {
+      break;
+    }
+    placement = windowPlacement(bounds);
+  }
+  return placement;
+}
+
+std::optional<Image> Session::captureWith(CaptureTechnique technique, WindowNumber window,
+                                          const Rect& bounds) {
+  switch (technique) {
+    case CaptureTechnique::windowImage:
+      return timed(platform_.clock, kWindowImageLimit,
+                   [&capture = platform_.screenCapture, window] {
+                     return capture.windowImage(window, WindowImageResolution::best);
+                   })
+          .value_or(std::nullopt);
+    case CaptureTechnique::commandLine:
+      return captureWindowImage(window);
+    case CaptureTechnique::displayRegion:
+      return captureDisplay(bounds);
+  }
+  return std::nullopt;
+}
+
+std::optional<Image> Session::captureWindowImage(WindowNumber window) {
+  Processes& processes = platform_.processes;
+  Clock& clock = platform_.clock;
+  const auto random = static_cast<std::uint32_t>(platform_.random.next());
+  const TemporaryFile file(processes, processes.temporaryFolder() + "/tarqo-ax-" +
+                                          std::to_string(processes.ownPid()) + "-" +
+                                          std::to_string(window) + "-" + std::to_string(random) +
+                                          ".png");
+  const auto child = processes.start(
+      kCaptureTool, {"-x", "-o", "-l" + std::to_string(window), "-t", "png", file.path()});
+  if (!child) {
+    return std::nullopt;
+  }
+  const Instant deadline = clock.now() + kToolLimit;
+  while (child->running() && clock.now() < deadline) {
+    clock.sleep(kToolSlice);
+  }
+  if (child->running()) {
+    child->terminate();
+    return std::nullopt;
+  }
+  if (child->exitStatus() != 0) {
+    return std::nullopt;
+  }
+  const auto bytes = processes.readFile(file.path());
+  return bytes ? platform_.images.decodePng(*bytes) : std::nullopt;
+}
+
+std::optional<Image> Session::captureDisplay(const Rect& bounds) {
+  Clock& clock = platform_.clock;
+  const std::vector<Screen> screens = platform_.windowServer.screens();
+  const auto screen = std::find_if(screens.begin(), screens.end(), [&](const Screen& candidate) {
+    return topLeftFrame(candidate, screens.front()).contains(bounds.center());
+  });
+  if (screen == screens.end()) {
+    return std::nullopt;
+  }
+  const auto box = std::make_shared<CompletionBox<std::optional<Image>>>();
+  const Instant deadline = clock.now() + kDisplayLimit;
+  platform_.screenCapture.displayRegion(
+      *screen, bounds, [box](std::optional<Image> image) { box->fill(std::move(image)); });
+  while (!box->filled() && clock.now() < deadline) {
+    clock.sleep(kDisplaySlice);
+  }
+  return box->filled() ? box->take() : std::nullopt;
+}
+
+}  // namespace tarqo

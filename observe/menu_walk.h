@@ -1,0 +1,35 @@
+// The application's menu bar as a flat list of commands.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "observe/tree_walk.h"
+
+namespace tarqo {
+
+/// Lists the menu bar and the enabled leaf items of its menus, at most three menus deep. Has its own
+/// 1.5 s, so that it can neither starve the window's walk nor be starved by it. Worker thread.
+class MenuWalk {
+ public:
+  MenuWalk(const Platform& platform, std::size_t maxNodes, NodeList& list);
+
+  /// Nothing when the application shows no menu bar.
+  void walkMenuBar(const Element& app);
+
+ private:
+  using Path = std::vector<std::string>;
+
+  void offer(const Element& menu, const Path& path, int depth);
+  void emitItem(const Element& item, const Description& description, Path path);
+  bool exhausted() const;
+  std::optional<Element> menuUnder(const Element& item);
+
+  const Platform& platform_;
+  std::size_t maxNodes_;
+  NodeList& list_;
+  Instant deadline_;
+  std::string menuBarId_;
+};
+
+}  // namespace tarqo

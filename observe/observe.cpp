@@ -1,0 +1,147 @@
+// The agent's one look at the target: tree, pixels and times of the same window.
+
+#include <cmath>
+
+#include "main/failure.h"
+#include "observe/base64.h"
+#include "session/session.h"
+
+namespace tarqo {
+namespace {
+
+constexpr double kSameTextDistance = 12;
+
+double distance(Point a, Point b) { return std::hypot(a.x - b.x, a.y - b.y); }
+
+Json omissions(bool withImage, bool truncated) {
+  Json list = Json::array();
+  list.push_back(withImage ? "Only the selected target window is captured; other windows and the "
+                             "desktop are excluded."
+                           : "No window image was captured (image: false).");
+  if (truncated) {
+    list.push_back("The UI tree was truncated by the configured observation budget.");
+  }
+  return list;
+}
+
+/// Puts the node table from before the call back when the call fails after its snapshot, so that
+/// the ids the client holds stay usable.
+class NodesKeeper {
+ public:
+  NodesKeeper(NodeTable& nodes, NodeTable kept) : nodes_(nodes), kept_(std::move(kept)) {}
+  ~NodesKeeper() {
+    if (armed_) {
+      nodes_ = std::move(kept_);
+    }
+  }
+  NodesKeeper(const NodesKeeper&) = delete;
+  NodesKeeper& operator=(const NodesKeeper&) = delete;
+
+  void letGo() { armed_ = false; }
+
+ private:
+  NodeTable& nodes_;
+  NodeTable kept_;
+  bool armed_ = true;
+};
+
+}  // namespace
+
+Session::Stored Session::requireCurrentNode(const std::string& previousNodeId) {
+  const Stored* stored = nodes_.find(previousNodeId);
+  if (stored == nullptr || platform_.clock.now() - snapshotAt_ >= kSnapshotLifetime) {
+    fail(failures::kExpiredObserve);
+  }
+  return *stored;
+}
+
+// The id that `previous` has in the snapshot just taken.
+std::string Session::renewedNodeId(const Stored& previous) {
+  if (previous.box) {
+    for (const auto& [id, stored] : nodes_.entries()) {
+      if (stored.box && stored.name == previous.name &&
+          distance(stored.box->center(), previous.box->center()) <= kSameTextDistance) {
+        return id;
+      }
+    }
+    fail(failures::kTextMoved);
+  }
+  const Description now = describe(platform_.accessibility, previous.element);
+  if (now.role == previous.role && now.name == previous.name &&
+      now.identifier == previous.identifier) {
+    for (const auto& [id, stored] : nodes_.entries()) {
+      if (stored.element == previous.element) {
+        return id;
+      }
+    }
+  }
+  fail(failures::kElementChanged);
+}
+
+Session::Observation Session::windowImage(const Rect& bounds) {
+  Image image = captureWindow(bounds);
+  return {std::move(image), bounds, timestampNow()};
+}
+
+Json Session::encodedImage(const Observation& observation) {
+  const auto png = platform_.images.encodePng(observation.image);
+  if (const auto* error = std::get_if<PngError>(&png)) {
+    switch (*error) {
+      case PngError::noEncoder:
+        fail(failures::kNoImageEncoder);
+      case PngError::failed:
+        fail(failures::kPngFailed);
+    }
+  }
+  return {{"mimeType", "image/png"},
+          {"base64", base64(std::get<std::string>(png))},
+          {"width", observation.image.widthPx},
+          {"height", observation.image.heightPx},
+          {"bounds", rectJSON(observation.bounds)}};
+}
+
+void Session::requireSameWindow(const Element& window, const Rect& bounds) {
+  const auto current = primaryWindow(requireApp());
+  if (current != window || frame(platform_.accessibility, *current) != bounds) {
+    fail(failures::kWindowChanged);
+  }
+}
+
+Json Session::observe(const Json& args) {
+  (void)requireApp();
+  const bool withImage = booleanMember(args, "image").value_or(true);
+  if (withImage) {
+    grants_.requireScreenCapture();
+  }
+  Json result = {{"startedAt", timestampNow()}};
+  std::optional<Stored> previous;
+  if (const auto previousNodeId = textMember(args, "previousNodeId")) {
+    previous = requireCurrentNode(*previousNodeId);
+  }
+  NodeTable before = nodes_;
+  result["snapshot"] = snapshot(args);
+  result["snapshotCapturedAt"] = timestampNow();
+
+  NodesKeeper keeper(nodes_, std::move(before));
+  if (previous) {
+    result["renewedNodeId"] = renewedNodeId(*previous);
+  }
+  const auto bounds = window_ ? frame(platform_.accessibility, *window_) : std::nullopt;
+  if (!bounds) {
+    fail(failures::kWindowDisappeared);
+  }
+  const Element window = *window_;
+  if (withImage) {
+    const Observation observation = observationImage_ ? *observationImage_ : windowImage(*bounds);
+    result["image"] = encodedImage(observation);
+    result["imageCapturedAt"] = observation.at;
+  }
+  requireSameWindow(window, *bounds);
+  keeper.letGo();
+
+  result["omissions"] = omissions(withImage, result["snapshot"]["truncated"].get<bool>());
+  result["capturedAt"] = timestampNow();
+  return result;
+}
+
+}  // namespace tarqo
