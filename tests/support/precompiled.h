@@ -1,0 +1,6 @@
+// Compiled once for all behaviour tests.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
