@@ -2,7 +2,6 @@
 
 option(TARQO_TESTS "Build the tests" ON)
 option(TARQO_DESKTOP "Build the backend of this system and what needs it" ON)
-option(TARQO_BENCH "Build the benchmarks" OFF)
 option(TARQO_WERROR "Treat warnings as errors" ON)
 set(TARQO_SANITIZE "" CACHE STRING "Sanitizers to build with, as -fsanitize takes them")
 

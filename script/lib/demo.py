@@ -1,0 +1,141 @@
+"""Plays the typical exchange with the helper against a real application, and shows it."""
+
+import base64
+import json
+import os
+import sys
+import threading
+import time
+
+import annotate
+from tarqo_client import Helper, HelperError, find_node, nodes_of
+
+APPLICATION = "org.gnome.Calculator"
+KEYS = ["7", "×", "6", "="]
+
+
+class Progress:
+    """Prints a line each second while something takes that long."""
+
+    def __init__(self, what):
+        self._what = what
+        self._done = threading.Event()
+        self._thread = threading.Thread(target=self._run, daemon=True)
+
+    def _run(self):
+        start = time.monotonic()
+        while not self._done.wait(1.0):
+            print("   ... %s, %.0f s" % (self._what, time.monotonic() - start), flush=True)
+
+    def __enter__(self):
+        self._thread.start()
+        return self
+
+    def __exit__(self, *unused):
+        self._done.set()
+        self._thread.join()
+
+
+def abridged(value, depth=0):
+    """A response short enough to read: long texts and lists are cut, and say so."""
+    if isinstance(value, str):
+        return value if len(value) <= 100 else value[:60] + "... (%d characters)" % len(value)
+    if isinstance(value, list):
+        shown = [abridged(item, depth + 1) for item in value[:3]]
+        return shown + (["... %d more" % (len(value) - 3)] if len(value) > 3 else [])
+    if isinstance(value, dict):
+        return {key: abridged(item, depth + 1) for key, item in value.items()}
+    return value
+
+
+class Demo:
+    def __init__(self, program, folder):
+        self._helper = Helper(program)
+        self._folder = folder
+        self._transcript = open(os.path.join(folder, "transcript.jsonl"), "w", encoding="utf-8")
+        self._count = 0
+
+    def play(self, method, args=None):
+        self._count += 1
+        request = {"id": self._count, "method": method, "args": args or {}}
+        print("\n\033[1m> %s\033[0m" % json.dumps(request, ensure_ascii=False), flush=True)
+        start = time.monotonic()
+        with Progress("waiting for " + method):
+            response = self._helper.exchange(request, timeout=60)
+        took = (time.monotonic() - start) * 1000
+        for line in (request, response):
+            self._transcript.write(json.dumps(line, ensure_ascii=False) + "\n")
+        print("< (%.0f ms) %s" % (took, json.dumps(abridged(response), ensure_ascii=False)))
+        if "error" in response:
+            raise HelperError(response["error"])
+        return response["result"]
+
+    def observe(self, name):
+        result = self.play("observe")
+        path = os.path.join(self._folder, name)
+        with open(path + ".png", "wb") as file:
+            file.write(base64.b64decode(result["image"]["base64"]))
+        with open(path + ".svg", "w", encoding="utf-8") as file:
+            file.write(annotate.annotated(result))
+        print("  window image: %s.png (%d x %d), with numbered nodes: %s.svg"
+              % (path, result["image"]["width"], result["image"]["height"], path))
+        return result
+
+    def click(self, observation, name):
+        node = find_node(observation, name, "button")
+        if node is None:
+            names = [n["name"] for n in nodes_of(observation) if n["role"] == "button"]
+            sys.exit("There is no button called %s, only %s" % (name, ", ".join(names)))
+        self.play("click", {"nodeId": node["id"]})
+        self.play("settle")
+
+    def close(self):
+        self._helper.close()
+        self._transcript.close()
+
+
+def texts(observation):
+    """What an observation shows, without the menu bar: (role, name, value), each as often as it
+    is there."""
+    return [(n["role"], n["name"], n.get("value", "")) for n in nodes_of(observation)
+            if n.get("parentId") is None or not n["parentId"].endswith(":menubar")]
+
+
+def changes(before, after):
+    left = texts(before)
+    for text in texts(after):
+        if text in left:
+            left.remove(text)
+        else:
+            yield text
+
+
+def main():
+    program, folder = sys.argv[1:3]
+    demo = Demo(program, folder)
+    try:
+        demo.play("host")
+        targets = demo.play("listTargets")["targets"]
+        if not any(target["bundleId"] == APPLICATION for target in targets):
+            sys.exit("%s is not installed" % APPLICATION)
+        demo.play("preflight")
+        demo.play("connect", {"bundleId": APPLICATION})
+        demo.play("settle")
+        first = demo.observe("before")
+        last = first
+        for key in KEYS:
+            demo.click(last, key)
+            last = demo.observe("after")
+        print("\nWhat the clicks on %s changed in the window:" % " ".join(KEYS))
+        changed = list(changes(first, last))
+        for role, name, value in changed:
+            print("  %s %r%s" % (role, name, " = %r" % value if value and value != name else ""))
+        if not changed:
+            sys.exit("  nothing: the clicks had no effect")
+    finally:
+        demo.close()
+    print("\nPictures and the full transcript: %s" % folder)
+
+
+if __name__ == "__main__":
+    main()
