@@ -17,8 +17,8 @@ std::optional<Rect> rectOf(const Value* position, const Value* size) {
     return std::nullopt;
   }
   const Rect rect{origin->x, origin->y, extent->width, extent->height};
-  const bool finite = std::isfinite(rect.x) && std::isfinite(rect.y) &&
-                      std::isfinite(rect.width) && std::isfinite(rect.height);
+  const bool finite = std::isfinite(rect.x) && std::isfinite(rect.y) && std::isfinite(rect.width) &&
+                      std::isfinite(rect.height);
   return finite && rect.width > 0 && rect.height > 0 ? std::optional(rect) : std::nullopt;
 }
 

@@ -20,8 +20,8 @@ namespace tarqo {
 /// The attributes that describe an element, read together. Its value is not among them: that of a
 /// password field must never be asked for.
 inline constexpr std::array<std::string_view, 13> attributeNames{
-    "AXRole",    "AXSubrole",  "AXTitle", "AXDescription", "AXPlaceholderValue",
-    "AXEnabled", "AXPosition", "AXSize",  "AXSelected",    "AXFocused",
+    "AXRole",    "AXSubrole",    "AXTitle", "AXDescription", "AXPlaceholderValue",
+    "AXEnabled", "AXPosition",   "AXSize",  "AXSelected",    "AXFocused",
     "AXHidden",  "AXIdentifier", "AXURL"};
 
 /// What `attributes` read, by name; what failed is left out.

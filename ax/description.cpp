@@ -23,8 +23,8 @@ struct RoleNameRow {
   std::string_view name;
 };
 constexpr std::array kRoleNames{
-    RoleNameRow{"AXStaticText", "text"},         RoleNameRow{"AXTextField", "textbox"},
-    RoleNameRow{"AXTextArea", "textbox"},        RoleNameRow{"AXSecureTextField", "textbox"},
+    RoleNameRow{"AXStaticText", "text"},       RoleNameRow{"AXTextField", "textbox"},
+    RoleNameRow{"AXTextArea", "textbox"},      RoleNameRow{"AXSecureTextField", "textbox"},
     RoleNameRow{"AXSearchField", "searchbox"},
 };
 
@@ -49,7 +49,7 @@ Description describe(Accessibility& accessibility, const Element& element) {
     d.value = text(attribute(accessibility, element, "AXValue"));
   }
   const std::string fallback = contains(kValueBearingRoles, d.role) ? firstOf(d.detail, d.value)
-                                                                     : firstOf(d.value, d.detail);
+                                                                    : firstOf(d.value, d.detail);
   const std::string title = text(find(d.attrs, "AXTitle"));
   d.name = firstOf(firstOf(title, fallback), text(find(d.attrs, "AXPlaceholderValue")));
   d.identifier = text(find(d.attrs, "AXIdentifier"));

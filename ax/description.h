@@ -12,14 +12,14 @@ namespace tarqo {
 
 /// All texts have passed through `text`: trimmed, bounded, empty when missing.
 struct Description {
-  std::string role;        ///< The accessibility role ("AXButton").
-  std::string name;        ///< Title, else value or description, else placeholder.
-  std::string value;       ///< Always empty for a secure field.
-  std::string detail;      ///< The accessibility description.
+  std::string role;    ///< The accessibility role ("AXButton").
+  std::string name;    ///< Title, else value or description, else placeholder.
+  std::string value;   ///< Always empty for a secure field.
+  std::string detail;  ///< The accessibility description.
   std::string identifier;
-  bool secure = false;     ///< A password field.
-  bool enabled = true;     ///< True also when the element does not say.
-  Attributes attrs;        ///< All that was read, for the frame and the flags.
+  bool secure = false;  ///< A password field.
+  bool enabled = true;  ///< True also when the element does not say.
+  Attributes attrs;     ///< All that was read, for the frame and the flags.
 };
 
 /// Reads and describes an element; two round trips, one for a secure field, whose value is never

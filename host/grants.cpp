@@ -59,8 +59,7 @@ std::vector<ProbedWindow> windowsToProbe(const Platform& platform) {
 
 Failure Grants::permissionFailure(std::string_view code, std::string message,
                                   std::string_view permission) {
-  return {code, std::move(message),
-          {{"permission", permission}, {"host", hosts_.host().json()}}};
+  return {code, std::move(message), {{"permission", permission}, {"host", hosts_.host().json()}}};
 }
 
 void Grants::requireAccessibility() {
@@ -136,7 +135,8 @@ bool Grants::probeShareableWindows() {
   const auto box = std::make_shared<CompletionBox<Listing>>();
   Clock& clock = platform_.clock;
   const Instant deadline = clock.now() + kShareableWindowsLimit;
-  platform_.screenCapture.shareableWindows([box](Listing listing) { box->fill(std::move(listing)); });
+  platform_.screenCapture.shareableWindows(
+      [box](Listing listing) { box->fill(std::move(listing)); });
   while (!box->filled() && clock.now() < deadline) {
     clock.sleep(std::min<Duration>(kCompletionSlice, deadline - clock.now()));
   }

@@ -46,8 +46,7 @@ ResponsibleHost HostFinder::host() {
 }
 
 std::optional<ResponsibleHost> HostFinder::responsibleHost(std::optional<Pid> start) {
-  const std::optional<std::string> ownBundle =
-      outermostBundle(platform_.processes.ownExecutable());
+  const std::optional<std::string> ownBundle = outermostBundle(platform_.processes.ownExecutable());
   Pid pid = start.value_or(platform_.processes.ownParentPid());
   for (int pass = 1; pass <= kMaxPasses && pid >= 2; ++pass) {
     if (auto found = hostAt(pid, ownBundle)) {

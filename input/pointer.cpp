@@ -122,8 +122,8 @@ void Session::post(EventSource* source, const InputEvent& event) {
   }
 }
 
-// The waits between down and up sleep: nothing may be delivered inside a click. Those around it turn
-// the loop, so that its effects can be heard.
+// The waits between down and up sleep: nothing may be delivered inside a click. Those around it
+// turn the loop, so that its effects can be heard.
 void Session::press(Point point, int count) {
   const auto source = platform_.inputEvents.makeSource("");
   glide(point, source.get(), kRestBeforePress);
@@ -137,13 +137,13 @@ void Session::press(Point point, int count) {
 
 // Interfaces that react to the pointer see a real approach, not a jump.
 void Session::glide(Point point, EventSource* source, Duration settle) {
-  const Point start = platform_.inputEvents.pointerLocation().value_or(
-      Point{point.x, point.y - kGlideFromAbove});
+  const Point start =
+      platform_.inputEvents.pointerLocation().value_or(Point{point.x, point.y - kGlideFromAbove});
   for (int step = 1; step <= kGlideSteps; ++step) {
     const double part = static_cast<double>(step) / kGlideSteps;
-    post(source, MouseEvent{MouseEventType::moved,
-                            {start.x + (point.x - start.x) * part,
-                             start.y + (point.y - start.y) * part}});
+    post(source,
+         MouseEvent{MouseEventType::moved,
+                    {start.x + (point.x - start.x) * part, start.y + (point.y - start.y) * part}});
     platform_.clock.turn(kGlideSlice);
   }
   platform_.clock.turn(settle);

@@ -22,8 +22,7 @@ class Failure : public std::exception {
  public:
   Failure(std::string_view code, std::string message, Json detail = Json::object())
       : code_(code), message_(std::move(message)), detail_(std::move(detail)) {}
-  explicit Failure(const FailureText& text)
-      : Failure(text.code, std::string(text.message)) {}
+  explicit Failure(const FailureText& text) : Failure(text.code, std::string(text.message)) {}
 
   [[nodiscard]] const std::string& code() const { return code_; }
   [[nodiscard]] const std::string& message() const { return message_; }
@@ -55,14 +54,14 @@ inline constexpr FailureText kAppClosedReconnect{
 inline constexpr FailureText kAppClosed{"app_closed", "The application closed"};
 
 inline constexpr FailureText kBundleIdRequired{"invalid_argument", "bundleId is required"};
-inline constexpr FailureText kFocusFailed{
-    "focus_failed", "Could not bring the target application to the front"};
+inline constexpr FailureText kFocusFailed{"focus_failed",
+                                          "Could not bring the target application to the front"};
 
 inline constexpr FailureText kNoWindowToSnapshot{
     "no_window", "The application has no accessible window. Open a window and retry."};
 inline constexpr FailureText kNoWindow{"no_window", "The application has no accessible window."};
-inline constexpr FailureText kWindowDisappeared{
-    "no_window", "The target window disappeared during capture."};
+inline constexpr FailureText kWindowDisappeared{"no_window",
+                                                "The target window disappeared during capture."};
 
 inline constexpr FailureText kWindowNotVisible{
     "window_not_visible",
@@ -84,8 +83,8 @@ inline constexpr FailureText kTextMoved{
 inline constexpr FailureText kElementChanged{
     "stale_target",
     "The original target element changed or disappeared. Observe and select it again."};
-inline constexpr FailureText kNoImageEncoder{
-    "image_encoding_failed", "Could not encode the captured target window."};
+inline constexpr FailureText kNoImageEncoder{"image_encoding_failed",
+                                             "Could not encode the captured target window."};
 inline constexpr FailureText kPngFailed{"image_encoding_failed", "PNG encoding failed."};
 inline constexpr FailureText kWindowChanged{
     "stale_snapshot", "The target window changed during capture. Observe again."};
@@ -93,8 +92,7 @@ inline constexpr FailureText kWindowChanged{
 inline constexpr FailureText kPointCovered{
     "target_covered", "Another application's window covers the click position"};
 inline constexpr FailureText kPointOutsideWindow{
-    "not_visible",
-    "Target has no visible position inside its window; take a fresh snapshot"};
+    "not_visible", "Target has no visible position inside its window; take a fresh snapshot"};
 inline constexpr FailureText kHitTestFailed{
     "hit_test_failed", "Cannot verify the element currently at the click position"};
 inline constexpr FailureText kNotFrontmost{
@@ -102,19 +100,17 @@ inline constexpr FailureText kNotFrontmost{
     "The application did not come to the front, so keys would go elsewhere. Bring it forward "
     "(open_target) and try again."};
 inline constexpr FailureText kIdentityChanged{
-    "stale_snapshot",
-    "The captured element changed. Take a new snapshot before acting."};
-inline constexpr FailureText kNotClickable{
-    "not_clickable", "The element is disabled, protected, or not clickable"};
+    "stale_snapshot", "The captured element changed. Take a new snapshot before acting."};
+inline constexpr FailureText kNotClickable{"not_clickable",
+                                           "The element is disabled, protected, or not clickable"};
 
-inline constexpr FailureText kNodeIdRequired{
-    "invalid_argument", "A node ID from a current snapshot is required"};
+inline constexpr FailureText kNodeIdRequired{"invalid_argument",
+                                             "A node ID from a current snapshot is required"};
 inline constexpr FailureText kExpiredClick{
     "stale_snapshot", "This node reference expired. Take a new snapshot before clicking."};
-inline constexpr FailureText kNoFrame{
-    "not_visible", "The element no longer has a visible frame"};
-inline constexpr FailureText kMenuRefused{
-    "not_clickable", "The application refused this menu command"};
+inline constexpr FailureText kNoFrame{"not_visible", "The element no longer has a visible frame"};
+inline constexpr FailureText kMenuRefused{"not_clickable",
+                                          "The application refused this menu command"};
 
 }  // namespace failures
 }  // namespace tarqo

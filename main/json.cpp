@@ -138,8 +138,7 @@ std::optional<std::int64_t> integerMember(const Json& object, std::string_view k
   }
   if (value->is_number_unsigned()) {
     const auto number = value->get<std::uint64_t>();
-    return number > INT64_MAX ? std::nullopt
-                              : std::optional(static_cast<std::int64_t>(number));
+    return number > INT64_MAX ? std::nullopt : std::optional(static_cast<std::int64_t>(number));
   }
   if (value->is_number_integer()) {
     return value->get<std::int64_t>();

@@ -25,8 +25,8 @@ class JsonError : public std::runtime_error {
 /// a syntax error, a scalar at the top, nesting deeper than 512.
 [[nodiscard]] Json parseJson(std::string_view text);
 
-/// `value` on one line: no spaces, "/" escaped, whole numbers without a fraction. None when it holds
-/// a number that JSON cannot express.
+/// `value` on one line: no spaces, "/" escaped, whole numbers without a fraction. None when it
+/// holds a number that JSON cannot express.
 [[nodiscard]] std::optional<std::string> serializeJson(Json value);
 
 /// The member `key` of an object when it has that type.

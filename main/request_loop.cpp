@@ -43,8 +43,8 @@ bool writeLine(std::FILE* out, const std::string& line) {
 void serveRequests(Server& server, std::FILE* in, std::FILE* out) {
   std::string line;
   for (Line read = readLine(in, line); read != Line::endOfInput; read = readLine(in, line)) {
-    const Served served = read == Line::tooLarge ? Served{Server::requestTooLarge(), false}
-                                                 : server.serve(line);
+    const Served served =
+        read == Line::tooLarge ? Served{Server::requestTooLarge(), false} : server.serve(line);
     if (served.close || (served.response && !writeLine(out, *served.response))) {
       return;
     }

@@ -7,8 +7,9 @@
 
 namespace tarqo {
 
-/// Serves lines from `in` until it ends, the client asks for the end, or nobody reads `out` any more.
-/// Every response is flushed before the next line is read. Blocks for as long as the client lives.
+/// Serves lines from `in` until it ends, the client asks for the end, or nobody reads `out` any
+/// more. Every response is flushed before the next line is read. Blocks for as long as the client
+/// lives.
 void serveRequests(Server& server, std::FILE* in, std::FILE* out);
 
 }  // namespace tarqo

@@ -120,8 +120,9 @@ Served Server::serve(std::string_view line) noexcept {
 }
 
 std::string Server::requestTooLarge() {
-  const Json response = {{"id", nullptr},
-                         {"error", nativeError("The request line is too long to be held in memory.")}};
+  const Json response = {
+      {"id", nullptr},
+      {"error", nativeError("The request line is too long to be held in memory.")}};
   return serializeJson(response).value_or("");
 }
 

@@ -111,10 +111,9 @@ std::optional<Image> Session::captureWindowImage(WindowNumber window) {
   Processes& processes = platform_.processes;
   Clock& clock = platform_.clock;
   const auto random = static_cast<std::uint32_t>(platform_.random.next());
-  const TemporaryFile file(processes, processes.temporaryFolder() + "/tarqo-ax-" +
-                                          std::to_string(processes.ownPid()) + "-" +
-                                          std::to_string(window) + "-" + std::to_string(random) +
-                                          ".png");
+  const TemporaryFile file(
+      processes, processes.temporaryFolder() + "/tarqo-ax-" + std::to_string(processes.ownPid()) +
+                     "-" + std::to_string(window) + "-" + std::to_string(random) + ".png");
   const auto child = processes.start(
       kCaptureTool, {"-x", "-o", "-l" + std::to_string(window), "-t", "png", file.path()});
   if (!child) {

@@ -8,8 +8,8 @@
 
 namespace tarqo {
 
-/// Lists the menu bar and the enabled leaf items of its menus, at most three menus deep. Has its own
-/// 1.5 s, so that it can neither starve the window's walk nor be starved by it. Worker thread.
+/// Lists the menu bar and the enabled leaf items of its menus, at most three menus deep. Has its
+/// own 1.5 s, so that it can neither starve the window's walk nor be starved by it. Worker thread.
 class MenuWalk {
  public:
   MenuWalk(const Platform& platform, std::size_t maxNodes, NodeList& list);

@@ -59,8 +59,7 @@ bool Session::isAppHidden() {
 
 bool Session::isOnScreen(const Rect& frame) {
   const std::vector<Screen> screens = platform_.windowServer.screens();
-  return screens.empty() ||
-         std::any_of(screens.begin(), screens.end(), [&](const Screen& screen) {
+  return screens.empty() || std::any_of(screens.begin(), screens.end(), [&](const Screen& screen) {
            const Rect shared = topLeftFrame(screen, screens.front()).intersection(frame);
            return shared.width >= minimumWindowSide && shared.height >= minimumWindowSide;
          });

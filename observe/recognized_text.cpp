@@ -23,12 +23,12 @@ std::vector<TextLine> onScreen(const std::vector<RecognizedLine>& lines, const R
   std::vector<TextLine> mapped;
   mapped.reserve(lines.size());
   for (const RecognizedLine& line : lines) {
-    mapped.push_back({line.text,
-                      {window.minX() + line.box.minX() * window.extentX(),
-                       window.minY() + (1 - line.box.maxY()) * window.extentY(),
-                       line.box.extentX() * window.extentX(),
-                       line.box.extentY() * window.extentY()},
-                      line.confidence});
+    mapped.push_back(
+        {line.text,
+         {window.minX() + line.box.minX() * window.extentX(),
+          window.minY() + (1 - line.box.maxY()) * window.extentY(),
+          line.box.extentX() * window.extentX(), line.box.extentY() * window.extentY()},
+         line.confidence});
   }
   return mapped;
 }

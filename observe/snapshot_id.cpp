@@ -5,7 +5,7 @@
 namespace tarqo {
 
 std::string makeSnapshotId(Random& random) {
-  const std::uint64_t high = (random.next() & ~0xF000ULL) | 0x4000ULL;  // version 4
+  const std::uint64_t high = (random.next() & ~0xF000ULL) | 0x4000ULL;     // version 4
   const std::uint64_t low = (random.next() & ~(3ULL << 62)) | 1ULL << 63;  // RFC 4122 variant
   const auto group = [](std::uint64_t bits, int shift) {
     return static_cast<unsigned>(bits >> shift & 0xFFFF);

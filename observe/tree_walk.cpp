@@ -94,8 +94,8 @@ void TreeWalk::walk(const Element& element, const Json& parentId, int depth) {
   addFlag(node, "selected", find(description.attrs, "AXSelected"));
   addFlag(node, "focused", find(description.attrs, "AXFocused"));
   const Json id = node["id"];
-  list_.emit(std::move(node), {element, description.role, description.name,
-                               description.identifier, clickable, std::nullopt});
+  list_.emit(std::move(node), {element, description.role, description.name, description.identifier,
+                               clickable, std::nullopt});
 
   if (description.secure) {
     return;
@@ -134,8 +134,8 @@ void TreeWalk::addFocused(const Element& app) {
   Json node = nodeOf(*focused, description, list_.rootId());
   node["clickable"] = clickable;
   node["focused"] = true;
-  list_.emit(std::move(node), {*focused, description.role, description.name,
-                               description.identifier, clickable, std::nullopt});
+  list_.emit(std::move(node), {*focused, description.role, description.name, description.identifier,
+                               clickable, std::nullopt});
 }
 
 }  // namespace tarqo

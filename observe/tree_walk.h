@@ -44,8 +44,8 @@ struct WalkFrames {
 
 /// Walks depth-first, parents before children, children in the order the element reports them.
 /// Hidden elements are left out with all under them; the children of a password field are not
-/// visited. Worker thread; the budgets are checked before each element, so the walk ends at most one
-/// element's reads after its deadline.
+/// visited. Worker thread; the budgets are checked before each element, so the walk ends at most
+/// one element's reads after its deadline.
 class TreeWalk {
  public:
   TreeWalk(const Platform& platform, const WalkBudget& budget, NodeList& list, WalkFrames& frames)

@@ -1,7 +1,8 @@
 // Installed applications: where they lie, what they are called, and how one is opened.
 //
-// An application bundle is what the system installs and launches as one thing: a ".app" folder, or a
-// desktop entry. Paths are absolute. Worker thread only; reads the file system, waits for nothing.
+// An application bundle is what the system installs and launches as one thing: a ".app" folder, or
+// a desktop entry. Paths are absolute. Worker thread only; reads the file system, waits for
+// nothing.
 #pragma once
 
 #include <functional>

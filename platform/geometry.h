@@ -1,7 +1,7 @@
 // Points, sizes and rectangles.
 //
-// Unless a declaration says otherwise, coordinates are screen points with the origin at the top left
-// of the main display and y growing downward.
+// Unless a declaration says otherwise, coordinates are screen points with the origin at the top
+// left of the main display and y growing downward.
 #pragma once
 
 #include <algorithm>

@@ -64,8 +64,8 @@ class CreatedEvent {
   virtual ~CreatedEvent() = default;
 };
 
-/// What a row of events shares. Whatever a row changed on the system (a key bound to a character) is
-/// put back when its source is destroyed.
+/// What a row of events shares. Whatever a row changed on the system (a key bound to a character)
+/// is put back when its source is destroyed.
 class EventSource {
  public:
   virtual ~EventSource() = default;

@@ -23,8 +23,8 @@ class Permissions {
   /// Asks the system to prompt the user; true when access is granted already by the answer.
   [[nodiscard]] virtual bool requestCaptureAccess() = 0;
 
-  /// What is in the way of accessibility, as a sentence that says what to do next, where that is not
-  /// a grant the user gives to the host application; none where it is.
+  /// What is in the way of accessibility, as a sentence that says what to do next, where that is
+  /// not a grant the user gives to the host application; none where it is.
   [[nodiscard]] virtual std::optional<std::string> accessibilityObstacle() = 0;
 
   /// The same for reading pixels.

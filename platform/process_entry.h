@@ -7,11 +7,11 @@
 
 namespace tarqo {
 
-/// The two streams of the protocol, taken away from everybody else: afterwards descriptor 0 reads the
-/// null device and descriptor 1 writes to standard error, so that no library and no child process can
-/// eat a request or slip a line between responses. Also makes writing to a closed pipe or socket an
-/// ordinary error instead of the end of the process. Call once, before any thread starts. A stream
-/// is null when the system gives none.
+/// The two streams of the protocol, taken away from everybody else: afterwards descriptor 0 reads
+/// the null device and descriptor 1 writes to standard error, so that no library and no child
+/// process can eat a request or slip a line between responses. Also makes writing to a closed pipe
+/// or socket an ordinary error instead of the end of the process. Call once, before any thread
+/// starts. A stream is null when the system gives none.
 struct ProtocolStreams {
   std::FILE* in = nullptr;
   std::FILE* out = nullptr;

@@ -20,8 +20,8 @@ struct WindowInfo {
   std::optional<WindowNumber> number;
   std::optional<Pid> ownerPid;
   std::optional<std::string> ownerName;
-  std::optional<Rect> bounds;  ///< The visible frame with its decorations, without its shadow.
-  std::optional<int> layer;    ///< 0 for ordinary windows; menus, panels and docks lie elsewhere.
+  std::optional<Rect> bounds;   ///< The visible frame with its decorations, without its shadow.
+  std::optional<int> layer;     ///< 0 for ordinary windows; menus, panels and docks lie elsewhere.
   std::optional<double> alpha;  ///< 0 is invisible.
   std::optional<std::string> title;
 };

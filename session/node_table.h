@@ -18,8 +18,8 @@ struct StoredNode {
   std::string name;
   std::string identifier;
   bool clickable = false;
-  /// Set only for a line of recognised text: its rectangle in screen points. The element is then the
-  /// window's.
+  /// Set only for a line of recognised text: its rectangle in screen points. The element is then
+  /// the window's.
   std::optional<Rect> box;
 };
 

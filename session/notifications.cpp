@@ -92,8 +92,8 @@ Json Session::settle(const Json& args) {
   const Duration quiet = clamped("quietMs", kDefaultQuietMs, kMinQuietMs, kMaxQuietMs);
   const Duration timeout = clamped("timeoutMs", kDefaultTimeoutMs, kMinTimeoutMs, kMaxTimeoutMs);
   const auto sinceMs = numberMember(args, "sinceMs");
-  const Instant since = sinceMs ? instantAt(clock, *sinceMs)
-                                : std::max(actedAt_, clock.now() - kDefaultLookBack);
+  const Instant since =
+      sinceMs ? instantAt(clock, *sinceMs) : std::max(actedAt_, clock.now() - kDefaultLookBack);
 
   const Instant start = clock.now();
   if (!observer_) {

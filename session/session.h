@@ -30,16 +30,23 @@ class Session {
   using Stored = StoredNode;
 
   /// The notifications the helper subscribes to.
-  static constexpr std::array<std::string_view, 17> WATCHED{
-      "AXMenuOpened",          "AXMenuClosed",
-      "AXMenuItemSelected",    "AXFocusedUIElementChanged",
-      "AXValueChanged",        "AXTitleChanged",
-      "AXLayoutChanged",       "AXRowCountChanged",
-      "AXSelectedRowsChanged", "AXSelectedChildrenChanged",
-      "AXCreated",             "AXUIElementDestroyed",
-      "AXWindowCreated",       "AXWindowResized",
-      "AXWindowMoved",         "AXApplicationActivated",
-      "AXSelectedTextChanged"};
+  static constexpr std::array<std::string_view, 17> WATCHED{"AXMenuOpened",
+                                                            "AXMenuClosed",
+                                                            "AXMenuItemSelected",
+                                                            "AXFocusedUIElementChanged",
+                                                            "AXValueChanged",
+                                                            "AXTitleChanged",
+                                                            "AXLayoutChanged",
+                                                            "AXRowCountChanged",
+                                                            "AXSelectedRowsChanged",
+                                                            "AXSelectedChildrenChanged",
+                                                            "AXCreated",
+                                                            "AXUIElementDestroyed",
+                                                            "AXWindowCreated",
+                                                            "AXWindowResized",
+                                                            "AXWindowMoved",
+                                                            "AXApplicationActivated",
+                                                            "AXSelectedTextChanged"};
 
   /// A window narrower or lower than this many points counts as not shown.
   static constexpr double minimumWindowSide = 120;
@@ -78,8 +85,8 @@ class Session {
 
   /// What became of a press through accessibility.
   enum class Press {
-    refused,    ///< Not offered, or the application did not take it.
-    unanswered, ///< Taken, but nothing happened that could be heard.
+    refused,     ///< Not offered, or the application did not take it.
+    unanswered,  ///< Taken, but nothing happened that could be heard.
     answered
   };
 

@@ -18,7 +18,8 @@ bool isScheme(std::string_view text) {
 // Characters that an address cannot hold anywhere; text with one of them is no address.
 bool isForbidden(char c) {
   const auto byte = static_cast<unsigned char>(c);
-  return byte <= 0x20 || byte == 0x7F || std::string_view("\"<>\\^`{|}").find(c) != std::string_view::npos;
+  return byte <= 0x20 || byte == 0x7F ||
+         std::string_view("\"<>\\^`{|}").find(c) != std::string_view::npos;
 }
 
 struct HostAndPort {

@@ -53,7 +53,7 @@ class AccessibilityService final : public Accessibility {
     std::map<std::string, Value, std::less<>> attributes;
     std::vector<std::string> actions;
   };
-  using Copies = std::map<const Node*, Copy>;
+  using Copies = std::map<std::shared_ptr<const Identity>, Copy>;
 
   /// The node that answers a call on `element`, after the call has cost its time; null when it
   /// fails.

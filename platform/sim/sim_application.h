@@ -33,6 +33,7 @@ class Window final : public Node {
 
  protected:
   [[nodiscard]] std::optional<Value> derived(const std::string& name) const override;
+  [[nodiscard]] std::vector<std::string> derivedNames() const override;
 
  private:
   ServerWindow* server_;
@@ -73,6 +74,7 @@ class App {
   /// The menu below a new title in the menu bar, for menu items and submenus.
   Node& menu(const std::string& title);
   [[nodiscard]] Node& menuBar();
+  [[nodiscard]] Node* menuBarOrNull() const { return menuBar_; }
   /// The application element.
   [[nodiscard]] Node& node() { return *node_; }
 
@@ -106,12 +108,12 @@ class App {
   friend class AccessibilityService;
   friend class Keyboard;
 
-  Node& adopt(std::shared_ptr<Node> node);
+  Node& adopt(std::unique_ptr<Node> node);
 
   World& world_;
   const Pid pid_;
   const std::uint64_t instance_;
-  std::vector<std::shared_ptr<Node>> nodes_;  ///< All there ever were, so that references hold.
+  std::vector<std::unique_ptr<Node>> nodes_;  ///< All there ever were, so that references hold.
   Node* node_ = nullptr;
   Node* menuBar_ = nullptr;
   std::vector<Window*> windows_;

@@ -53,7 +53,8 @@ class VirtualClock final : public Clock {
   /// Sets the calendar without touching the steady clock, as a user or a time server does.
   void setWall(WallTime wall);
 
-  /// Ends all background bodies: their waits return at once. No wait moves the clock afterwards.
+  /// Ends all background bodies: their waits return at once, as if the time had passed. Nothing is
+  /// scheduled any more.
   void stop();
   [[nodiscard]] bool stopped() const { return stopped_; }
 

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <optional>
+#include <string>
+#include <vector>
 
 #include "platform/input_events.h"
 #include "platform/sim/sim_accessibility.h"
@@ -48,6 +50,8 @@ class InputEventsService final : public InputEvents {
       : pointer(world, accessibility), keyboard_(world), world_(world) {}
 
   Pointer pointer;
+  /// The text that each source was made for, in order.
+  std::vector<std::string> sourceTexts;
 
   // Faults: what cannot be created.
   bool refusesSources = false;

@@ -19,13 +19,19 @@
 namespace tarqo::sim {
 
 class App;
+class Node;
 
-class Node : public std::enable_shared_from_this<Node> {
+/// What makes an element the same one; ends when the node is removed or re-created.
+struct Identity {
+  Node* node = nullptr;
+};
+
+class Node {
  public:
   Node(App& app, std::string role);
   Node(const Node&) = delete;
   Node& operator=(const Node&) = delete;
-  virtual ~Node() = default;
+  virtual ~Node();
 
   // Building. A new child has a title when one is given, is enabled, and lies in a row of its own
   // below its elder siblings inside this node's frame (no frame when this node has none).
@@ -51,12 +57,13 @@ class Node : public std::enable_shared_from_this<Node> {
   Node& enabled(bool enabled) { return with("AXEnabled", Value{enabled}); }
   Node& hidden(bool hidden) { return with("AXHidden", Value{hidden}); }
   Node& settable(const std::string& name, bool settable = true);
+  /// What setting the attribute does, instead of keeping the value.
   Node& onSet(const std::string& name, std::function<void(const Value&)> effect);
 
   // Change.
   void moveBy(double dx, double dy);  ///< With everything beneath it.
   void remove();                      ///< With everything beneath it.
-  Node& recreate();                   ///< An equal node in this one's place, with a new identity.
+  void recreate();                    ///< As if it had been replaced by an equal element.
   void focus();                       ///< Gives it its application's keyboard focus.
   /// Announces a notification of this element after `delay`.
   void announce(const std::string& notification, Duration delay = kLatency);
@@ -70,7 +77,7 @@ class Node : public std::enable_shared_from_this<Node> {
   Node& onRightClick(std::function<void()> effect);
 
   // Faults.
-  Node& failing(const std::string& name);          ///< Reading the attribute is an error.
+  Node& failing(const std::string& name, bool failing = true);  ///< Reading it is an error.
   Node& refusingSet(const std::string& name);      ///< Settable by its word, but never taken.
   Node& settableUnknown(const std::string& name);  ///< Asking whether it can be set is an error.
   Node& failingBatch();                            ///< `attributes` fails as a whole.
@@ -92,12 +99,15 @@ class Node : public std::enable_shared_from_this<Node> {
   [[nodiscard]] App& app() const { return app_; }
   [[nodiscard]] bool removed() const { return removed_; }
   [[nodiscard]] Element element() const;
+  [[nodiscard]] const std::shared_ptr<Identity>& identity() const { return identity_; }
   /// `AXButton "Save"`: how the journal names it.
   [[nodiscard]] std::string name() const;
 
  protected:
   /// An attribute that follows from the scene.
   [[nodiscard]] virtual std::optional<Value> derived(const std::string& name) const;
+  /// The names that `derived` knows.
+  [[nodiscard]] virtual std::vector<std::string> derivedNames() const;
 
  private:
   friend class AccessibilityService;
@@ -113,7 +123,13 @@ class Node : public std::enable_shared_from_this<Node> {
     std::function<void(const Value&)> onSet;
   };
 
+  [[nodiscard]] std::vector<std::string> attributeNames() const;
+  [[nodiscard]] std::vector<std::string> offeredActions() const;
+  [[nodiscard]] Action* findAction(const std::string& name) const;
+  bool take(const std::string& name, const Value& value);
+
   App& app_;
+  std::shared_ptr<Identity> identity_;
   Node* parent_ = nullptr;
   std::vector<Node*> children_;
   std::map<std::string, Attribute, std::less<>> attributes_;

@@ -13,11 +13,6 @@
 
 namespace tarqo::sim {
 
-struct Process {
-  std::optional<Pid> parent;
-  std::optional<std::string> executable;
-};
-
 using Arguments = std::vector<std::string>;
 
 /// How a program behaves when it is run as a child.
@@ -37,7 +32,7 @@ class ProcessesService final : public Processes {
   // The scene. At the start the helper runs as process 400 below a shell, process 300, below 1.
   Pid own = 400;
   std::string ownProgram = "/opt/tarqo/bin/tarqo-ax";
-  std::map<Pid, Process> table;
+  std::map<Pid, Process>& table;
   std::map<std::string, Program> programs;  ///< By path; others cannot be started.
   std::map<std::string, std::string> files;
   std::string temporary = "/tmp";

@@ -16,8 +16,13 @@ namespace tarqo::sim {
 struct Listener {
   Pid pid = 0;
   NotificationCallback callback;
-  /// Null for the application as a whole.
-  std::set<std::pair<const Node*, std::string>> subscriptions;
+  /// The identity is null for the application as a whole.
+  std::set<std::pair<std::shared_ptr<const Identity>, std::string>> subscriptions;
+};
+
+struct Process {
+  std::optional<Pid> parent;
+  std::optional<std::string> executable;
 };
 
 struct World {
@@ -27,14 +32,16 @@ struct World {
   std::vector<std::unique_ptr<App>> apps;  ///< All there ever were, in the order of their start.
   App* frontmost = nullptr;
   std::vector<std::weak_ptr<Listener>> listeners;
+  std::map<Pid, Process> processes;
   Pid nextPid = 500;
 
   /// The live application with that process id; null when there is none.
   [[nodiscard]] App* appOf(Pid pid) const;
   [[nodiscard]] App* appOf(const ApplicationId& id) const;
 
-  /// Calls the listeners of `app` now: those of the application, and of `node` when given.
-  void deliver(const App& app, const Node* node, const std::string& notification);
+  /// Calls the listeners of `app` now: those of the whole application, and those of the element.
+  void deliver(const App& app, const std::shared_ptr<const Identity>& element,
+               const std::string& notification);
 };
 
 }  // namespace tarqo::sim

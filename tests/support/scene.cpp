@@ -25,9 +25,9 @@ Json Scene::error(const std::string& method, const Json& args) {
 
 std::string Scene::failure(const std::string& method, const Json& args) {
   const Json caught = error(method, args);
-  return caught.is_null() ? "no failure"
-                          : caught["code"].get<std::string>() + ": " +
-                                caught["message"].get<std::string>();
+  return caught.is_null()
+             ? "no failure"
+             : caught["code"].get<std::string>() + ": " + caught["message"].get<std::string>();
 }
 
 Json Scene::nodeNamed(const Json& observation, const std::string& name) {
