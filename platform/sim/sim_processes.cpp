@@ -1,0 +1,102 @@
+#include "platform/sim/sim_processes.h"
+
+#include <utility>
+
+namespace tarqo::sim {
+namespace {
+
+struct ChildState {
+  bool running = true;
+  std::optional<int> status;
+};
+
+class SimulatedChild final : public Child {
+ public:
+  SimulatedChild(Journal& journal, std::string program, std::shared_ptr<ChildState> state)
+      : journal_(journal), program_(std::move(program)), state_(std::move(state)) {}
+
+  [[nodiscard]] bool running() override { return state_->running; }
+
+  void terminate() override {
+    if (state_->running) {
+      journal_.note(Topic::processes, "terminate " + program_);
+      state_->running = false;
+    }
+  }
+
+  [[nodiscard]] std::optional<int> exitStatus() override { return state_->status; }
+
+ private:
+  Journal& journal_;
+  std::string program_;
+  std::shared_ptr<ChildState> state_;
+};
+
+}  // namespace
+
+ProcessesService::ProcessesService(World& world) : table(world.processes), world_(world) {
+  table[1] = {0, "/sbin/init"};
+  table[300] = {1, "/bin/sh"};
+  table[own] = {300, ownProgram};
+}
+
+Pid ProcessesService::add(const std::string& executable, Pid parent) {
+  const Pid pid = world_.nextPid++;
+  table[pid] = {parent, executable};
+  return pid;
+}
+
+Pid ProcessesService::ownParentPid() { return parentPid(own).value_or(1); }
+
+std::optional<Pid> ProcessesService::parentPid(Pid pid) {
+  const auto found = table.find(pid);
+  return found == table.end() ? std::nullopt : found->second.parent;
+}
+
+std::optional<std::string> ProcessesService::executablePath(Pid pid) {
+  const auto found = table.find(pid);
+  return found == table.end() ? std::nullopt : found->second.executable;
+}
+
+std::unique_ptr<Child> ProcessesService::start(const std::string& program,
+                                               const Arguments& arguments) {
+  std::string line = "start " + program;
+  for (const std::string& argument : arguments) {
+    line += " " + argument;
+  }
+  world_.journal.note(Topic::processes, std::move(line));
+  const auto found = programs.find(program);
+  if (found == programs.end() || !found->second.starts) {
+    return nullptr;
+  }
+  const Program script = found->second;
+  auto state = std::make_shared<ChildState>();
+  if (!script.exits.isNever()) {
+    world_.clock.after(script.exits.delay(), [state, script, arguments] {
+      if (!state->running) {
+        return;
+      }
+      if (script.effect) {
+        script.effect(arguments);
+      }
+      state->running = false;
+      if (script.exits.hasContent()) {
+        state->status = script.status;
+      }
+    });
+  }
+  return std::make_unique<SimulatedChild>(world_.journal, program, std::move(state));
+}
+
+std::optional<std::string> ProcessesService::readFile(const std::string& path) {
+  const auto found = files.find(path);
+  return found == files.end() ? std::nullopt : std::optional(found->second);
+}
+
+void ProcessesService::removeFile(const std::string& path) {
+  if (files.erase(path) > 0) {
+    world_.journal.note(Topic::processes, "remove " + path);
+  }
+}
+
+}  // namespace tarqo::sim
