@@ -21,7 +21,8 @@ using Targets = std::map<std::string, Target>;
 void addInstalled(Bundles& bundles, Targets& targets) {
   for (const std::string& folder : bundles.applicationFolders()) {
     for (const std::string& entry : bundles.bundlesIn(folder)) {
-      const std::string path = folder + "/" + entry;
+      std::string path = folder;
+      path.append("/").append(entry);
       const auto bundle = bundles.bundleAt(path);
       if (bundle && bundle->identifier && !bundle->identifier->empty()) {
         targets[*bundle->identifier] = {withoutAppSuffix(bundles.displayName(path)),

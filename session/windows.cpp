@@ -83,7 +83,7 @@ std::optional<Element> Session::primaryWindow(const Element& app) {
   if (boundSite_) {
     const std::vector<Element> showing = siteWindows(app);
     for (const std::string_view name : kPreferredWindows) {
-      const auto window = elementValue(attribute(ax, app, name));
+      auto window = elementValue(attribute(ax, app, name));
       if (window && std::find(showing.begin(), showing.end(), *window) != showing.end()) {
         return window;
       }
@@ -91,7 +91,7 @@ std::optional<Element> Session::primaryWindow(const Element& app) {
     return showing.empty() ? std::nullopt : std::optional(showing.front());
   }
   for (const std::string_view name : kPreferredWindows) {
-    const auto window = elementValue(attribute(ax, app, name));
+    auto window = elementValue(attribute(ax, app, name));
     if (window && isUsable(*window)) {
       return window;
     }
