@@ -2,9 +2,7 @@
 
 import json
 import os
-import statistics
 import subprocess
-import time
 import unittest
 
 from e2e import HELPER, HelperTest
@@ -101,23 +99,6 @@ class StartAndEnd(unittest.TestCase):
             response = helper.exchange({"id": 1, "method": "preflight"})
             self.assertEqual(response["error"]["code"], "ax_not_trusted")
             self.assertEqual(response["error"]["permission"], "accessibility")
-
-    def test_the_first_response_comes_within_30_ms(self):
-        times = []
-        for _ in range(9):
-            start = time.monotonic()
-            with Helper(HELPER) as helper:
-                helper.exchange({"id": 1, "method": "unknown"})
-                times.append(time.monotonic() - start)
-        # A machine under load is slow at everything; starting a trivial process says how slow.
-        trivial = []
-        for _ in range(9):
-            start = time.monotonic()
-            subprocess.run(["/bin/true"], check=True)
-            trivial.append(time.monotonic() - start)
-        print("first response %.1f ms, /bin/true %.1f ms"
-              % (statistics.median(times) * 1000, statistics.median(trivial) * 1000))
-        self.assertLess(min(times), 0.030 + min(trivial))
 
 
 if __name__ == "__main__":
