@@ -114,9 +114,13 @@ class Clusters {
 };
 
 std::unique_ptr<icu::Collator> makeCollator() {
+  // Where no language is set, ICU takes "C" for one of its own that sorts upper case before lower
+  // case at every strength.
+  const icu::Locale& own = icu::Locale::getDefault();
+  const bool isPosix = std::strcmp(own.getVariant(), "POSIX") == 0;
   UErrorCode status = U_ZERO_ERROR;
   std::unique_ptr<icu::Collator> collator(
-      icu::Collator::createInstance(icu::Locale::getDefault(), status));
+      icu::Collator::createInstance(isPosix ? icu::Locale::getRoot() : own, status));
   if (U_FAILURE(status) != 0) {
     return nullptr;
   }
