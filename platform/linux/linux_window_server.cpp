@@ -54,7 +54,7 @@ std::vector<WindowInfo> LinuxWindowServer::windows(WindowList which) {
   std::vector<WindowInfo> list;
   for (const XWindow& window : windows.frontToBack) {
     const bool isDesktop = window.type == WindowType::desktop;
-    if (!window.viewable || window.minimised ||
+    if (!window.viewable || !window.frame.intersects(windows.screen) ||
         (isDesktop && which == WindowList::onScreenAboveDesktop)) {
       continue;
     }

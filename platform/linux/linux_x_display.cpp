@@ -29,6 +29,7 @@ constexpr std::array<std::string_view, kAtomCount> kAtomNames = {
     "_NET_WM_PID",
     "_NET_WM_STATE",
     "_NET_WM_STATE_HIDDEN",
+    "_NET_WM_STATE_SHADED",
     "_NET_WM_WINDOW_OPACITY",
     "_NET_WM_WINDOW_TYPE",
     "_NET_WM_WINDOW_TYPE_COMBO",
@@ -48,7 +49,6 @@ constexpr std::array<std::string_view, kAtomCount> kAtomNames = {
     "_GTK_APPLICATION_ID",
     "_GTK_FRAME_EXTENTS",
     "WM_CHANGE_STATE",
-    "WM_STATE",
 };
 
 bool isAtLeast(std::uint32_t major, std::uint32_t minor, std::uint32_t wantedMajor,
@@ -237,6 +237,9 @@ XServer* XDisplay::server() {
     }
     if (connecting_.wait_for(patience) == std::future_status::ready) {
       server_ = connecting_.get();
+      if (server_) {
+        server_->serial_ = ++connections_;
+      }
     }
   } catch (const std::exception&) {
     connecting_ = {};

@@ -38,6 +38,7 @@ enum class XAtom : std::uint8_t {
   netWmPid,
   netWmState,
   netWmStateHidden,
+  netWmStateShaded,
   netWmWindowOpacity,
   netWmWindowType,
   netWmWindowTypeCombo,
@@ -57,9 +58,8 @@ enum class XAtom : std::uint8_t {
   gtkApplicationId,
   gtkFrameExtents,
   wmChangeState,
-  wmState,
 };
-inline constexpr std::size_t kAtomCount = static_cast<std::size_t>(XAtom::wmState) + 1;
+inline constexpr std::size_t kAtomCount = static_cast<std::size_t>(XAtom::wmChangeState) + 1;
 
 /// Which extensions the server has, in a version that serves.
 struct XExtensions {
@@ -85,6 +85,9 @@ class XServer {
   [[nodiscard]] const xcb_screen_t& screen() const { return *screen_; }
   [[nodiscard]] const XExtensions& extensions() const { return extensions_; }
   [[nodiscard]] xcb_atom_t atom(XAtom name) const { return atoms_[static_cast<std::size_t>(name)]; }
+
+  /// Tells one connection from another made by the same `XDisplay`.
+  [[nodiscard]] std::uint64_t serial() const { return serial_; }
 
   /// False once the connection broke or the server did not answer in time.
   [[nodiscard]] bool usable() const;
@@ -126,6 +129,7 @@ class XServer {
   XExtensions extensions_;
   std::array<xcb_atom_t, kAtomCount> atoms_{};
   xcb_window_t clockWindow_ = XCB_NONE;
+  std::uint64_t serial_ = 0;
   bool stuck_ = false;
 };
 
@@ -137,6 +141,7 @@ class XDisplay {
 
  private:
   std::unique_ptr<XServer> server_;
+  std::uint64_t connections_ = 0;
   std::future<std::unique_ptr<XServer>> connecting_;
 };
 

@@ -58,7 +58,7 @@ struct WindowQuery {
   xcb_get_window_attributes_cookie_t attributes;
   xcb_get_geometry_cookie_t geometry;
   xcb_translate_coordinates_cookie_t origin;
-  xcb_get_property_cookie_t netName, name, windowClass, pid, type, netState, state, opacity;
+  xcb_get_property_cookie_t netName, name, windowClass, pid, type, netState, opacity;
   xcb_get_property_cookie_t decoration, shadow, gtkApplicationId;
 };
 
@@ -77,7 +77,6 @@ WindowQuery askAbout(XServer& server, xcb_window_t window) {
       .pid = property(XAtom::netWmPid, 1),
       .type = property(XAtom::netWmWindowType, 16),
       .netState = property(XAtom::netWmState, 64),
-      .state = property(XAtom::wmState, 2),
       .opacity = property(XAtom::netWmWindowOpacity, 1),
       .decoration = property(XAtom::netFrameExtents, 4),
       .shadow = property(XAtom::gtkFrameExtents, 4),
@@ -107,18 +106,14 @@ void readClass(const XProperty& property, XWindow& window) {
   }
 }
 
-bool isMinimised(const XServer& server, const XProperty& netState, const XProperty& state) {
-  // WM_STATE alone will not do: some window managers call windows of other desktops iconic too.
-  if (netState) {
-    const auto states = numbersOf(netState);
-    if (std::find(states.begin(), states.end(), server.atom(XAtom::netWmStateHidden)) !=
-        states.end()) {
-      return true;
-    }
-  }
-  constexpr std::uint32_t kIconic = 3;
-  const auto values = numbersOf(state);
-  return !values.empty() && values[0] == kIconic;
+bool isMinimised(const XServer& server, const XProperty& netState) {
+  // WM_STATE will not do: window managers call windows of other desktops iconic too. A window
+  // rolled up into its title bar is hidden as well, but not minimised.
+  const auto states = numbersOf(netState);
+  const auto has = [&](XAtom name) {
+    return std::find(states.begin(), states.end(), server.atom(name)) != states.end();
+  };
+  return has(XAtom::netWmStateHidden) && !has(XAtom::netWmStateShaded);
 }
 
 double opacityOf(const XProperty& property) {
@@ -148,8 +143,7 @@ bool readAnswers(XServer& server, const WindowQuery& query, const Outermost& out
     window.pid = static_cast<Pid>(numbers[0]);
   }
   window.type = typeOf(server, property(query.type));
-  const XProperty netState = property(query.netState);
-  window.minimised = isMinimised(server, netState, property(query.state));
+  window.minimised = isMinimised(server, property(query.netState));
   window.opacity = opacityOf(property(query.opacity));
   const std::optional<Insets> decoration = insetsOf(property(query.decoration));
   window.shadow = insetsOf(property(query.shadow));
@@ -215,6 +209,7 @@ class WindowReader {
     xcb_connection_t* c = server_.raw();
     const xcb_window_t root = server_.root();
     const auto treeCookie = xcb_query_tree(c, root);
+    const auto geometryCookie = xcb_get_geometry(c, root);
     const auto property = [&](XAtom name, std::uint32_t length) {
       return askProperty(server_, root, server_.atom(name), length);
     };
@@ -223,13 +218,16 @@ class WindowReader {
     const auto showingCookie = property(XAtom::netShowingDesktop, 1);
     const auto managerCookie = property(XAtom::netSupportingWmCheck, 1);
     const auto tree = server_.take<xcb_query_tree_reply_t>(treeCookie);
+    const auto geometry = server_.take<xcb_get_geometry_reply_t>(geometryCookie);
     const auto list = server_.take<xcb_get_property_reply_t>(listCookie);
     const auto active = server_.take<xcb_get_property_reply_t>(activeCookie);
     const auto showing = server_.take<xcb_get_property_reply_t>(showingCookie);
     const auto manager = server_.take<xcb_get_property_reply_t>(managerCookie);
-    if (!tree) {
+    if (!tree || !geometry) {
       return false;
     }
+    result_.screen = {0, 0, static_cast<double>(geometry->width),
+                      static_cast<double>(geometry->height)};
     const std::span<const xcb_window_t> children(
         xcb_query_tree_children(tree.get()),
         static_cast<std::size_t>(xcb_query_tree_children_length(tree.get())));
@@ -356,6 +354,8 @@ class WindowReader {
       if (const auto pid = pids.find(each.window.client & ~ownBits); pid != pids.end()) {
         each.window.pid = pid->second;
       }
+      // Some window managers make icons of all windows in order to show the desktop.
+      each.window.minimised = each.window.minimised && !result_.showingDesktop;
       result_.frontToBack.push_back(std::move(each.window));
     }
   }

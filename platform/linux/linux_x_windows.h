@@ -17,9 +17,9 @@ struct XWindow {
   xcb_window_t client = XCB_NONE;     ///< The application's window.
   xcb_window_t outermost = XCB_NONE;  ///< The child of the root that holds it: a window manager's
                                       ///< frame, or the client itself.
-  bool managed = false;   ///< Known to the window manager; without one, every ordinary window.
-  bool viewable = false;  ///< Mapped with all it lies in, though perhaps off the screen.
-  bool minimised = false;
+  bool managed = false;    ///< Known to the window manager; without one, every ordinary window.
+  bool viewable = false;   ///< Mapped with all it lies in, though perhaps off the screen.
+  bool minimised = false;  ///< An icon by itself, not because the desktop is shown.
   bool overrideRedirect = false;
   Pid pid = 0;  ///< 0 when neither the server nor the window tells.
   WindowType type = WindowType::none;
@@ -39,6 +39,7 @@ struct XWindow {
 
 struct XWindows {
   std::vector<XWindow> frontToBack;
+  Rect screen;              ///< The whole screen, across all monitors.
   bool hasManager = false;  ///< A window manager of the common conventions runs.
   bool showingDesktop = false;
   xcb_window_t active = XCB_NONE;  ///< By the window manager; none without one.
