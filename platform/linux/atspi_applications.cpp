@@ -1,0 +1,85 @@
+#include "platform/linux/atspi_applications.h"
+
+namespace tarqo::lnx {
+namespace {
+
+BatchLimits within(Duration patience) {
+  return {std::chrono::steady_clock::now() + patience, patience};
+}
+
+}  // namespace
+
+void AtspiApplications::forgetAfterReconnect() {
+  // A new bus counts its names from the start again.
+  static_cast<void>(bus_.connection());
+  if (generation_ != bus_.generation()) {
+    generation_ = bus_.generation();
+    pids_.clear();
+    toolkits_.clear();
+  }
+}
+
+void AtspiApplications::learnPids(const std::vector<AtspiRef>& roots, Duration patience) {
+  AtspiBatch batch(bus_);
+  for (const AtspiRef& root : roots) {
+    if (pids_.contains(root.bus)) {
+      continue;
+    }
+    Message message = batch.make({"org.freedesktop.DBus", "/org/freedesktop/DBus"},
+                                 "org.freedesktop.DBus", "GetConnectionUnixProcessID");
+    if (message) {
+      sd_bus_message_append(message.get(), "s", root.bus.c_str());
+    }
+    batch.send(std::move(message), [this, name = root.bus](Reply reply) {
+      if (const auto pid = reply.ok ? readNumber(reply.message) : std::nullopt) {
+        pids_[name] = static_cast<Pid>(*pid);
+      }
+    });
+  }
+  static_cast<void>(batch.run(within(patience)));
+}
+
+std::vector<AtspiApp> AtspiApplications::of(Pid pid, Duration patience) {
+  forgetAfterReconnect();
+  std::vector<AtspiRef> roots;
+  AtspiBatch batch(bus_);
+  batch.call(registryRoot(), kAccessible, "GetChildren", [&roots](Reply reply) {
+    if (auto children = reply.ok ? readRefs(reply.message) : std::nullopt) {
+      roots = *std::move(children);
+    }
+  });
+  static_cast<void>(batch.run(within(patience)));
+  learnPids(roots, patience);
+  std::vector<AtspiApp> result;
+  for (const AtspiRef& root : roots) {
+    const auto found = pids_.find(root.bus);
+    if (found != pids_.end() && found->second == pid) {
+      result.push_back({root, pid});
+    }
+  }
+  return result;
+}
+
+std::optional<Toolkit> AtspiApplications::toolkitOf(const std::string& busName, Duration patience) {
+  forgetAfterReconnect();
+  const auto known = toolkits_.find(busName);
+  if (known != toolkits_.end()) {
+    return known->second;
+  }
+  std::optional<std::string> name;
+  std::string version;
+  AtspiBatch batch(bus_);
+  const AtspiRef root{busName, kRootPath};
+  batch.property(root, kApplication, "ToolkitName", [&name](Reply reply) {
+    name = reply.ok ? readVariantText(reply.message) : std::nullopt;
+  });
+  batch.property(root, kApplication, "Version", [&version](Reply reply) {
+    version = reply.ok ? readVariantText(reply.message).value_or("") : "";
+  });
+  if (batch.run(within(patience)) != BatchOutcome::complete) {
+    return std::nullopt;
+  }
+  return toolkits_[busName] = toolkitNamed(name.value_or(""), version);
+}
+
+}  // namespace tarqo::lnx

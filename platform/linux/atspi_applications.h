@@ -1,0 +1,45 @@
+// Which connections on the accessibility bus belong to which process. Asks the registry and the
+// bus, never an application, but for its toolkit's name.
+//
+// Worker thread only.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "platform/accessibility.h"
+#include "platform/linux/atspi_bus.h"
+#include "platform/linux/atspi_facts.h"
+
+namespace tarqo::lnx {
+
+/// One registration of an application. A process may have several.
+struct AtspiApp {
+  AtspiRef root;
+  Pid pid = 0;
+};
+
+class AtspiApplications {
+ public:
+  explicit AtspiApplications(AtspiBus& bus) : bus_(bus) {}
+
+  /// The registrations of a process, in the registry's order; empty when it has none or the bus
+  /// does not answer within `patience`.
+  [[nodiscard]] std::vector<AtspiApp> of(Pid pid, Duration patience);
+
+  /// The toolkit of a connection, asked once; none while the application does not answer.
+  [[nodiscard]] std::optional<Toolkit> toolkitOf(const std::string& busName, Duration patience);
+
+ private:
+  void forgetAfterReconnect();
+  void learnPids(const std::vector<AtspiRef>& roots, Duration patience);
+
+  AtspiBus& bus_;
+  int generation_ = 0;
+  std::unordered_map<std::string, Pid> pids_;  ///< Unique names are never used again.
+  std::unordered_map<std::string, Toolkit> toolkits_;
+};
+
+}  // namespace tarqo::lnx

@@ -1,0 +1,77 @@
+// The events of the accessibility bus, on the main loop's own connection.
+//
+// `observe`, `acknowledged`, `lastFocus` and the observers may be used from the worker; the rest
+// happens on the main loop's thread. The connection is made when the first observer asks for it,
+// and made again, when it was lost, by the next one.
+#pragma once
+
+#include <deque>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "platform/accessibility.h"
+#include "platform/linux/atspi_bus.h"
+#include "platform/linux/atspi_tables.h"
+#include "platform/linux/linux_main_loop.h"
+
+namespace tarqo::lnx {
+
+class AtspiEvents final : public LoopSource {
+ public:
+  explicit AtspiEvents(LinuxMainLoop& loop);
+  ~AtspiEvents() override;
+  AtspiEvents(const AtspiEvents&) = delete;
+  AtspiEvents& operator=(const AtspiEvents&) = delete;
+
+  /// Null when there is no accessibility bus. Waits for the main loop's connection to it, for at
+  /// most a second.
+  [[nodiscard]] std::unique_ptr<Observer> observe(Pid pid, NotificationCallback callback);
+
+  /// Reports `kActionAcknowledged` to the observers of a process.
+  void acknowledged(Pid pid);
+
+  /// The object of a process that said last that it has the focus, while the process is observed.
+  [[nodiscard]] std::optional<AtspiRef> lastFocus(Pid pid);
+
+  int descriptor() override;
+  short events() override;
+  std::optional<Instant> deadline() override;
+  void serve() override;
+
+ private:
+  class Handle;
+  struct Subscriber;
+
+  /// An event whose sender's process is not known yet.
+  struct Unsorted {
+    AtspiRef object;
+    const EventRow* row = nullptr;
+    bool gained = false;
+  };
+
+  [[nodiscard]] bool connected();
+  [[nodiscard]] bool subscribe();
+  static int onSignal(sd_bus_message* signal, void* self, sd_bus_error* error);
+  static int onPid(sd_bus_message* reply, void* self, sd_bus_error* error);
+  void take(sd_bus_message* signal);
+  void askPid(const std::string& sender);
+  void deliver(Pid pid, const Unsorted& event);
+  void notify(Pid pid, std::string_view name, const AtspiRef* object);
+
+  LinuxMainLoop& loop_;
+  BusHandle bus_;
+  std::vector<Slot> slots_;
+  std::unordered_map<std::string, Pid> pids_;
+  std::unordered_map<std::string, std::vector<Unsorted>> waiting_;
+
+  std::mutex lock_;  ///< Guards what follows; the worker adds and removes.
+  std::vector<std::weak_ptr<Subscriber>> subscribers_;
+  std::map<Pid, AtspiRef> focus_;
+};
+
+}  // namespace tarqo::lnx

@@ -1,0 +1,184 @@
+#include "platform/linux/atspi_reader.h"
+
+#include <algorithm>
+
+namespace tarqo::lnx {
+namespace {
+
+/// How far up the window of an object is looked for.
+constexpr int kMaxDepth = 100;
+
+}  // namespace
+
+/// Ends the scope it was made for, unless a later one has replaced it.
+class AtspiReader::Scope final : public TreeRead {
+ public:
+  Scope(AtspiReader& reader, std::shared_ptr<AtspiTree> tree)
+      : reader_(reader), tree_(std::move(tree)) {}
+  Scope(const Scope&) = delete;
+  Scope& operator=(const Scope&) = delete;
+  ~Scope() override {
+    if (reader_.tree_ == tree_) {
+      reader_.tree_.reset();
+    }
+  }
+
+ private:
+  AtspiReader& reader_;
+  std::shared_ptr<AtspiTree> tree_;
+};
+
+AtspiTree* AtspiReader::treeOf(Pid pid) {
+  return tree_ && tree_->pid() == pid ? tree_.get() : nullptr;
+}
+
+bool AtspiReader::failed(Pid pid) {
+  const AtspiTree* tree = treeOf(pid);
+  return tree != nullptr && tree->failed();
+}
+
+void AtspiReader::noteFailure(Pid pid) {
+  if (AtspiTree* tree = treeOf(pid)) {
+    tree->fail();
+  }
+}
+
+BatchLimits AtspiReader::limitsFor(const AtspiElement::Parts& object) {
+  return {std::chrono::steady_clock::now() + object.timeout, object.timeout};
+}
+
+Toolkit AtspiReader::toolkitOf(const AtspiElement::Parts& object) {
+  if (failed(object.pid)) {
+    return Toolkit::other;
+  }
+  const std::optional<Toolkit> toolkit = applications_.toolkitOf(object.ref.bus, object.timeout);
+  if (!toolkit) {
+    noteFailure(object.pid);
+  }
+  return toolkit.value_or(Toolkit::other);
+}
+
+void AtspiReader::reach(const AtspiElement::Parts& object) {
+  if (AtspiTree* tree = treeOf(object.pid)) {
+    tree->readAhead(object, toolkitOf(object));
+  }
+}
+
+bool AtspiReader::ask(const AtspiElement::Parts& object,
+                      const std::function<void(AtspiBatch&)>& fill) {
+  if (failed(object.pid)) {
+    return false;
+  }
+  AtspiBatch batch(bus_);
+  fill(batch);
+  if (batch.run(limitsFor(object)) != BatchOutcome::complete) {
+    noteFailure(object.pid);
+    return false;
+  }
+  return true;
+}
+
+FactsPtr AtspiReader::learn(const AtspiElement::Parts& object, FactSet wanted) {
+  return learnAll({&object, 1}, wanted).front();
+}
+
+std::vector<FactsPtr> AtspiReader::learnAll(std::span<const AtspiElement::Parts> objects,
+                                            FactSet wanted) {
+  std::vector<FactsPtr> result(objects.size());
+  if (objects.empty() || failed(objects.front().pid)) {
+    return result;
+  }
+  AtspiTree* tree = treeOf(objects.front().pid);
+  const Toolkit toolkit = toolkitOf(objects.front());
+  std::vector<std::shared_ptr<AtspiFacts>> facts;
+  const bool answered = ask(objects.front(), [&](AtspiBatch& batch) {
+    FactAsker asker(batch);
+    for (const AtspiElement::Parts& object : objects) {
+      facts.push_back(tree ? tree->factsOf(object.ref) : std::make_shared<AtspiFacts>());
+      if (!facts.back()->known.hasAll(wanted | Fact::kind)) {
+        asker.ask(object.ref, toolkit, wanted, facts.back(), {});
+      }
+    }
+  });
+  for (std::size_t i = 0; answered && i < facts.size(); ++i) {
+    if (facts[i]->alive) {
+      result[i] = facts[i];
+    }
+  }
+  return result;
+}
+
+std::vector<AtspiElement::Parts> AtspiReader::topLevelObjects(Pid pid, Duration patience) {
+  std::vector<AtspiElement::Parts> result;
+  for (const AtspiApp& application : applications_.of(pid, patience)) {
+    const AtspiElement::Parts root{.pid = pid, .timeout = patience, .ref = application.root};
+    ask(root, [&](AtspiBatch& batch) {
+      batch.call(root.ref, kAccessible, "GetChildren", [&](Reply reply) {
+        for (AtspiRef& child : (reply.ok ? readRefs(reply.message) : std::nullopt)
+                                   .value_or(std::vector<AtspiRef>())) {
+          result.push_back({.pid = pid, .timeout = patience, .ref = child, .window = child});
+        }
+      });
+    });
+  }
+  return result;
+}
+
+std::vector<Toplevel> AtspiReader::toplevels(Pid pid, Duration patience) {
+  AtspiTree* tree = treeOf(pid);
+  if (tree != nullptr && tree->toplevels) {
+    return *tree->toplevels;
+  }
+  const std::vector<AtspiElement::Parts> objects = topLevelObjects(pid, patience);
+  const std::vector<FactsPtr> facts = learnAll(objects, Fact::name | Fact::parent | Fact::extents);
+  std::vector<Toplevel> result;
+  for (std::size_t i = 0; i < objects.size(); ++i) {
+    if (facts[i] && isWindowRole(facts[i]->role)) {
+      result.push_back({objects[i].ref, toolkitOf(objects[i]), facts[i], std::nullopt});
+    }
+  }
+  const std::vector<LocatedWindow> windows = locator_.windowsOf(pid);
+  matchWindows(result, windows);
+  const auto rank = [&windows](const Toplevel& toplevel) {
+    if (!toplevel.window) {
+      return windows.size();
+    }
+    const auto found = std::ranges::find(windows, toplevel.window->number, &LocatedWindow::number);
+    return static_cast<std::size_t>(found - windows.begin());
+  };
+  std::ranges::stable_sort(result, {}, rank);
+  if (tree != nullptr && !tree->failed()) {
+    tree->toplevels = result;
+  }
+  return result;
+}
+
+std::optional<Toplevel> AtspiReader::toplevelOf(const AtspiElement::Parts& object) {
+  const std::vector<Toplevel> all = toplevels(object.pid, object.timeout);
+  AtspiRef at = object.window.empty() ? object.ref : object.window;
+  for (int depth = 0; depth < kMaxDepth; ++depth) {
+    const auto found = std::ranges::find(all, at, &Toplevel::ref);
+    if (found != all.end()) {
+      return *found;
+    }
+    AtspiElement::Parts parts = object;
+    parts.ref = at;
+    const FactsPtr facts = learn(parts, Fact::parent);
+    if (!facts || !facts->parent || facts->parent->empty()) {
+      return std::nullopt;
+    }
+    at = *facts->parent;
+  }
+  return std::nullopt;
+}
+
+std::unique_ptr<TreeRead> AtspiReader::readTree(const AtspiElement::Parts& window,
+                                                Instant deadline) {
+  tree_ = std::make_shared<AtspiTree>(bus_, window.pid, deadline);
+  auto scope = std::make_unique<Scope>(*this, tree_);
+  // The toolkit's name is the first question: an application that hangs shows here.
+  reach(window);
+  return scope;
+}
+
+}  // namespace tarqo::lnx

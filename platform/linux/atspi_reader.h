@@ -1,0 +1,75 @@
+// Asks objects for facts: live, each bounded by its application's messaging time-out, or from what
+// was read ahead while a tree is being read.
+//
+// Worker thread only.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <span>
+#include <vector>
+
+#include "platform/accessibility.h"
+#include "platform/linux/atspi_applications.h"
+#include "platform/linux/atspi_bus.h"
+#include "platform/linux/atspi_element.h"
+#include "platform/linux/atspi_facts.h"
+#include "platform/linux/atspi_tree.h"
+#include "platform/linux/atspi_windows.h"
+
+namespace tarqo::lnx {
+
+using FactsPtr = std::shared_ptr<const AtspiFacts>;
+
+class AtspiReader {
+ public:
+  AtspiReader(AtspiBus& bus, WindowLocator& locator)
+      : bus_(bus), applications_(bus), locator_(locator) {}
+
+  /// What an object tells; null when it is gone, does not answer, or its application failed to
+  /// answer earlier in this tree read.
+  [[nodiscard]] FactsPtr learn(const AtspiElement::Parts& object, FactSet wanted);
+
+  /// The same for several objects of one application in one batch: one slot each, in order.
+  [[nodiscard]] std::vector<FactsPtr> learnAll(std::span<const AtspiElement::Parts> objects,
+                                               FactSet wanted);
+
+  /// The top-level objects of a process with their windows: those with one first, front to back.
+  [[nodiscard]] std::vector<Toplevel> toplevels(Pid pid, Duration patience);
+
+  /// The top-level object that an object lies in; none when it cannot be found.
+  [[nodiscard]] std::optional<Toplevel> toplevelOf(const AtspiElement::Parts& object);
+
+  /// `other` when the application does not answer.
+  [[nodiscard]] Toolkit toolkitOf(const AtspiElement::Parts& object);
+
+  /// In a tree read: reads ahead from an object that the walk has reached.
+  void reach(const AtspiElement::Parts& object);
+
+  /// Asks one thing; false when there was no answer in time or the connection failed.
+  bool ask(const AtspiElement::Parts& object, const std::function<void(AtspiBatch&)>& fill);
+
+  [[nodiscard]] AtspiBus& bus() { return bus_; }
+  [[nodiscard]] AtspiApplications& applications() { return applications_; }
+  [[nodiscard]] WindowLocator& locator() { return locator_; }
+
+  /// The scope of `Accessibility::readTree`.
+  [[nodiscard]] std::unique_ptr<TreeRead> readTree(const AtspiElement::Parts& window,
+                                                   Instant deadline);
+
+ private:
+  class Scope;
+
+  [[nodiscard]] AtspiTree* treeOf(Pid pid);
+  [[nodiscard]] std::vector<AtspiElement::Parts> topLevelObjects(Pid pid, Duration patience);
+  [[nodiscard]] bool failed(Pid pid);
+  void noteFailure(Pid pid);
+  [[nodiscard]] BatchLimits limitsFor(const AtspiElement::Parts& object);
+
+  AtspiBus& bus_;
+  AtspiApplications applications_;
+  WindowLocator& locator_;
+  std::shared_ptr<AtspiTree> tree_;
+};
+
+}  // namespace tarqo::lnx

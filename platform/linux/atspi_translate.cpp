@@ -1,0 +1,325 @@
+#include "platform/linux/atspi_translate.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace tarqo::lnx {
+namespace {
+
+/// No screen reaches further; what lies beyond was never laid out.
+constexpr double kFarthest = 100'000;
+
+struct AttributeRow {
+  std::string_view name;
+  FactSet facts;
+};
+
+const AttributeRow kAttributes[] = {
+    {"AXRole", Fact::kind},
+    {"AXSubrole", Fact::kind | Fact::attributes},
+    {"AXTitle", Fact::name | Fact::attributes},
+    {"AXDescription", Fact::description},
+    {"AXPlaceholderValue", Fact::name | Fact::description | Fact::attributes},
+    {"AXEnabled", Fact::kind},
+    {"AXSelected", Fact::kind},
+    {"AXFocused", Fact::kind},
+    {"AXHidden", Fact::kind | Fact::extents},
+    {"AXIdentifier", Fact::identifier | Fact::attributes},
+    {"AXURL", Fact::address},
+    {"AXValue", Fact::value},
+    {"AXPosition", Fact::kind | Fact::extents},
+    {"AXSize", Fact::kind | Fact::extents},
+    {"AXChildren", Fact::kind | Fact::children},
+    {"AXParent", Fact::kind | Fact::parent},
+    {"AXMinimized", Fact::kind},
+    {"AXMain", Fact::kind},
+    {"AXDocument", Fact::kind},
+};
+
+std::optional<Value> textOrNone(std::string text) {
+  if (text.empty()) {
+    return std::nullopt;
+  }
+  return Value{std::move(text)};
+}
+
+/// GTK 4 names what has no name after its class ("GtkEntry").
+bool isClassName(std::string_view name) {
+  const bool ours = name.starts_with("Gtk") || name.starts_with("Adw");
+  return (ours && name.size() > 3 && name[3] >= 'A' && name[3] <= 'Z' &&
+          name.find(' ') == std::string_view::npos) ||
+         name.starts_with("__main__+") || name.starts_with("gtkmm__");
+}
+
+bool nameIsPlaceholder(const AtspiView& view) {
+  const std::string* from = view.facts.attribute("name-from");
+  return from != nullptr && *from == "placeholder";
+}
+
+/// The object's name where it is one.
+std::string givenName(const AtspiView& view) {
+  if (view.toolkit == Toolkit::gtk4 && isClassName(view.facts.name)) {
+    return {};
+  }
+  return view.facts.name;
+}
+
+ValueSource valueSource(const AtspiView& view) {
+  if (view.facet == Facet::openedMenu || isSecure(view.facts)) {
+    return ValueSource::none;
+  }
+  return refined(roleRow(view.facts.role), view.facts.states).value;
+}
+
+bool isEditableField(const AtspiFacts& facts) {
+  return facts.has(AtspiInterface::text) && facts.has(AtspiState::editable);
+}
+
+std::optional<Value> title(const AtspiView& view) {
+  if (valueSource(view) == ValueSource::label || nameIsPlaceholder(view)) {
+    return std::nullopt;
+  }
+  const std::string name = givenName(view);
+  // GTK 3 and Qt name a list of choices after the choice; that is its value.
+  if (valueSource(view) == ValueSource::choice && view.toolkit != Toolkit::chromium) {
+    return std::nullopt;
+  }
+  return textOrNone(name);
+}
+
+std::optional<Value> placeholder(const AtspiView& view) {
+  const AtspiFacts& facts = view.facts;
+  for (const std::string_view key : {"placeholder-text", "placeholder"}) {
+    if (const std::string* text = facts.attribute(key)) {
+      return textOrNone(*text);
+    }
+  }
+  if (nameIsPlaceholder(view)) {
+    return textOrNone(facts.name);
+  }
+  if (view.toolkit == Toolkit::qt && facts.has(AtspiState::editable)) {
+    return textOrNone(facts.description);
+  }
+  return std::nullopt;
+}
+
+std::optional<Value> description(const AtspiView& view) {
+  if (view.toolkit == Toolkit::qt && view.facts.has(AtspiState::editable)) {
+    return std::nullopt;
+  }
+  return textOrNone(view.facts.description);
+}
+
+std::optional<Value> identifier(const AtspiView& view) {
+  if (!view.facts.identifier.empty()) {
+    return Value{view.facts.identifier};
+  }
+  const std::string* id = view.facts.attribute("id");
+  return id == nullptr ? std::nullopt : textOrNone(*id);
+}
+
+std::optional<Value> onOff(const AtspiFacts& facts) {
+  if (facts.has(AtspiState::indeterminate)) {
+    return Value{2.0};
+  }
+  return Value{facts.has(AtspiState::checked) || facts.has(AtspiState::pressed) ? 1.0 : 0.0};
+}
+
+std::optional<Value> value(const AtspiView& view) {
+  const AtspiFacts& facts = view.facts;
+  switch (valueSource(view)) {
+    case ValueSource::none:
+      return std::nullopt;
+    case ValueSource::label:
+      return textOrNone(givenName(view));
+    case ValueSource::text:
+      return facts.text ? std::optional(Value{*facts.text}) : std::nullopt;
+    case ValueSource::choice:
+      if (facts.text && !facts.text->empty()) {
+        return Value{*facts.text};
+      }
+      return view.toolkit == Toolkit::chromium ? std::nullopt : textOrNone(givenName(view));
+    case ValueSource::onOff:
+      return onOff(facts);
+    case ValueSource::quantity:
+      return facts.number && std::isfinite(*facts.number) ? std::optional(Value{*facts.number})
+                                                          : std::nullopt;
+  }
+  return std::nullopt;
+}
+
+std::optional<Value> subrole(const AtspiView& view) {
+  return textOrNone(std::string(axRole(view).subrole));
+}
+
+bool isSearchField(const AtspiView& view) {
+  const AtspiFacts& facts = view.facts;
+  if (!facts.is(AtspiRole::entry) && !facts.is(AtspiRole::text)) {
+    return false;
+  }
+  for (const std::string_view key : {"text-input-type", "xml-roles"}) {
+    const std::string* kind = facts.attribute(key);
+    if (kind != nullptr && (*kind == "search" || *kind == "searchbox")) {
+      return true;
+    }
+  }
+  return false;
+}
+
+}  // namespace
+
+FactSet factsFor(std::string_view attribute) {
+  for (const AttributeRow& row : kAttributes) {
+    if (row.name == attribute) {
+      return row.facts;
+    }
+  }
+  return {};
+}
+
+bool isWindow(const AtspiFacts& facts) {
+  return isWindowRole(facts.role) && facts.parent && facts.parent->path == kRootPath;
+}
+
+bool isSecure(const AtspiFacts& facts) { return facts.is(AtspiRole::passwordText); }
+
+AxRole axRole(const AtspiView& view) {
+  const AtspiFacts& facts = view.facts;
+  if (isWindow(facts)) {
+    const bool standard = facts.is(AtspiRole::frame) || facts.is(AtspiRole::window);
+    return {"AXWindow", standard ? "AXStandardWindow" : "AXDialog"};
+  }
+  if (view.facet == Facet::openedMenu) {
+    return {"AXMenu", ""};
+  }
+  if (isMenuEntryRole(facts.role) && !facts.is(AtspiRole::separator)) {
+    if (view.place == MenuPlace::bar) {
+      return {"AXMenuBarItem", ""};
+    }
+    if (view.place == MenuPlace::menu) {
+      return {"AXMenuItem", ""};
+    }
+  }
+  const RoleRow row = refined(roleRow(facts.role), facts.states);
+  if (isSearchField(view)) {
+    return {row.axRole, "AXSearchField"};
+  }
+  return {row.axRole, row.axSubrole};
+}
+
+std::optional<Rect> plausible(const std::optional<Rect>& extents) {
+  if (!extents || extents->width <= 0 || extents->height <= 0 ||
+      std::max({std::abs(extents->x), std::abs(extents->y), extents->width, extents->height}) >
+          kFarthest) {
+    return std::nullopt;
+  }
+  return extents;
+}
+
+bool isHidden(const AtspiView& view) {
+  if (view.inMenuBar) {
+    return false;
+  }
+  if (!isShowing(view.facts, view.toolkit)) {
+    return true;
+  }
+  // GTK 3 goes on saying "showing" of rows that are scrolled away and have no place any more.
+  return view.facts.extents && std::abs(view.facts.extents->x) > kFarthest;
+}
+
+std::optional<Value> plainAttribute(const AtspiView& view, std::string_view name) {
+  const AtspiFacts& facts = view.facts;
+  if (name == "AXRole") {
+    return Value{std::string(axRole(view).role)};
+  }
+  if (name == "AXSubrole") {
+    return subrole(view);
+  }
+  if (name == "AXTitle") {
+    return title(view);
+  }
+  if (name == "AXDescription") {
+    return description(view);
+  }
+  if (name == "AXPlaceholderValue") {
+    return placeholder(view);
+  }
+  if (name == "AXIdentifier") {
+    return identifier(view);
+  }
+  if (name == "AXValue") {
+    return value(view);
+  }
+  if (name == "AXEnabled") {
+    return Value{facts.has(AtspiState::sensitive) || facts.has(AtspiState::enabled)};
+  }
+  if (name == "AXHidden") {
+    return Value{isHidden(view)};
+  }
+  if (name == "AXFocused" && (facts.has(AtspiState::focusable) || facts.has(AtspiState::focused))) {
+    return Value{facts.has(AtspiState::focused)};
+  }
+  if (name == "AXSelected" && facts.has(AtspiState::selectable) && !isMenuEntryRole(facts.role)) {
+    return Value{facts.has(AtspiState::selected)};
+  }
+  if (name == "AXURL" && !facts.address.empty()) {
+    return Value{Url{facts.address}};
+  }
+  return std::nullopt;
+}
+
+std::vector<std::string> axActionNames(const AtspiView& view) {
+  std::vector<std::string> result;
+  if (view.facet == Facet::openedMenu) {
+    return result;
+  }
+  for (const std::string& action : view.facts.actions) {
+    const auto name = axAction(action, view.facts.role);
+    if (name && std::ranges::find(result, *name) == result.end()) {
+      result.emplace_back(*name);
+    }
+  }
+  if (isWindow(view.facts)) {
+    result.emplace_back("AXRaise");
+  }
+  return result;
+}
+
+std::optional<int> actionIndex(const AtspiView& view, std::string_view wanted) {
+  if (view.facet == Facet::openedMenu) {
+    return std::nullopt;
+  }
+  const std::vector<std::string>& actions = view.facts.actions;
+  for (std::size_t i = 0; i < actions.size(); ++i) {
+    if (axAction(actions[i], view.facts.role) == wanted) {
+      return static_cast<int>(i);
+    }
+  }
+  return std::nullopt;
+}
+
+bool hasSettableValue(const AtspiView& view) {
+  const AtspiFacts& facts = view.facts;
+  switch (valueSource(view)) {
+    case ValueSource::none:
+      // The content of a password field can be replaced, though never read.
+      return isSecure(facts) && facts.has(AtspiInterface::editableText);
+    case ValueSource::label:
+    case ValueSource::onOff:
+      return false;
+    case ValueSource::choice:
+    case ValueSource::text:
+      return isEditableField(facts) && !facts.has(AtspiState::readOnly);
+    case ValueSource::quantity:
+      return facts.has(AtspiInterface::value) && !facts.has(AtspiState::readOnly) &&
+             roleRow(facts.role).axRole != "AXProgressIndicator";
+  }
+  return false;
+}
+
+bool repeatsParent(const AtspiFacts& child, const AtspiFacts& parent, Toolkit toolkit) {
+  return toolkit == Toolkit::chromium && child.is(AtspiRole::staticText) && !child.name.empty() &&
+         child.name == parent.name;
+}
+
+}  // namespace tarqo::lnx

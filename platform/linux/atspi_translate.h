@@ -1,0 +1,65 @@
+// From what an object told of itself to the protocol's attributes and actions. Pure: what an
+// attribute takes is named first, asked elsewhere, and translated here.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/accessibility.h"
+#include "platform/linux/atspi_element.h"
+#include "platform/linux/atspi_facts.h"
+
+namespace tarqo::lnx {
+
+/// An object as it is to be shown.
+struct AtspiView {
+  const AtspiFacts& facts;
+  Toolkit toolkit = Toolkit::other;
+  Facet facet = Facet::whole;
+  MenuPlace place = MenuPlace::none;
+  bool inMenuBar = false;
+};
+
+/// What must be known to answer an attribute; nothing for attributes that are not made of facts.
+[[nodiscard]] FactSet factsFor(std::string_view attribute);
+
+/// Whether the object is a window of its application.
+[[nodiscard]] bool isWindow(const AtspiFacts& facts);
+
+/// "AXRole" and "AXSubrole"; the subrole may be empty.
+struct AxRole {
+  std::string_view role;
+  std::string_view subrole;
+};
+[[nodiscard]] AxRole axRole(const AtspiView& view);
+
+/// Whether its content must not be read.
+[[nodiscard]] bool isSecure(const AtspiFacts& facts);
+
+/// Whether it is not on the screen, as "AXHidden" says it.
+[[nodiscard]] bool isHidden(const AtspiView& view);
+
+/// The extents as told, when they can be a place on a screen: toolkits fill those of what is not
+/// laid out with INT_MIN or with whatever was in memory.
+[[nodiscard]] std::optional<Rect> plausible(const std::optional<Rect>& extents);
+
+/// An attribute that is a text, a truth or a number; none when the object has no such attribute.
+/// Places, elements and lists are made elsewhere.
+[[nodiscard]] std::optional<Value> plainAttribute(const AtspiView& view, std::string_view name);
+
+/// The names of the actions, each once, in the object's order.
+[[nodiscard]] std::vector<std::string> axActionNames(const AtspiView& view);
+
+/// The index of the object's own action behind an action's name.
+[[nodiscard]] std::optional<int> actionIndex(const AtspiView& view, std::string_view axAction);
+
+/// Whether setting "AXValue" can work.
+[[nodiscard]] bool hasSettableValue(const AtspiView& view);
+
+/// Whether a child only repeats its parent's text, as the leaves below Chromium's controls do.
+[[nodiscard]] bool repeatsParent(const AtspiFacts& child, const AtspiFacts& parent,
+                                 Toolkit toolkit);
+
+}  // namespace tarqo::lnx

@@ -1,0 +1,190 @@
+#include "platform/linux/atspi_tree.h"
+
+#include <algorithm>
+
+#include "platform/linux/atspi_codec.h"
+#include "platform/linux/atspi_translate.h"
+
+namespace tarqo::lnx {
+namespace {
+
+/// Objects asked in one stretch. The walk seldom wants more than this, and what it does not want
+/// was read in vain.
+constexpr int kStretch = 2000;
+
+/// Objects under way at once: enough to keep the target busy, few enough to keep to the walk's
+/// order.
+constexpr int kAtOnce = 48;
+
+/// From this many objects on, reading the toolkit's whole cache costs less than asking each.
+constexpr int kCacheWorthwhile = 150;
+
+constexpr auto kCachePatience = std::chrono::milliseconds(1000);
+
+bool hasCache(Toolkit toolkit) {
+  // GTK 4 and Qt 5 answer with the root alone or nothing.
+  return toolkit == Toolkit::gtk3 || toolkit == Toolkit::chromium;
+}
+
+/// Gives every parent the children that the cache lists for it, where it lists all of them and says
+/// in which order.
+class ChildrenFromCache {
+ public:
+  void add(const CacheItem& item) {
+    counts_[item.ref] = item.childCount;
+    children_[item.parent].emplace_back(item.index, item.ref);
+  }
+
+  [[nodiscard]] std::optional<std::vector<AtspiRef>> of(const AtspiRef& parent) {
+    const int count = counts_[parent];
+    std::vector<std::pair<int, AtspiRef>>& listed = children_[parent];
+    if (count != static_cast<int>(listed.size())) {
+      return std::nullopt;
+    }
+    std::ranges::sort(listed, {}, [](const auto& child) { return child.first; });
+    std::vector<AtspiRef> result;
+    for (std::size_t i = 0; i < listed.size(); ++i) {
+      if (listed[i].first != static_cast<int>(i)) {
+        return std::nullopt;
+      }
+      result.push_back(listed[i].second);
+    }
+    return result;
+  }
+
+ private:
+  std::unordered_map<AtspiRef, int, AtspiRefHash> counts_;
+  std::unordered_map<AtspiRef, std::vector<std::pair<int, AtspiRef>>, AtspiRefHash> children_;
+};
+
+}  // namespace
+
+FactSet factsReadAhead() {
+  return Fact::kind | Fact::name | Fact::description | Fact::identifier | Fact::attributes |
+         Fact::children | Fact::extents | Fact::actions | Fact::value | Fact::address;
+}
+
+struct AtspiTree::Stretch {
+  AtspiBatch& batch;
+  FactAsker& asker;
+  Toolkit toolkit = Toolkit::other;
+  int started = 0;
+  int active = 0;
+  int limit = kStretch;
+};
+
+const std::shared_ptr<AtspiFacts>& AtspiTree::factsOf(const AtspiRef& ref) {
+  std::shared_ptr<AtspiFacts>& facts = facts_[ref];
+  if (!facts) {
+    facts = std::make_shared<AtspiFacts>();
+  }
+  return facts;
+}
+
+void AtspiTree::readAhead(const AtspiElement::Parts& object, Toolkit toolkit) {
+  if (failed_ || factsOf(object.ref)->known.hasAll(factsReadAhead())) {
+    return;
+  }
+  std::erase_if(ahead_, [&object](const Node& node) { return node.ref == object.ref; });
+  ahead_.push_back({object.ref, object.inMenuBar});
+  int left = kStretch;
+  while (left > 0 && !ahead_.empty() && !failed_) {
+    const bool useCache = hasCache(toolkit) && !cacheTried_;
+    AtspiBatch batch(bus_);
+    FactAsker asker(batch);
+    Stretch stretch{batch, asker, toolkit};
+    stretch.limit = useCache ? kCacheWorthwhile : left;
+    start(stretch);
+    if (batch.run({deadline_, object.timeout}) != BatchOutcome::complete) {
+      fail();
+      return;
+    }
+    left -= stretch.started;
+    if (useCache && !ahead_.empty()) {
+      readCache(object.ref.bus, object.timeout);
+    }
+  }
+}
+
+void AtspiTree::start(Stretch& stretch) {
+  while (stretch.active < kAtOnce && stretch.started < stretch.limit && !ahead_.empty()) {
+    const Node node = std::move(ahead_.back());
+    ahead_.pop_back();
+    open(stretch, node);
+  }
+}
+
+void AtspiTree::open(Stretch& stretch, const Node& node) {
+  const std::shared_ptr<AtspiFacts> facts = factsOf(node.ref);
+  if (facts->known.hasAll(factsReadAhead())) {
+    return;
+  }
+  ++stretch.started;
+  ++stretch.active;
+  stretch.asker.ask(node.ref, stretch.toolkit, Fact::kind | Fact::name, facts,
+                    [this, &stretch, node, facts] { kindKnown(stretch, node, facts); });
+}
+
+void AtspiTree::kindKnown(Stretch& stretch, const Node& node,
+                          const std::shared_ptr<AtspiFacts>& facts) {
+  const AtspiView view{.facts = *facts, .toolkit = stretch.toolkit, .inMenuBar = node.whole};
+  if (!facts->alive || (isHidden(view) && !isWindow(*facts))) {
+    // Nobody looks below what is hidden, and of itself nothing more is asked.
+    facts->known.add(factsReadAhead());
+    --stretch.active;
+    start(stretch);
+    return;
+  }
+  stretch.asker.ask(
+      node.ref, stretch.toolkit, factsReadAhead(), facts, [this, &stretch, node, facts] {
+        if (facts->children) {
+          for (auto child = facts->children->rbegin(); child != facts->children->rend(); ++child) {
+            ahead_.push_back({*child, node.whole});
+          }
+        }
+        --stretch.active;
+        start(stretch);
+      });
+}
+
+void AtspiTree::readCache(const std::string& busName, Duration patience) {
+  cacheTried_ = true;
+  std::vector<CacheItem> items;
+  AtspiBatch batch(bus_);
+  batch.call({busName, "/org/a11y/atspi/cache"}, "org.a11y.atspi.Cache", "GetItems",
+             [&items](Reply reply) {
+               if (reply.ok) {
+                 items = readCacheItems(reply.message);
+               }
+             });
+  // The answer is one message that takes the target long to make.
+  const Duration wait = std::max<Duration>(patience, kCachePatience);
+  if (batch.run({deadline_, wait}) != BatchOutcome::complete) {
+    fail();
+    return;
+  }
+  ChildrenFromCache children;
+  for (const CacheItem& item : items) {
+    children.add(item);
+  }
+  for (CacheItem& item : items) {
+    AtspiFacts& facts = *factsOf(item.ref);
+    if (facts.known.has(Fact::kind)) {
+      continue;
+    }
+    facts.alive = true;
+    facts.role = item.role;
+    facts.states = item.states;
+    facts.interfaces = item.interfaces;
+    facts.name = std::move(item.name);
+    facts.description = std::move(item.description);
+    facts.parent = std::move(item.parent);
+    facts.known.add(Fact::kind | Fact::name | Fact::description | Fact::parent);
+    facts.children = children.of(item.ref);
+    if (facts.children) {
+      facts.known.add(Fact::children);
+    }
+  }
+}
+
+}  // namespace tarqo::lnx

@@ -1,0 +1,64 @@
+// What was read ahead of one application's tree while the core walks it.
+//
+// The core walks a tree in order of appearance, element by element. Asking in the same manner would
+// cost several round trips an element, so whole stretches of the tree are asked for at once, in
+// about the order of the walk, as soon as the walk reaches an element that is not there yet.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <unordered_map>
+#include <vector>
+
+#include "platform/accessibility.h"
+#include "platform/linux/atspi_bus.h"
+#include "platform/linux/atspi_element.h"
+#include "platform/linux/atspi_facts.h"
+#include "platform/linux/atspi_windows.h"
+
+namespace tarqo::lnx {
+
+/// Everything the core asks of an element that it walks over.
+[[nodiscard]] FactSet factsReadAhead();
+
+class AtspiTree {
+ public:
+  AtspiTree(AtspiBus& bus, Pid pid, Instant deadline) : bus_(bus), pid_(pid), deadline_(deadline) {}
+
+  [[nodiscard]] Pid pid() const { return pid_; }
+  [[nodiscard]] Instant deadline() const { return deadline_; }
+
+  /// Whether the application failed to answer in time; then nobody asks it again in this scope.
+  [[nodiscard]] bool failed() const { return failed_; }
+  void fail() { failed_ = true; }
+
+  /// The facts of an object, as far as they are known; made when there are none.
+  [[nodiscard]] const std::shared_ptr<AtspiFacts>& factsOf(const AtspiRef& ref);
+
+  /// Reads the stretch of the tree that begins with `object`, unless it was read before.
+  void readAhead(const AtspiElement::Parts& object, Toolkit toolkit);
+
+  std::optional<std::vector<Toplevel>> toplevels;
+
+ private:
+  struct Node {
+    AtspiRef ref;
+    bool whole = false;  ///< Also what is not shown: inside a menu bar.
+  };
+  struct Stretch;
+
+  void start(Stretch& stretch);
+  void open(Stretch& stretch, const Node& node);
+  void kindKnown(Stretch& stretch, const Node& node, const std::shared_ptr<AtspiFacts>& facts);
+  void readCache(const std::string& busName, Duration patience);
+
+  AtspiBus& bus_;
+  Pid pid_;
+  Instant deadline_;
+  bool failed_ = false;
+  bool cacheTried_ = false;
+  std::unordered_map<AtspiRef, std::shared_ptr<AtspiFacts>, AtspiRefHash> facts_;
+  std::vector<Node> ahead_;  ///< Known of, not asked yet; the last is the next in the walk.
+};
+
+}  // namespace tarqo::lnx

@@ -1,0 +1,29 @@
+// Which of an application's top-level objects is which X window. The X server has the last word on
+// what a window is and where: toolkits register objects that have none.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "platform/linux/atspi_facts.h"
+#include "platform/linux/window_locator.h"
+
+namespace tarqo::lnx {
+
+/// A top-level object, and the window that shows it.
+struct Toplevel {
+  AtspiRef ref;
+  Toolkit toolkit = Toolkit::other;
+  std::shared_ptr<const AtspiFacts> facts;  ///< Kind, name, parent and extents.
+  std::optional<LocatedWindow> window;
+};
+
+/// Gives every object the window that it resembles most, by title, place and size, and no window to
+/// two objects. `windows` is front to back; of equals the front one is taken first.
+void matchWindows(std::vector<Toplevel>& toplevels, const std::vector<LocatedWindow>& windows);
+
+/// How far the coordinates told by an object below `toplevel` are from the screen's.
+[[nodiscard]] Point screenOffset(const Toplevel& toplevel);
+
+}  // namespace tarqo::lnx

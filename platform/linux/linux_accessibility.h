@@ -1,0 +1,90 @@
+// The accessibility service over AT-SPI.
+//
+// Worker thread only, but for what `AtspiEvents` delivers. Nothing here ends the process or writes
+// anywhere when the accessibility bus is missing or lost; the next call connects again.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/accessibility.h"
+#include "platform/linux/atspi_debts.h"
+#include "platform/linux/atspi_element.h"
+#include "platform/linux/atspi_events.h"
+#include "platform/linux/atspi_reader.h"
+#include "platform/linux/atspi_translate.h"
+#include "platform/linux/window_locator.h"
+
+namespace tarqo::lnx {
+
+class LinuxAccessibility final : public Accessibility {
+ public:
+  /// Both are kept by reference and outlive this.
+  LinuxAccessibility(WindowLocator& locator, AtspiEvents& events);
+
+  Element application(Pid pid, Duration messagingTimeout) override;
+  std::optional<Value> attribute(const Element& element, std::string_view name) override;
+  std::vector<std::optional<Value>> attributes(const Element& element,
+                                               std::span<const std::string_view> names) override;
+  std::vector<std::string> actionNames(const Element& element) override;
+  bool perform(const Element& element, std::string_view action) override;
+  bool set(const Element& element, std::string_view name, const Value& value) override;
+  bool isSettable(const Element& element, std::string_view name) override;
+  std::optional<Element> elementAt(Point point) override;
+  std::optional<Pid> pidOf(const Element& element) override;
+  std::unique_ptr<Observer> observe(Pid pid, NotificationCallback callback) override;
+  std::unique_ptr<TreeRead> readTree(const Element& window, Instant deadline) override;
+
+ private:
+  using Parts = AtspiElement::Parts;
+
+  [[nodiscard]] static AtspiView viewOf(const Parts& object, const AtspiFacts& facts,
+                                        Toolkit toolkit);
+  [[nodiscard]] std::optional<Value> objectAttribute(const Parts& object, const FactsPtr& facts,
+                                                     std::string_view name);
+
+  // Attributes of an application element.
+  [[nodiscard]] std::optional<Value> applicationAttribute(const Parts& application,
+                                                          std::string_view name);
+  [[nodiscard]] std::vector<Element> windowsOf(const Parts& application);
+  [[nodiscard]] std::optional<Element> focusedWindow(const Parts& application);
+  [[nodiscard]] std::optional<Element> focusedElement(const Parts& application);
+  [[nodiscard]] std::optional<Element> menuBar(const Parts& application);
+  [[nodiscard]] std::optional<AtspiRef> menuBarBelow(const Parts& window);
+  [[nodiscard]] std::optional<AtspiRef> focusedBelow(const Parts& window);
+
+  // Attributes of a window.
+  [[nodiscard]] std::optional<Value> windowAttribute(const Parts& window, std::string_view name);
+  [[nodiscard]] std::optional<std::string> documentOf(const Parts& window);
+
+  // Attributes that lead to other elements, and places.
+  [[nodiscard]] std::optional<Rect> frameOf(const Parts& object, const AtspiFacts& facts);
+  [[nodiscard]] Values childrenOf(const Parts& object, const AtspiFacts& facts);
+  [[nodiscard]] std::vector<AtspiRef> shownChildren(const Parts& object, const AtspiFacts& facts);
+  [[nodiscard]] std::optional<Element> parentOf(const Parts& object, const AtspiFacts& facts);
+  [[nodiscard]] Parts asMet(Parts object);
+
+  // Deeds.
+  [[nodiscard]] bool act(const Parts& object, int index);
+  [[nodiscard]] bool setText(const Parts& object, const std::string& text);
+  [[nodiscard]] bool setNumber(const Parts& object, double number);
+  [[nodiscard]] bool grabFocus(const Parts& object);
+  [[nodiscard]] std::optional<WindowNumber> windowNumber(const Parts& window);
+
+  // Hit tests.
+  [[nodiscard]] std::optional<AtspiRef> hitFrom(const Parts& top, Point point);
+  [[nodiscard]] std::optional<AtspiRef> childAt(const Parts& object, Point point);
+  [[nodiscard]] std::vector<Toplevel> toplevelsAt(const LocatedWindow& window, Point point);
+
+  AtspiEvents& events_;
+  AtspiBus bus_;
+  AtspiReader reader_;
+  AtspiDebts debts_;
+};
+
+}  // namespace tarqo::lnx

@@ -1,0 +1,112 @@
+// Deeds: actions, values, the focus.
+#include <algorithm>
+
+#include "platform/linux/linux_accessibility.h"
+
+namespace tarqo::lnx {
+
+bool LinuxAccessibility::perform(const Element& element, std::string_view action) {
+  const AtspiElement* ours = atspiElement(element);
+  if (ours == nullptr || ours->isApplication()) {
+    return false;
+  }
+  const Parts& object = ours->parts();
+  if (action == "AXRaise") {
+    const std::optional<WindowNumber> window = windowNumber(object);
+    return window && reader_.locator().raise(*window);
+  }
+  const FactsPtr facts = reader_.learn(object, Fact::kind | Fact::actions);
+  if (!facts) {
+    return false;
+  }
+  const std::optional<int> index =
+      actionIndex(viewOf(object, *facts, reader_.toolkitOf(object)), action);
+  if (!index || !debts_.perform(object, *index)) {
+    return false;
+  }
+  // GTK 3 and Qt announce nothing when a button is pressed; that they took the press is all there
+  // is.
+  events_.acknowledged(object.pid);
+  return true;
+}
+
+bool LinuxAccessibility::set(const Element& element, std::string_view name, const Value& value) {
+  const AtspiElement* ours = atspiElement(element);
+  if (ours == nullptr) {
+    return false;
+  }
+  const bool* truth = value.as<bool>();
+  if (ours->isApplication()) {
+    // The window manager brings an application to the front, when its window is raised.
+    return name == "AXFrontmost" && truth != nullptr;
+  }
+  const Parts& object = ours->parts();
+  if (name == "AXValue") {
+    if (const std::string* text = value.as<std::string>()) {
+      return setText(object, *text);
+    }
+    const double* number = value.as<double>();
+    return number != nullptr && setNumber(object, *number);
+  }
+  if (truth == nullptr) {
+    return false;
+  }
+  if (name == "AXFocused") {
+    return *truth && grabFocus(object);
+  }
+  const std::optional<WindowNumber> window = windowNumber(object);
+  if (!window) {
+    return false;
+  }
+  if (name == "AXMinimized") {
+    return reader_.locator().setMinimized(*window, *truth);
+  }
+  return name == "AXMain" && *truth && reader_.locator().raise(*window);
+}
+
+bool LinuxAccessibility::setText(const Parts& object, const std::string& text) {
+  bool accepted = false;
+  reader_.ask(object, [&](AtspiBatch& batch) {
+    Message message = batch.make(object.ref, kEditableText, "SetTextContents");
+    if (message) {
+      sd_bus_message_append(message.get(), "s", text.c_str());
+    }
+    batch.send(std::move(message), [&accepted](Reply reply) {
+      accepted = reply.ok && readBool(reply.message).value_or(false);
+    });
+  });
+  return accepted;
+}
+
+bool LinuxAccessibility::setNumber(const Parts& object, double number) {
+  bool accepted = false;
+  reader_.ask(object, [&](AtspiBatch& batch) {
+    Message message = batch.make(object.ref, "org.freedesktop.DBus.Properties", "Set");
+    if (message) {
+      sd_bus_message_append(message.get(), "ssv", kValue, "CurrentValue", "d", number);
+    }
+    batch.send(std::move(message), [&accepted](Reply reply) { accepted = reply.ok; });
+  });
+  return accepted;
+}
+
+bool LinuxAccessibility::grabFocus(const Parts& object) {
+  bool taken = false;
+  reader_.ask(object, [&](AtspiBatch& batch) {
+    batch.call(object.ref, kComponent, "GrabFocus", [&taken](Reply reply) {
+      taken = reply.ok && readBool(reply.message).value_or(false);
+    });
+  });
+  return taken;
+}
+
+std::optional<WindowNumber> LinuxAccessibility::windowNumber(const Parts& window) {
+  const std::vector<Toplevel> all = reader_.toplevels(window.pid, window.timeout);
+  const auto found = std::ranges::find(all, window.ref, &Toplevel::ref);
+  if (found == all.end() || !found->window) {
+    return std::nullopt;
+  }
+  return found->window->number;
+}
+
+}  // namespace tarqo::lnx
