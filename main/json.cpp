@@ -1,5 +1,6 @@
 #include "main/json.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace tarqo {
@@ -32,10 +33,14 @@ bool nestsTooDeep(std::string_view text) {
   return false;
 }
 
-// "[json.exception.parse_error.101] parse error at …" without the library's own label.
-std::string withoutLabel(const std::string& what) {
-  const std::size_t end = what.find("] ");
-  return end == std::string::npos ? what : what.substr(end + 2);
+// "[json.exception.parse_error.101] parse error at …; last read: '…'" without the library's own
+// label and without the text last read, which may be all of a very long line.
+std::string reasonOf(const std::string& what) {
+  constexpr std::size_t kMaxReason = 160;
+  const std::size_t label = what.find("] ");
+  const std::size_t begin = label == std::string::npos ? 0 : label + 2;
+  const std::size_t end = what.find("; last read: '", begin);
+  return what.substr(begin, std::min(end - begin, kMaxReason));
 }
 
 constexpr double kTwoTo63 = 9223372036854775808.0;
@@ -80,13 +85,17 @@ Json parseJson(std::string_view text) {
   if (nestsTooDeep(text)) {
     throw JsonError("The JSON text nests deeper than 512 levels.");
   }
+  // The library takes a NUL byte for the end of its input, whatever follows.
+  if (text.find('\0') != std::string_view::npos) {
+    throw JsonError("The line is not valid JSON: it holds a NUL byte.");
+  }
   try {
     Json value = Json::parse(text);
     if (value.is_structured()) {
       return value;
     }
   } catch (const Json::exception& error) {
-    throw JsonError("The line is not valid JSON: " + withoutLabel(error.what()));
+    throw JsonError("The line is not valid JSON: " + reasonOf(error.what()));
   }
   throw JsonError("The JSON text did not start with an array or object.");
 }

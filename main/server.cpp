@@ -17,23 +17,6 @@ Json nativeError(std::string_view message) {
   return {{"code", "native_error"}, {"message", message}};
 }
 
-Json errorObject(const Failure& failure) {
-  Json error = failure.detail();
-  error["code"] = failure.code();
-  error["message"] = failure.message();
-  return error;
-}
-
-Json errorObject(const std::exception& error) {
-  if (const auto* failure = dynamic_cast<const Failure*>(&error)) {
-    return errorObject(*failure);
-  }
-  if (dynamic_cast<const std::bad_alloc*>(&error) != nullptr) {
-    return nativeError("The request needs more memory than the system has.");
-  }
-  return nativeError(error.what());
-}
-
 // The 32-bit value of a "pid": fractions are cut off, booleans count as 0 and 1.
 std::optional<Pid> pidMember(const Json& args) {
   const auto found = args.find("pid");
@@ -52,6 +35,19 @@ std::optional<Pid> pidMember(const Json& args) {
 }
 
 }  // namespace
+
+Json errorObject(const std::exception& error) {
+  if (const auto* failure = dynamic_cast<const Failure*>(&error)) {
+    Json object = failure->detail();
+    object["code"] = failure->code();
+    object["message"] = failure->message();
+    return object;
+  }
+  if (dynamic_cast<const std::bad_alloc*>(&error) != nullptr) {
+    return nativeError("The request needs more memory than the system has.");
+  }
+  return nativeError(error.what());
+}
 
 Server::Server(const Platform& platform)
     : platform_(platform),

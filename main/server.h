@@ -1,6 +1,7 @@
 // From one request line to one response line.
 #pragma once
 
+#include <exception>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -17,6 +18,10 @@ struct Served {
   std::optional<std::string> response;
   bool close = false;  ///< The client asked for the end of the process.
 };
+
+/// The "error" of a response: the code, message and detail of a `Failure`, "native_error" with its
+/// own words for anything else.
+[[nodiscard]] Json errorObject(const std::exception& error);
 
 /// Owns the one session and what it remembers of host and grants. Worker thread only; a request may
 /// take as long as the waits of its method.
