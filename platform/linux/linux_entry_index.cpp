@@ -61,22 +61,6 @@ std::string withLinksResolved(const std::string& path) {
   return real ? std::string(real.get()) : path;
 }
 
-std::vector<std::string> entryFilesIn(const std::string& folder) {
-  std::vector<std::string> names;
-  const std::unique_ptr<DIR, int (*)(DIR*)> open(::opendir(folder.c_str()), &::closedir);
-  if (!open) {
-    return names;
-  }
-  while (const dirent* entry = ::readdir(open.get())) {
-    const std::string_view name(entry->d_name);
-    if (name.ends_with(".desktop")) {
-      names.emplace_back(name);
-    }
-  }
-  std::sort(names.begin(), names.end());
-  return names;
-}
-
 void completeForThisMachine(DesktopEntry& entry, const std::vector<std::string>& desktops) {
   entry.command = commandOf(entry);
   if (!entry.command.empty()) {
@@ -113,6 +97,22 @@ std::vector<std::string> entryFolders() {
     }
   }
   return folders;
+}
+
+std::vector<std::string> entryFilesIn(const std::string& folder) {
+  std::vector<std::string> names;
+  const std::unique_ptr<DIR, int (*)(DIR*)> open(::opendir(folder.c_str()), &::closedir);
+  if (!open) {
+    return names;
+  }
+  while (const dirent* entry = ::readdir(open.get())) {
+    const std::string_view name(entry->d_name);
+    if (name.ends_with(".desktop")) {
+      names.emplace_back(name);
+    }
+  }
+  std::sort(names.begin(), names.end());
+  return names;
 }
 
 std::string resolvedProgram(const std::string& program) {

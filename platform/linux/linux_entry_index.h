@@ -18,6 +18,9 @@ namespace tarqo::lnx {
 /// so that later ones overrule earlier ones. By XDG_DATA_DIRS and XDG_DATA_HOME.
 [[nodiscard]] std::vector<std::string> entryFolders();
 
+/// The names of the entry files in a folder, sorted; empty when it cannot be listed.
+[[nodiscard]] std::vector<std::string> entryFilesIn(const std::string& folder);
+
 /// The program for a name or a path, as a launch would find it, links resolved; empty if there is
 /// none. By PATH.
 [[nodiscard]] std::string resolvedProgram(const std::string& program);

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cctype>
 #include <charconv>
-#include <compare>
+#include <cstddef>
 #include <optional>
 
 namespace tarqo::lnx {
@@ -66,33 +66,43 @@ const DesktopEntry* entryOfWindowClass(const std::vector<DesktopEntry>& entries,
 
 /// How well a command line fits an entry's command; the greater the better.
 struct Fit {
-  bool launchable = false;
   int matchedWords = 0;
   int missingOptions = 0;
 
-  auto operator<=>(const Fit& other) const {
-    if (const auto order = launchable <=> other.launchable; order != 0) {
-      return order;
-    }
-    if (const auto order = matchedWords <=> other.matchedWords; order != 0) {
-      return order;
-    }
-    return other.missingOptions <=> missingOptions;
+  [[nodiscard]] bool isBetterThan(const Fit& other) const {
+    return matchedWords != other.matchedWords ? matchedWords > other.matchedWords
+                                              : missingOptions < other.missingOptions;
   }
-  bool operator==(const Fit&) const = default;
 };
+
+std::string_view fileName(std::string_view path) { return path.substr(path.rfind('/') + 1); }
+
+/// Whether the process runs the command by its name, whichever program answers to that: an
+/// interpreter of a private environment, say. Only a command that names a file is telling enough.
+bool runsByName(const std::vector<std::string>& command, std::size_t program,
+                const std::vector<std::string>& commandLine) {
+  return !commandLine.empty() && fileName(commandLine.front()) == fileName(command[program]) &&
+         std::any_of(command.begin() + static_cast<std::ptrdiff_t>(program) + 1, command.end(),
+                     [](const std::string& word) { return word.starts_with('/'); });
+}
 
 /// None when another program runs, or the same one (an interpreter, say) with something else.
 std::optional<Fit> fitOf(const DesktopEntry& entry, const ProcessEvidence& evidence) {
-  const bool isProgram = entry.program == evidence.program;
-  const bool isScript = std::find(evidence.pathArguments.begin(), evidence.pathArguments.end(),
-                                  entry.program) != evidence.pathArguments.end();
-  if (entry.program.empty() || entry.terminal || (!isProgram && !isScript)) {
+  // An entry that is not for users, a window manager's for example, has no claim to whatever runs
+  // its program.
+  if (!entry.launchable || entry.program.empty()) {
     return std::nullopt;
   }
-  Fit fit{.launchable = entry.launchable};
+  const std::size_t program = programPosition(entry.command);
+  const auto& paths = evidence.pathArguments;
+  if (entry.program != evidence.program &&
+      std::find(paths.begin(), paths.end(), entry.program) == paths.end() &&
+      !runsByName(entry.command, program, evidence.commandLine)) {
+    return std::nullopt;
+  }
+  Fit fit;
   auto from = evidence.commandLine.begin();
-  for (std::size_t i = programPosition(entry.command) + 1; i < entry.command.size(); ++i) {
+  for (std::size_t i = program + 1; i < entry.command.size(); ++i) {
     const std::string& word = entry.command[i];
     const auto found = std::find(from, evidence.commandLine.end(), word);
     if (found != evidence.commandLine.end()) {
@@ -113,7 +123,7 @@ const DesktopEntry* entryOfProgram(const std::vector<DesktopEntry>& entries,
   Fit bestFit;
   for (const DesktopEntry& entry : entries) {
     const auto fit = fitOf(entry, evidence);
-    if (fit && (best == nullptr || *fit > bestFit)) {
+    if (fit && (best == nullptr || fit->isBetterThan(bestFit))) {
       best = &entry;
       bestFit = *fit;
     }

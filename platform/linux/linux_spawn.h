@@ -1,0 +1,49 @@
+// Starts programs as children that share nothing with the helper: the standard streams are the null
+// device, no other file is open, no signal is blocked or ignored. No shell is involved.
+//
+// Any thread. Waits until the program runs or has been refused, which takes about a millisecond.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "platform/accessibility.h"
+
+namespace tarqo::lnx {
+
+struct SpawnRequest {
+  std::string program;                   ///< Absolute.
+  std::vector<std::string> arguments;    ///< The program's name first.
+  std::vector<std::string> environment;  ///< "NAME=value" each.
+  std::string folder;                    ///< To work in; the helper's own when empty.
+  bool ownSession = false;               ///< Apart from the terminal and its signals.
+  /// The name of a variable to be set to the child's own process id; none when empty.
+  std::string pidVariable;
+};
+
+/// The child, or why there is none.
+struct Spawned {
+  Pid pid = 0;    ///< 0 when the program could not be started.
+  int error = 0;  ///< The `errno` of that.
+};
+
+/// Starts a program. Whoever called must see to it that the child is waited for.
+[[nodiscard]] Spawned spawn(const SpawnRequest& request);
+
+/// The helper's own environment, "NAME=value" each, without the variables of these names.
+[[nodiscard]] std::vector<std::string> environmentWithout(const std::vector<std::string>& names);
+
+/// How a child ended.
+struct ChildEnd {
+  bool exited = false;  ///< By itself, with `status`; else by the signal `status`.
+  int status = 0;
+};
+
+/// Whether a child has ended, and how. Collects it: a second call says that it is unknown, which
+/// counts as an exit with status 0.
+[[nodiscard]] bool hasEnded(Pid child, ChildEnd& end);
+
+/// Waits, without limit, until a child has ended.
+void awaitEnd(Pid child);
+
+}  // namespace tarqo::lnx
