@@ -15,7 +15,6 @@ MenuWalk::MenuWalk(const Platform& platform, std::size_t maxNodes, NodeList& lis
     : platform_(platform),
       maxNodes_(maxNodes),
       list_(list),
-      deadline_(platform.clock.now() + kMenuBarLimit),
       menuBarId_(list.snapshotId + ":menubar") {}
 
 bool MenuWalk::exhausted() const {
@@ -38,6 +37,7 @@ void MenuWalk::walkMenuBar(const Element& app) {
   if (!menuBar) {
     return;
   }
+  deadline_ = platform_.clock.now() + kMenuBarLimit;
   const auto scope = ax.readTree(*menuBar, deadline_);
   list_.emit({{"id", menuBarId_},
               {"parentId", nullptr},
