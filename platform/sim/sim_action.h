@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -13,6 +14,16 @@ namespace tarqo::sim {
 /// How long after its cause a notification is heard, unless a scene says otherwise: on a real
 /// desktop it is never the same instant.
 inline constexpr Duration kLatency = std::chrono::milliseconds(1);
+
+/// A deed whose copies share what it remembers; those of a plain std::function each have their own.
+template <typename... Arguments>
+std::function<void(Arguments...)> sharing(std::function<void(Arguments...)> deed) {
+  if (!deed) {
+    return deed;
+  }
+  return [one = std::make_shared<std::function<void(Arguments...)>>(std::move(deed))](
+             Arguments... arguments) { (*one)(arguments...); };
+}
 
 /// Taken at once and without any effect, unless the scene says more.
 class Action {
@@ -33,7 +44,7 @@ class Action {
 
   /// What the application does, `delay` after the call.
   Action& effect(std::function<void()> effect, Duration delay = {}) {
-    effect_ = std::move(effect);
+    effect_ = sharing(std::move(effect));
     effectDelay_ = delay;
     return *this;
   }

@@ -41,7 +41,7 @@ Node& Node::settable(const std::string& name, bool settable) {
 }
 
 Node& Node::onSet(const std::string& name, std::function<void(const Value&)> effect) {
-  attributes_[name].onSet = std::move(effect);
+  attributes_[name].onSet = sharing(std::move(effect));
   return settable(name);
 }
 
@@ -141,18 +141,19 @@ Node& Node::withoutAction(const std::string& name) {
 }
 
 Node& Node::onPress(std::function<void()> effect) {
-  onClick_ = [effect](int) { effect(); };
-  action("AXPress").effect(std::move(effect));
+  const std::function<void()> one = sharing(std::move(effect));
+  onClick_ = [one](int) { one(); };
+  action("AXPress").effect(one);
   return *this;
 }
 
 Node& Node::onClick(std::function<void(int clickState)> effect) {
-  onClick_ = std::move(effect);
+  onClick_ = sharing(std::move(effect));
   return *this;
 }
 
 Node& Node::onRightClick(std::function<void()> effect) {
-  onRightClick_ = std::move(effect);
+  onRightClick_ = sharing(std::move(effect));
   return *this;
 }
 

@@ -96,6 +96,17 @@ TEST_F(SimInput, ClicksWhatLiesUnderThePointer) {
   EXPECT_EQ(save.activations(), 1);
 }
 
+TEST_F(SimInput, CountsInAnEffectWhetherPressedOrClicked) {
+  std::vector<int> counts;
+  save.onPress([&counts, count = 0]() mutable { counts.push_back(++count); });
+
+  click({210, 210});
+  EXPECT_TRUE(desktop.accessibility().perform(save.element(), "AXPress"));
+  click({210, 210});
+
+  EXPECT_EQ(counts, (std::vector<int>{1, 2, 3}));
+}
+
 TEST_F(SimInput, ClicksTheControlAroundALabel) {
   int pressed = 0;
   save.onPress([&] { ++pressed; });

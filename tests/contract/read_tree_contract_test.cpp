@@ -1,0 +1,105 @@
+// accessibility.h: reading a tree ahead
+
+#include <array>
+
+#include "tests/contract/contract_fixture.h"
+
+namespace tarqo::contract {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr std::array<std::string_view, 13> kNames = {
+    "AXRole",    "AXSubrole",    "AXTitle", "AXDescription", "AXPlaceholderValue",
+    "AXEnabled", "AXPosition",   "AXSize",  "AXSelected",    "AXFocused",
+    "AXHidden",  "AXIdentifier", "AXURL"};
+
+/// What the walk over a tree reads of one element.
+struct Seen {
+  std::string texts;
+  std::optional<Rect> frame;
+  std::vector<std::string> actions;
+  std::size_t children = 0;
+
+  bool operator==(const Seen&) const = default;
+};
+
+std::ostream& operator<<(std::ostream& out, const Seen& seen) {
+  out << seen.texts << " " << seen.children << " children, actions";
+  for (const std::string& action : seen.actions) {
+    out << " " << action;
+  }
+  return out;
+}
+
+class ReadTreeContract : public TargetContract {
+ protected:
+  [[nodiscard]] Seen see(const Element& element) const {
+    Seen seen;
+    for (const auto& value : ax.attributes(element, kNames)) {
+      const auto* text = value ? value->as<std::string>() : nullptr;
+      const auto* flag = value ? value->as<bool>() : nullptr;
+      seen.texts += text != nullptr ? *text : flag != nullptr ? (*flag ? "+" : "-") : "";
+      seen.texts += "|";
+    }
+    seen.texts += text(element, "AXValue");
+    seen.frame = frame(element);
+    seen.actions = ax.actionNames(element);
+    seen.children = elements(element, "AXChildren").size();
+    return seen;
+  }
+};
+
+TEST_F(ReadTreeContract, EqualsReadingLive) {
+  std::vector<Element> live;
+  std::vector<Seen> liveSeen;
+  for (const Element& element : tree(window())) {
+    live.push_back(element);
+    liveSeen.push_back(see(element));
+  }
+
+  const auto scope = ax.readTree(window(), clock.now() + 4s);
+  const std::vector<Element> ahead = tree(window());
+
+  ASSERT_EQ(ahead.size(), live.size());
+  for (std::size_t i = 0; i < ahead.size(); ++i) {
+    EXPECT_TRUE(ahead[i] == live[i]) << i;
+    EXPECT_EQ(see(ahead[i]), liveSeen[i]) << i;
+  }
+}
+
+TEST_F(ReadTreeContract, EndsWithItsScope) {
+  {
+    const auto scope = ax.readTree(window(), clock.now() + 4s);
+    EXPECT_EQ(status(), "Status: idle");
+  }
+  EXPECT_TRUE(ax.perform(control("AXButton", "Save"), "AXPress"));
+  EXPECT_TRUE(waitUntil([&] { return status() == "Status: saved 1"; }));
+}
+
+TEST_F(ReadTreeContract, ActsLiveWithinTheScope) {
+  const Element save = control("AXButton", "Save");
+  {
+    const auto scope = ax.readTree(window(), clock.now() + 4s);
+    EXPECT_TRUE(ax.perform(save, "AXPress"));
+  }
+  EXPECT_TRUE(waitUntil([&] { return status() == "Status: saved 1"; }));
+}
+
+TEST_F(ReadTreeContract, StopsAtTheDeadlineOfAHungApplication) {
+  target->hang();
+  const Instant begin = clock.now();
+  { const auto scope = ax.readTree(window(), begin + 500ms); }
+  EXPECT_LT(clock.now() - begin, 700ms);
+  target->resume();
+}
+
+TEST_F(ReadTreeContract, ReadsNothingAheadOnceTheDeadlineHasPassed) {
+  const Instant begin = clock.now();
+  const auto scope = ax.readTree(window(), begin - 1s);
+  EXPECT_LT(clock.now() - begin, 200ms);
+  EXPECT_EQ(text(window(), "AXRole"), "AXWindow");
+}
+
+}  // namespace
+}  // namespace tarqo::contract
