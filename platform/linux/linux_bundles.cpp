@@ -45,7 +45,7 @@ std::optional<std::string> LinuxBundles::recordedBundleOf(Pid pid) {
 
 std::string LinuxBundles::resolved(const std::string& path) {
   std::error_code error;
-  const std::filesystem::path real = std::filesystem::canonical(path, error);
+  const std::filesystem::path real = std::filesystem::weakly_canonical(path, error);
   return error ? path : real.string();
 }
 

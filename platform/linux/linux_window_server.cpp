@@ -3,13 +3,13 @@
 #include <xcb/randr.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace tarqo::lnx {
 namespace {
 
 struct Monitor {
   std::uint32_t number = 0;
-  bool primary = false;
   Rect area;  // From the top left.
 };
 
@@ -27,9 +27,9 @@ std::vector<Monitor> readMonitors(XServer& server) {
        xcb_randr_monitor_info_next(&all)) {
     const xcb_randr_monitor_info_t& each = *all.data;
     if (each.width > 0 && each.height > 0) {
-      monitors.push_back({each.name, each.primary != 0,
-                          Rect{static_cast<double>(each.x), static_cast<double>(each.y),
-                               static_cast<double>(each.width), static_cast<double>(each.height)}});
+      monitors.push_back(
+          {each.name, Rect{static_cast<double>(each.x), static_cast<double>(each.y),
+                           static_cast<double>(each.width), static_cast<double>(each.height)}});
     }
   }
   return monitors;
@@ -43,8 +43,7 @@ std::vector<Monitor> wholeScreen(XServer& server) {
     return {};
   }
   return {
-      {0, true,
-       Rect{0, 0, static_cast<double>(geometry->width), static_cast<double>(geometry->height)}}};
+      {0, Rect{0, 0, static_cast<double>(geometry->width), static_cast<double>(geometry->height)}}};
 }
 
 }  // namespace
@@ -87,10 +86,7 @@ std::vector<Screen> LinuxWindowServer::screens() {
     monitors = wholeScreen(*server);
   }
   std::stable_sort(monitors.begin(), monitors.end(), [](const Monitor& a, const Monitor& b) {
-    if (a.area.y != b.area.y) {
-      return a.area.y < b.area.y;
-    }
-    return a.primary && !b.primary;
+    return std::pair(a.area.y, a.area.x) < std::pair(b.area.y, b.area.x);
   });
   std::vector<Screen> screens;
   for (const Monitor& monitor : monitors) {

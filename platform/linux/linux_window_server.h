@@ -15,8 +15,8 @@ class LinuxWindowServer final : public WindowServer {
 
   std::vector<WindowInfo> windows(WindowList which) override;
 
-  /// The main display is the one at the top edge of the screen's rectangle, the primary one if it
-  /// lies there: the origin of all coordinates is at that edge.
+  /// The main display is the one at the top left, whichever the user calls primary: the origin of
+  /// all coordinates is there.
   std::vector<Screen> screens() override;
 
   LoginSession loginSession() override { return login_.read(); }
