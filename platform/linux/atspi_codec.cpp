@@ -192,6 +192,42 @@ std::optional<AtspiRef> readVariantRef(sd_bus_message* m) {
   return readRefHere(m);
 }
 
+AccessibleProperties readProperties(sd_bus_message* m) {
+  AccessibleProperties result;
+  if (!enter(m, 'a', "{sv}")) {
+    return result;
+  }
+  while (enter(m, 'e', "sv")) {
+    const std::string key = readText(m).value_or("");
+    const char* contents = nullptr;
+    char type = 0;
+    if (sd_bus_message_peek_type(m, &type, &contents) <= 0 || !enter(m, 'v', contents)) {
+      break;
+    }
+    const std::string_view held = contents;
+    if (key == "Name" && held == "s") {
+      result.name = readText(m);
+    } else if (key == "Description" && held == "s") {
+      result.description = readText(m);
+    } else if (key == "AccessibleId" && held == "s") {
+      result.identifier = readText(m);
+    } else if (key == "Attributes" && held == "a{ss}") {
+      result.attributes = readAttributes(m);
+    } else if (key == "Parent" && held == "(so)") {
+      result.parent = readRefHere(m);
+    } else if (key == "ChildCount" && held == "i") {
+      std::int32_t count = 0;
+      sd_bus_message_read(m, "i", &count);
+      result.childCount = count;
+    } else {
+      sd_bus_message_skip(m, contents);
+    }
+    leave(m);
+    leave(m);
+  }
+  return result;
+}
+
 std::vector<AtspiRef> readRelation(sd_bus_message* m, std::uint32_t type) {
   std::vector<AtspiRef> result;
   if (!enter(m, 'a', "(ua(so))")) {

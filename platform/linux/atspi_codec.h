@@ -40,6 +40,16 @@ class AtspiInterfaces {
 
 using AtspiAttributes = std::vector<std::pair<std::string, std::string>>;
 
+/// The properties of an accessible object, read at once. What the toolkit left out is none.
+struct AccessibleProperties {
+  std::optional<std::string> name;
+  std::optional<std::string> description;
+  std::optional<std::string> identifier;
+  std::optional<AtspiAttributes> attributes;
+  std::optional<AtspiRef> parent;
+  std::optional<int> childCount;
+};
+
 /// One row of the cache that some toolkits fill for a whole application at once.
 struct CacheItem {
   AtspiRef ref;
@@ -73,6 +83,8 @@ struct CacheItem {
 [[nodiscard]] std::optional<double> readVariantDouble(sd_bus_message* m);
 [[nodiscard]] std::optional<int> readVariantInt(sd_bus_message* m);
 [[nodiscard]] std::optional<AtspiRef> readVariantRef(sd_bus_message* m);
+
+[[nodiscard]] AccessibleProperties readProperties(sd_bus_message* m);
 
 /// The targets of the relations of one type.
 [[nodiscard]] std::vector<AtspiRef> readRelation(sd_bus_message* m, std::uint32_t type);

@@ -23,7 +23,8 @@ class AtspiElement final : public ElementObject {
     Kind kind = Kind::object;
     Pid pid = 0;
     Duration timeout{};
-    AtspiRef ref{};  ///< Empty for an application element: a process may have several registrations.
+    AtspiRef
+        ref{};  ///< Empty for an application element: a process may have several registrations.
     Facet facet = Facet::whole;
     MenuPlace place = MenuPlace::none;
     /// Reached through the menu bar, where what is in closed menus counts as there.

@@ -11,12 +11,12 @@ constexpr std::int32_t kMaxTextCharacters = 20000;
 /// What gives an entry its placeholder, and web content its identifier.
 bool attributesMatter(const AtspiFacts& facts, Toolkit toolkit) {
   switch (toolkit) {
-    case Toolkit::gtk3:
     case Toolkit::gtk4:
       return facts.has(AtspiInterface::text) && facts.has(AtspiState::editable);
-    case Toolkit::qt:  // Always empty.
+    case Toolkit::gtk3:      // Told among the properties.
+    case Toolkit::chromium:  // The same.
+    case Toolkit::qt:        // Always empty.
       return false;
-    case Toolkit::chromium:
     case Toolkit::other:
       return true;
   }
@@ -24,8 +24,14 @@ bool attributesMatter(const AtspiFacts& facts, Toolkit toolkit) {
 }
 
 bool identifierMatters(Toolkit toolkit) {
-  // Qt 5 does not know the property; Chromium gives the identifier among the attributes.
-  return toolkit != Toolkit::qt && toolkit != Toolkit::chromium;
+  // Qt 5 does not know the property.
+  return toolkit != Toolkit::qt;
+}
+
+/// GTK 4 gives every label the commands of its context menu, none of which stands for pressing it.
+bool actionsMatter(const AtspiFacts& facts, Toolkit toolkit) {
+  return facts.has(AtspiInterface::action) &&
+         !(toolkit == Toolkit::gtk4 && facts.is(AtspiRole::label));
 }
 
 /// A name that axAction might know under another spelling: GetActions gives translated names in
@@ -67,36 +73,312 @@ bool isShowing(const AtspiFacts& facts, Toolkit toolkit) {
   return facts.has(AtspiState::showing);
 }
 
-struct FactAsker::Question {
+namespace {
+
+/// What is under way for one object.
+struct Question {
+  AtspiBatch& batch;
   AtspiRef ref;
   Toolkit toolkit = Toolkit::other;
-  FactSet wanted;
-  std::shared_ptr<AtspiFacts> facts;
-  Done done;
+  FactSet wanted{};
+  std::shared_ptr<AtspiFacts> facts{};
+  std::function<void()> done{};
   int open = 0;  ///< Unanswered calls of this round.
   int round = 0;
 };
 
-void FactAsker::ask(const AtspiRef& ref, Toolkit toolkit, FactSet wanted,
-                    std::shared_ptr<AtspiFacts> facts, Done done) {
-  auto question = std::make_shared<Question>();
-  question->ref = ref;
-  question->toolkit = toolkit;
-  if (wanted.has(Fact::value)) {
-    wanted.add(Fact::name);  // A label's text and a list's choice.
-  }
-  question->wanted = (wanted | Fact::kind).without(facts->known);
-  question->facts = std::move(facts);
-  question->done = std::move(done);
-  question->open = 1;  // Held until every call of the round is under way.
-  if (question->wanted.has(Fact::kind)) {
-    askKind(question);
-  }
-  askTexts(question);
-  answered(question);
+void answered(const std::shared_ptr<Question>& question);
+
+void askKind(const std::shared_ptr<Question>& question) {
+  question->open += 3;
+  question->batch.call(question->ref, kAccessible, "GetRole", [question](Reply reply) {
+    if (const auto role = reply.ok ? readNumber(reply.message) : std::nullopt) {
+      question->facts->role = *role;
+      question->facts->alive = true;
+    }
+    answered(question);
+  });
+  question->batch.call(question->ref, kAccessible, "GetState", [question](Reply reply) {
+    if (const auto states = reply.ok ? readStates(reply.message) : std::nullopt) {
+      question->facts->states = *states;
+    }
+    answered(question);
+  });
+  question->batch.call(question->ref, kAccessible, "GetInterfaces", [question](Reply reply) {
+    if (const auto interfaces = reply.ok ? readInterfaces(reply.message) : std::nullopt) {
+      question->facts->interfaces = *interfaces;
+    }
+    answered(question);
+  });
 }
 
-void FactAsker::answered(const std::shared_ptr<Question>& question) {
+/// GTK and Chromium give all properties of an object in one answer. Qt 5 dies of the question.
+bool tellsPropertiesAtOnce(Toolkit toolkit) {
+  return toolkit == Toolkit::gtk3 || toolkit == Toolkit::gtk4 || toolkit == Toolkit::chromium;
+}
+
+FactSet properties(Toolkit toolkit) {
+  const FactSet all = Fact::name | Fact::description | Fact::identifier | Fact::parent;
+  return toolkit == Toolkit::gtk4 ? all : all | Fact::attributes;
+}
+
+bool worthAskingAll(FactSet wanted) {
+  return wanted.has(Fact::description) || wanted.has(Fact::identifier) ||
+         wanted.has(Fact::attributes);
+}
+
+void askProperties(const std::shared_ptr<Question>& question) {
+  question->wanted.add(properties(question->toolkit));
+  Message message =
+      question->batch.make(question->ref, "org.freedesktop.DBus.Properties", "GetAll");
+  if (message) {
+    sd_bus_message_append(message.get(), "s", kAccessible);
+  }
+  ++question->open;
+  question->batch.send(std::move(message), [question](Reply reply) {
+    AtspiFacts& facts = *question->facts;
+    if (reply.ok) {
+      AccessibleProperties told = readProperties(reply.message);
+      facts.name = std::move(told.name).value_or("");
+      facts.description = std::move(told.description).value_or("");
+      facts.identifier = std::move(told.identifier).value_or("");
+      facts.parent = std::move(told.parent);
+      facts.childCount = told.childCount;
+      if (told.attributes) {
+        facts.attributes = *std::move(told.attributes);
+      }
+    }
+    answered(question);
+  });
+}
+
+void askTexts(const std::shared_ptr<Question>& question) {
+  const auto property = [&question](Fact fact, const char* name, std::string AtspiFacts::*into) {
+    if (!question->wanted.has(fact)) {
+      return;
+    }
+    ++question->open;
+    question->batch.property(question->ref, kAccessible, name, [question, into](Reply reply) {
+      if (auto text = reply.ok ? readVariantText(reply.message) : std::nullopt) {
+        (*question->facts).*into = *std::move(text);
+      }
+      answered(question);
+    });
+  };
+  if (tellsPropertiesAtOnce(question->toolkit) && worthAskingAll(question->wanted)) {
+    askProperties(question);
+    return;
+  }
+  property(Fact::name, "Name", &AtspiFacts::name);
+  property(Fact::description, "Description", &AtspiFacts::description);
+  if (identifierMatters(question->toolkit)) {
+    property(Fact::identifier, "AccessibleId", &AtspiFacts::identifier);
+  }
+  if (question->wanted.has(Fact::parent)) {
+    ++question->open;
+    question->batch.property(question->ref, kAccessible, "Parent", [question](Reply reply) {
+      question->facts->parent = reply.ok ? readVariantRef(reply.message) : std::nullopt;
+      answered(question);
+    });
+  }
+}
+
+void askChildren(const std::shared_ptr<Question>& question) {
+  if (question->facts->childCount == 0) {
+    question->facts->children.emplace();
+    return;
+  }
+  ++question->open;
+  question->batch.call(question->ref, kAccessible, "GetChildren", [question](Reply reply) {
+    question->facts->children = reply.ok ? readRefs(reply.message) : std::nullopt;
+    answered(question);
+  });
+}
+
+/// Chromium gives actions no names in the list of them. Its first two are what an object does when
+/// it is pressed and its context menu.
+void askFirstActionNames(const std::shared_ptr<Question>& question) {
+  question->facts->actions.resize(2);
+  question->open += 2;
+  for (std::int32_t i = 0; i < 2; ++i) {
+    Message message = question->batch.make(question->ref, kAction, "GetName");
+    if (message) {
+      sd_bus_message_append(message.get(), "i", i);
+    }
+    question->batch.send(std::move(message), [question, i](Reply reply) {
+      question->facts->actions[static_cast<std::size_t>(i)] =
+          (reply.ok ? readText(reply.message) : std::nullopt).value_or("");
+      answered(question);
+    });
+  }
+}
+
+void askActions(const std::shared_ptr<Question>& question) {
+  if (question->toolkit == Toolkit::chromium && !question->facts->has(AtspiInterface::value)) {
+    askFirstActionNames(question);
+    return;
+  }
+  ++question->open;
+  question->batch.call(question->ref, kAction, "GetActions", [question](Reply reply) {
+    if (auto actions = reply.ok ? readActions(reply.message) : std::nullopt) {
+      question->facts->actions = *std::move(actions);
+    }
+    answered(question);
+  });
+}
+
+void askActionNames(const std::shared_ptr<Question>& question) {
+  if (!question->wanted.has(Fact::actions) ||
+      (question->toolkit == Toolkit::chromium && !question->facts->has(AtspiInterface::value))) {
+    return;
+  }
+  std::vector<std::string>& actions = question->facts->actions;
+  for (std::size_t i = 0; i < actions.size(); ++i) {
+    if (!needsPlainName(actions[i], question->facts->role)) {
+      continue;
+    }
+    Message message = question->batch.make(question->ref, kAction, "GetName");
+    if (message) {
+      sd_bus_message_append(message.get(), "i", static_cast<std::int32_t>(i));
+    }
+    ++question->open;
+    question->batch.send(std::move(message), [question, i](Reply reply) {
+      if (auto name = reply.ok ? readText(reply.message) : std::nullopt) {
+        question->facts->actions[i] = *std::move(name);
+      }
+      answered(question);
+    });
+  }
+}
+
+void askTextOf(const std::shared_ptr<Question>& question, std::int32_t end) {
+  Message message = question->batch.make(question->ref, kText, "GetText");
+  if (message) {
+    sd_bus_message_append(message.get(), "ii", 0, end);
+  }
+  question->batch.send(std::move(message), [question](Reply content) {
+    question->facts->text = content.ok ? readText(content.message) : std::nullopt;
+    answered(question);
+  });
+}
+
+void askTextContent(const std::shared_ptr<Question>& question) {
+  ++question->open;
+  // -1 means the end, but to GTK 4; and what has many lines may be too long to be read whole.
+  if (question->toolkit != Toolkit::gtk4 && question->facts->has(AtspiState::singleLine)) {
+    askTextOf(question, -1);
+    return;
+  }
+  question->batch.property(question->ref, kText, "CharacterCount", [question](Reply reply) {
+    const auto count = reply.ok ? readVariantInt(reply.message) : std::nullopt;
+    if (!count || *count <= 0) {
+      if (count) {
+        question->facts->text = "";
+      }
+      answered(question);
+      return;
+    }
+    askTextOf(question, std::min(*count, kMaxTextCharacters));
+  });
+}
+
+void askNumber(const std::shared_ptr<Question>& question) {
+  ++question->open;
+  question->batch.property(question->ref, kValue, "CurrentValue", [question](Reply reply) {
+    question->facts->number = reply.ok ? readVariantDouble(reply.message) : std::nullopt;
+    answered(question);
+  });
+}
+
+void askAddress(const std::shared_ptr<Question>& question) {
+  Message message = question->batch.make(question->ref, kDocument, "GetAttributeValue");
+  if (message) {
+    sd_bus_message_append(message.get(), "s", "URI");
+  }
+  ++question->open;
+  question->batch.send(std::move(message), [question](Reply reply) {
+    if (auto address = reply.ok ? readText(reply.message) : std::nullopt) {
+      question->facts->address = *std::move(address);
+    }
+    answered(question);
+  });
+}
+
+void askValue(const std::shared_ptr<Question>& question) {
+  const AtspiFacts& facts = *question->facts;
+  const RoleRow row = refined(roleRow(facts.role), facts.states);
+  switch (row.value) {
+    case ValueSource::none:
+    case ValueSource::onOff:
+    case ValueSource::label:
+      break;
+    case ValueSource::choice:
+    case ValueSource::text:
+      if (facts.has(AtspiInterface::text)) {
+        askTextContent(question);
+      } else if (facts.has(AtspiInterface::value)) {
+        askNumber(question);
+      }
+      break;
+    case ValueSource::quantity:
+      if (facts.has(AtspiInterface::value)) {
+        askNumber(question);
+      }
+      break;
+  }
+}
+
+void askDetails(const std::shared_ptr<Question>& question) {
+  const AtspiFacts& facts = *question->facts;
+  const FactSet wanted = question->wanted;
+  if (wanted.has(Fact::children)) {
+    askChildren(question);
+  }
+  if (wanted.has(Fact::attributes) && attributesMatter(facts, question->toolkit)) {
+    ++question->open;
+    question->batch.call(question->ref, kAccessible, "GetAttributes", [question](Reply reply) {
+      if (auto attributes = reply.ok ? readAttributes(reply.message) : std::nullopt) {
+        question->facts->attributes = *std::move(attributes);
+      }
+      answered(question);
+    });
+  }
+  // Places of what is not shown are garbage, and asking for them upsets GTK 3.
+  if (wanted.has(Fact::extents) && facts.has(AtspiInterface::component) &&
+      isShowing(facts, question->toolkit)) {
+    ++question->open;
+    Message message = question->batch.make(question->ref, kComponent, "GetExtents");
+    if (message) {
+      const std::uint32_t ofWindow = question->toolkit == Toolkit::gtk4 ? 1 : 0;
+      sd_bus_message_append(message.get(), "u", ofWindow);
+    }
+    question->batch.send(std::move(message), [question](Reply reply) {
+      question->facts->extents = reply.ok ? readExtents(reply.message) : std::nullopt;
+      answered(question);
+    });
+  }
+  if (wanted.has(Fact::actions) && actionsMatter(facts, question->toolkit)) {
+    askActions(question);
+  }
+  if (wanted.has(Fact::value)) {
+    askValue(question);
+  }
+  // Chromium says of every object that it is a document.
+  if (wanted.has(Fact::address) && facts.has(AtspiInterface::document) &&
+      roleRow(facts.role).axRole == "AXWebArea") {
+    askAddress(question);
+  }
+  // Whether an object of such a role is a window shows by what it hangs on.
+  if (!wanted.has(Fact::parent) && !facts.parent && isWindowRole(facts.role)) {
+    ++question->open;
+    question->batch.property(question->ref, kAccessible, "Parent", [question](Reply reply) {
+      question->facts->parent = reply.ok ? readVariantRef(reply.message) : std::nullopt;
+      answered(question);
+    });
+  }
+}
+
+void answered(const std::shared_ptr<Question>& question) {
   if (--question->open > 0) {
     return;
   }
@@ -119,207 +401,24 @@ void FactAsker::answered(const std::shared_ptr<Question>& question) {
   }
 }
 
-void FactAsker::askKind(const std::shared_ptr<Question>& question) {
-  question->open += 3;
-  batch_.call(question->ref, kAccessible, "GetRole", [this, question](Reply reply) {
-    if (const auto role = reply.ok ? readNumber(reply.message) : std::nullopt) {
-      question->facts->role = *role;
-      question->facts->alive = true;
-    }
-    answered(question);
-  });
-  batch_.call(question->ref, kAccessible, "GetState", [this, question](Reply reply) {
-    if (const auto states = reply.ok ? readStates(reply.message) : std::nullopt) {
-      question->facts->states = *states;
-    }
-    answered(question);
-  });
-  batch_.call(question->ref, kAccessible, "GetInterfaces", [this, question](Reply reply) {
-    if (const auto interfaces = reply.ok ? readInterfaces(reply.message) : std::nullopt) {
-      question->facts->interfaces = *interfaces;
-    }
-    answered(question);
-  });
-}
+}  // namespace
 
-void FactAsker::askTexts(const std::shared_ptr<Question>& question) {
-  const auto property = [this, &question](Fact fact, const char* name,
-                                          std::string AtspiFacts::*into) {
-    if (!question->wanted.has(fact)) {
-      return;
-    }
-    ++question->open;
-    batch_.property(question->ref, kAccessible, name, [this, question, into](Reply reply) {
-      if (auto text = reply.ok ? readVariantText(reply.message) : std::nullopt) {
-        (*question->facts).*into = *std::move(text);
-      }
-      answered(question);
-    });
-  };
-  property(Fact::name, "Name", &AtspiFacts::name);
-  property(Fact::description, "Description", &AtspiFacts::description);
-  if (identifierMatters(question->toolkit)) {
-    property(Fact::identifier, "AccessibleId", &AtspiFacts::identifier);
-  }
-  if (question->wanted.has(Fact::parent)) {
-    ++question->open;
-    batch_.property(question->ref, kAccessible, "Parent", [this, question](Reply reply) {
-      question->facts->parent = reply.ok ? readVariantRef(reply.message) : std::nullopt;
-      answered(question);
-    });
-  }
-  if (question->wanted.has(Fact::children)) {
-    ++question->open;
-    batch_.call(question->ref, kAccessible, "GetChildren", [this, question](Reply reply) {
-      question->facts->children = reply.ok ? readRefs(reply.message) : std::nullopt;
-      answered(question);
-    });
-  }
-}
-
-void FactAsker::askDetails(const std::shared_ptr<Question>& question) {
-  const AtspiFacts& facts = *question->facts;
-  const FactSet wanted = question->wanted;
-  if (wanted.has(Fact::attributes) && attributesMatter(facts, question->toolkit)) {
-    ++question->open;
-    batch_.call(question->ref, kAccessible, "GetAttributes", [this, question](Reply reply) {
-      if (auto attributes = reply.ok ? readAttributes(reply.message) : std::nullopt) {
-        question->facts->attributes = *std::move(attributes);
-      }
-      answered(question);
-    });
-  }
-  // Places of what is not shown are garbage, and asking for them upsets GTK 3.
-  if (wanted.has(Fact::extents) && facts.has(AtspiInterface::component) &&
-      isShowing(facts, question->toolkit)) {
-    ++question->open;
-    Message message = batch_.make(question->ref, kComponent, "GetExtents");
-    if (message) {
-      const std::uint32_t ofWindow = question->toolkit == Toolkit::gtk4 ? 1 : 0;
-      sd_bus_message_append(message.get(), "u", ofWindow);
-    }
-    batch_.send(std::move(message), [this, question](Reply reply) {
-      question->facts->extents = reply.ok ? readExtents(reply.message) : std::nullopt;
-      answered(question);
-    });
-  }
-  if (wanted.has(Fact::actions) && facts.has(AtspiInterface::action)) {
-    askActions(question);
-  }
+void askFacts(AtspiBatch& batch, const AtspiRef& ref, Toolkit toolkit, FactSet wanted,
+              std::shared_ptr<AtspiFacts> facts, std::function<void()> done) {
+  auto question =
+      std::make_shared<Question>(Question{.batch = batch, .ref = ref, .toolkit = toolkit});
   if (wanted.has(Fact::value)) {
-    askValue(question);
+    wanted.add(Fact::name);  // A label's text and a list's choice.
   }
-  if (wanted.has(Fact::address) && facts.has(AtspiInterface::document)) {
-    askAddress(question);
+  question->wanted = (wanted | Fact::kind).without(facts->known);
+  question->facts = std::move(facts);
+  question->done = std::move(done);
+  question->open = 1;  // Held until every call of the round is under way.
+  if (question->wanted.has(Fact::kind)) {
+    askKind(question);
   }
-  // Whether an object of such a role is a window shows by what it hangs on.
-  if (!wanted.has(Fact::parent) && !facts.parent && isWindowRole(facts.role)) {
-    ++question->open;
-    batch_.property(question->ref, kAccessible, "Parent", [this, question](Reply reply) {
-      question->facts->parent = reply.ok ? readVariantRef(reply.message) : std::nullopt;
-      answered(question);
-    });
-  }
-}
-
-void FactAsker::askActions(const std::shared_ptr<Question>& question) {
-  ++question->open;
-  batch_.call(question->ref, kAction, "GetActions", [this, question](Reply reply) {
-    if (auto actions = reply.ok ? readActions(reply.message) : std::nullopt) {
-      question->facts->actions = *std::move(actions);
-    }
-    answered(question);
-  });
-}
-
-void FactAsker::askActionNames(const std::shared_ptr<Question>& question) {
-  if (!question->wanted.has(Fact::actions)) {
-    return;
-  }
-  std::vector<std::string>& actions = question->facts->actions;
-  for (std::size_t i = 0; i < actions.size(); ++i) {
-    if (!needsPlainName(actions[i], question->facts->role)) {
-      continue;
-    }
-    Message message = batch_.make(question->ref, kAction, "GetName");
-    if (message) {
-      sd_bus_message_append(message.get(), "i", static_cast<std::int32_t>(i));
-    }
-    ++question->open;
-    batch_.send(std::move(message), [this, question, i](Reply reply) {
-      if (auto name = reply.ok ? readText(reply.message) : std::nullopt) {
-        question->facts->actions[i] = *std::move(name);
-      }
-      answered(question);
-    });
-  }
-}
-
-void FactAsker::askValue(const std::shared_ptr<Question>& question) {
-  const AtspiFacts& facts = *question->facts;
-  const RoleRow row = refined(roleRow(facts.role), facts.states);
-  switch (row.value) {
-    case ValueSource::none:
-    case ValueSource::onOff:
-    case ValueSource::label:
-      break;
-    case ValueSource::choice:
-    case ValueSource::text:
-      if (facts.has(AtspiInterface::text)) {
-        askTextContent(question);
-      }
-      break;
-    case ValueSource::quantity:
-      if (facts.has(AtspiInterface::value)) {
-        askNumber(question);
-      }
-      break;
-  }
-}
-
-void FactAsker::askTextContent(const std::shared_ptr<Question>& question) {
-  // GTK 4 takes -1 for "nothing", so the end must be told.
-  ++question->open;
-  batch_.property(question->ref, kText, "CharacterCount", [this, question](Reply reply) {
-    const auto count = reply.ok ? readVariantInt(reply.message) : std::nullopt;
-    if (!count || *count <= 0) {
-      if (count) {
-        question->facts->text = "";
-      }
-      answered(question);
-      return;
-    }
-    Message message = batch_.make(question->ref, kText, "GetText");
-    if (message) {
-      sd_bus_message_append(message.get(), "ii", 0, std::min(*count, kMaxTextCharacters));
-    }
-    batch_.send(std::move(message), [this, question](Reply content) {
-      question->facts->text = content.ok ? readText(content.message) : std::nullopt;
-      answered(question);
-    });
-  });
-}
-
-void FactAsker::askNumber(const std::shared_ptr<Question>& question) {
-  ++question->open;
-  batch_.property(question->ref, kValue, "CurrentValue", [this, question](Reply reply) {
-    question->facts->number = reply.ok ? readVariantDouble(reply.message) : std::nullopt;
-    answered(question);
-  });
-}
-
-void FactAsker::askAddress(const std::shared_ptr<Question>& question) {
-  Message message = batch_.make(question->ref, kDocument, "GetAttributeValue");
-  if (message) {
-    sd_bus_message_append(message.get(), "s", "URI");
-  }
-  ++question->open;
-  batch_.send(std::move(message), [this, question](Reply reply) {
-    if (auto address = reply.ok ? readText(reply.message) : std::nullopt) {
-      question->facts->address = *std::move(address);
-    }
-    answered(question);
-  });
+  askTexts(question);
+  answered(question);
 }
 
 }  // namespace tarqo::lnx

@@ -66,7 +66,8 @@ struct AtspiFacts {
   AtspiAttributes attributes;
   std::optional<AtspiRef> parent;
   std::optional<std::vector<AtspiRef>> children;
-  std::optional<Rect> extents;  ///< As told, in the coordinates the toolkit is asked for.
+  std::optional<int> childCount;  ///< Told by the way by some toolkits.
+  std::optional<Rect> extents;    ///< As told, in the coordinates the toolkit is asked for.
   std::vector<std::string> actions;
   std::optional<std::string> text;
   std::optional<double> number;
@@ -80,34 +81,10 @@ struct AtspiFacts {
   [[nodiscard]] const std::string* attribute(std::string_view key) const;
 };
 
-/// Asks for facts within one batch.
-class FactAsker {
- public:
-  using Done = std::function<void()>;
-
-  explicit FactAsker(AtspiBatch& batch) : batch_(batch) {}
-
-  /// Asks for those of `wanted` that are not known yet. `done` is called from the batch's run when
-  /// all have been answered, or never. `facts` is kept alive until then.
-  void ask(const AtspiRef& ref, Toolkit toolkit, FactSet wanted, std::shared_ptr<AtspiFacts> facts,
-           Done done);
-
- private:
-  struct Question;
-
-  void askKind(const std::shared_ptr<Question>& question);
-  void askTexts(const std::shared_ptr<Question>& question);
-  void askDetails(const std::shared_ptr<Question>& question);
-  void askValue(const std::shared_ptr<Question>& question);
-  void askTextContent(const std::shared_ptr<Question>& question);
-  void askActions(const std::shared_ptr<Question>& question);
-  void askActionNames(const std::shared_ptr<Question>& question);
-  void askNumber(const std::shared_ptr<Question>& question);
-  void askAddress(const std::shared_ptr<Question>& question);
-  void answered(const std::shared_ptr<Question>& question);
-
-  AtspiBatch& batch_;
-};
+/// Asks, within a batch, for those of `wanted` that are not known yet. `done` is called from the
+/// batch's run when all have been answered, or never. `facts` is kept alive until then.
+void askFacts(AtspiBatch& batch, const AtspiRef& ref, Toolkit toolkit, FactSet wanted,
+              std::shared_ptr<AtspiFacts> facts, std::function<void()> done);
 
 /// Whether the toolkit says that the object is on the screen.
 [[nodiscard]] bool isShowing(const AtspiFacts& facts, Toolkit toolkit);

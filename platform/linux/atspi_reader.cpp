@@ -92,11 +92,10 @@ std::vector<FactsPtr> AtspiReader::learnAll(std::span<const AtspiElement::Parts>
   const Toolkit toolkit = toolkitOf(objects.front());
   std::vector<std::shared_ptr<AtspiFacts>> facts;
   const bool answered = ask(objects.front(), [&](AtspiBatch& batch) {
-    FactAsker asker(batch);
     for (const AtspiElement::Parts& object : objects) {
       facts.push_back(tree ? tree->factsOf(object.ref) : std::make_shared<AtspiFacts>());
       if (!facts.back()->known.hasAll(wanted | Fact::kind)) {
-        asker.ask(object.ref, toolkit, wanted, facts.back(), {});
+        askFacts(batch, object.ref, toolkit, wanted, facts.back(), {});
       }
     }
   });
@@ -129,6 +128,9 @@ std::vector<Toplevel> AtspiReader::toplevels(Pid pid, Duration patience) {
   if (tree != nullptr && tree->toplevels) {
     return *tree->toplevels;
   }
+  if (moment_ && moment_->first == pid) {
+    return moment_->second;
+  }
   const std::vector<AtspiElement::Parts> objects = topLevelObjects(pid, patience);
   const std::vector<FactsPtr> facts = learnAll(objects, Fact::name | Fact::parent | Fact::extents);
   std::vector<Toplevel> result;
@@ -150,6 +152,7 @@ std::vector<Toplevel> AtspiReader::toplevels(Pid pid, Duration patience) {
   if (tree != nullptr && !tree->failed()) {
     tree->toplevels = result;
   }
+  moment_.emplace(pid, result);
   return result;
 }
 

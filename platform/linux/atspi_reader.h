@@ -53,6 +53,9 @@ class AtspiReader {
   [[nodiscard]] AtspiApplications& applications() { return applications_; }
   [[nodiscard]] WindowLocator& locator() { return locator_; }
 
+  /// Forgets what holds only for the length of one call of the service: where the windows are.
+  void beginCall() { moment_.reset(); }
+
   /// The scope of `Accessibility::readTree`.
   [[nodiscard]] std::unique_ptr<TreeRead> readTree(const AtspiElement::Parts& window,
                                                    Instant deadline);
@@ -70,6 +73,7 @@ class AtspiReader {
   AtspiApplications applications_;
   WindowLocator& locator_;
   std::shared_ptr<AtspiTree> tree_;
+  std::optional<std::pair<Pid, std::vector<Toplevel>>> moment_;
 };
 
 }  // namespace tarqo::lnx

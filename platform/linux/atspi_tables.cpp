@@ -63,7 +63,8 @@ constexpr RoleRow kRoles[] = {
   { 49, "scroll pane",           "AXScrollArea",        "",                    none},
   { 50, "separator",             "AXSplitter",          "",                    none},
   { 51, "slider",                "AXSlider",            "",                    quantity},
-  { 52, "spin button",           "AXIncrementor",       "",                    quantity},
+  // A number that can be typed is a field with two arrows, so that typing into it works.
+  { 52, "spin button",           "AXTextField",         "",                    text},
   { 53, "split pane",            "AXSplitGroup",        "",                    none},
   { 54, "status bar",            "AXGroup",             "",                    none},
   { 55, "table",                 "AXTable",             "",                    none},
@@ -146,7 +147,7 @@ constexpr RoleRow kRoles[] = {
 
 /// What an action's word means depends on the control: activating a row opens it, as a double click
 /// does, and activating an entry is pressing Return in it.
-enum class On { any, cell, entry };
+enum class On { any, cell, entry, control, content };
 
 struct ActionRow {
   std::string_view action;
@@ -169,13 +170,11 @@ constexpr ActionRow kActions[] = {
   {"open",            On::any,   "AXPress"},
   {"select",          On::any,   "AXPress"},
   {"switch",          On::any,   "AXPress"},
-  {"dodefault",       On::entry, ""},
-  {"dodefault",       On::any,   "AXPress"},
+  // Chromium offers this on everything, on most of it to no effect.
+  {"dodefault",       On::control, "AXPress"},
   {"menu",            On::any,   "AXShowMenu"},
   {"showmenu",        On::any,   "AXShowMenu"},
-  {"showcontextmenu", On::any,   "AXShowMenu"},
-  {"popup.show",      On::any,   "AXShowMenu"},
-  {"menu.popup",      On::any,   "AXShowMenu"},
+  {"showcontextmenu", On::content, "AXShowMenu"},
   {"increase",        On::any,   "AXIncrement"},
   {"increment",       On::any,   "AXIncrement"},
   {"decrease",        On::any,   "AXDecrement"},
@@ -216,6 +215,8 @@ constexpr EventRow kEvents[] = {
 constexpr std::uint32_t kWindowRoles[] = {2, 9, 16, 19, 22, 23, 69};
 constexpr std::uint32_t kMenuEntryRoles[] = {8, 33, 35, 45, 50, 59};
 constexpr std::uint32_t kCellRoles[] = {32, 56, 90, 91};
+constexpr std::uint32_t kControlRoles[] = {7,  8,  11, 32, 33, 35, 37,  43,
+                                           44, 45, 57, 62, 88, 91, 129, 130};
 constexpr std::uint32_t kEntryRoles[] = {40, 52, 60, 61, 77, 79};
 
 bool contains(std::span<const std::uint32_t> roles, std::uint32_t role) {
@@ -236,6 +237,10 @@ bool applies(On on, std::uint32_t role) {
       return contains(kCellRoles, role);
     case On::entry:
       return contains(kEntryRoles, role);
+    case On::control:
+      return contains(kControlRoles, role);
+    case On::content:
+      return roleRow(role).axRole != "AXGroup";
   }
   return false;
 }
@@ -262,10 +267,6 @@ RoleRow refined(const RoleRow& row, AtspiStates states) {
   } else if (role == AtspiRole::comboBox && states.has(AtspiState::editable)) {
     result.axRole = "AXComboBox";
     result.value = text;
-  } else if (role == AtspiRole::spinButton && states.has(AtspiState::editable)) {
-    // A number that can be typed is a field with two arrows, so that typing into it works.
-    result.axRole = "AXTextField";
-    result.value = text;
   } else if (role == AtspiRole::listItem && states.has(AtspiState::selectable)) {
     result.axRole = "AXRow";
   }
@@ -275,9 +276,6 @@ RoleRow refined(const RoleRow& row, AtspiStates states) {
 std::optional<std::string_view> axAction(std::string_view action, std::uint32_t role) {
   for (const ActionRow& row : kActions) {
     if (sameIgnoringCase(row.action, action) && applies(row.on, role)) {
-      if (row.ax.empty()) {
-        return std::nullopt;
-      }
       return row.ax;
     }
   }

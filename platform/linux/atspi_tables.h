@@ -83,7 +83,7 @@ class AtspiStates {
 enum class ValueSource {
   none,
   label,     ///< The text it shows, which AT-SPI calls its name.
-  text,      ///< The content of its Text interface.
+  text,      ///< The content of its Text interface, or else the number of its Value interface.
   choice,    ///< The chosen entry: its text, or else its name.
   onOff,     ///< 0, 1 or 2, from its states.
   quantity,  ///< The number of its Value interface.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <sstream>
 
 namespace tarqo::lnx {
 namespace {
@@ -35,6 +36,13 @@ const AttributeRow kAttributes[] = {
     {"AXMain", Fact::kind},
     {"AXDocument", Fact::kind},
 };
+
+/// Toolkits in which whatever is on the screen has a place, and which go on saying that a thing is
+/// shown when it has none any more: rows scrolled away (GTK 3), lists of closed boxes (Qt), pages
+/// of a stack (GTK 4). In web pages an empty box may hold what is seen.
+bool tellsPlacesOfShown(Toolkit toolkit) {
+  return toolkit == Toolkit::gtk3 || toolkit == Toolkit::gtk4 || toolkit == Toolkit::qt;
+}
 
 std::optional<Value> textOrNone(std::string text) {
   if (text.empty()) {
@@ -72,7 +80,8 @@ ValueSource valueSource(const AtspiView& view) {
 }
 
 bool isEditableField(const AtspiFacts& facts) {
-  return facts.has(AtspiInterface::text) && facts.has(AtspiState::editable);
+  return (facts.has(AtspiInterface::editableText) && facts.has(AtspiState::editable)) ||
+         (facts.is(AtspiRole::spinButton) && facts.has(AtspiInterface::value));
 }
 
 std::optional<Value> title(const AtspiView& view) {
@@ -125,6 +134,18 @@ std::optional<Value> onOff(const AtspiFacts& facts) {
   return Value{facts.has(AtspiState::checked) || facts.has(AtspiState::pressed) ? 1.0 : 0.0};
 }
 
+std::optional<Value> contentOf(const AtspiFacts& facts) {
+  if (facts.text) {
+    return Value{*facts.text};
+  }
+  if (!facts.number || !std::isfinite(*facts.number)) {
+    return std::nullopt;
+  }
+  std::ostringstream shown;
+  shown << *facts.number;
+  return Value{shown.str()};
+}
+
 std::optional<Value> value(const AtspiView& view) {
   const AtspiFacts& facts = view.facts;
   switch (valueSource(view)) {
@@ -133,7 +154,7 @@ std::optional<Value> value(const AtspiView& view) {
     case ValueSource::label:
       return textOrNone(givenName(view));
     case ValueSource::text:
-      return facts.text ? std::optional(Value{*facts.text}) : std::nullopt;
+      return contentOf(facts);
     case ValueSource::choice:
       if (facts.text && !facts.text->empty()) {
         return Value{*facts.text};
@@ -156,6 +177,10 @@ bool isSearchField(const AtspiView& view) {
   const AtspiFacts& facts = view.facts;
   if (!facts.is(AtspiRole::entry) && !facts.is(AtspiRole::text)) {
     return false;
+  }
+  // GTK 4 has another role for its other entries.
+  if (view.toolkit == Toolkit::gtk4 && facts.is(AtspiRole::entry)) {
+    return true;
   }
   for (const std::string_view key : {"text-input-type", "xml-roles"}) {
     const std::string* kind = facts.attribute(key);
@@ -193,6 +218,10 @@ AxRole axRole(const AtspiView& view) {
     return {"AXMenu", ""};
   }
   if (isMenuEntryRole(facts.role) && !facts.is(AtspiRole::separator)) {
+    if (view.place == MenuPlace::bar && view.toolkit == Toolkit::gtk4) {
+      // Nothing opens these menus but the pointer, and what is in them shows only then.
+      return {"AXPopUpButton", ""};
+    }
     if (view.place == MenuPlace::bar) {
       return {"AXMenuBarItem", ""};
     }
@@ -223,8 +252,13 @@ bool isHidden(const AtspiView& view) {
   if (!isShowing(view.facts, view.toolkit)) {
     return true;
   }
-  // GTK 3 goes on saying "showing" of rows that are scrolled away and have no place any more.
-  return view.facts.extents && std::abs(view.facts.extents->x) > kFarthest;
+  const bool mustHavePlace =
+      tellsPlacesOfShown(view.toolkit) || view.facts.is(AtspiRole::staticText);
+  if (!view.facts.extents || !mustHavePlace) {
+    return false;
+  }
+  const std::optional<Rect> extents = plausible(view.facts.extents);
+  return !extents || (view.window && !extents->intersects(*view.window));
 }
 
 std::optional<Value> plainAttribute(const AtspiView& view, std::string_view name) {
@@ -273,13 +307,14 @@ std::vector<std::string> axActionNames(const AtspiView& view) {
   if (view.facet == Facet::openedMenu) {
     return result;
   }
+  const bool window = isWindow(view.facts);
   for (const std::string& action : view.facts.actions) {
     const auto name = axAction(action, view.facts.role);
-    if (name && std::ranges::find(result, *name) == result.end()) {
+    if (name && !window && std::ranges::find(result, *name) == result.end()) {
       result.emplace_back(*name);
     }
   }
-  if (isWindow(view.facts)) {
+  if (window) {
     result.emplace_back("AXRaise");
   }
   return result;
@@ -317,8 +352,12 @@ bool hasSettableValue(const AtspiView& view) {
   return false;
 }
 
-bool repeatsParent(const AtspiFacts& child, const AtspiFacts& parent, Toolkit toolkit) {
-  return toolkit == Toolkit::chromium && child.is(AtspiRole::staticText) && !child.name.empty() &&
+bool hasTextChildren(Toolkit toolkit) {
+  return toolkit == Toolkit::chromium || toolkit == Toolkit::gtk4;
+}
+
+bool repeatsParent(const AtspiFacts& child, const AtspiFacts& parent) {
+  return (child.is(AtspiRole::staticText) || child.is(AtspiRole::label)) && !child.name.empty() &&
          child.name == parent.name;
 }
 

@@ -20,6 +20,8 @@ struct AtspiView {
   Facet facet = Facet::whole;
   MenuPlace place = MenuPlace::none;
   bool inMenuBar = false;
+  /// The extents of the window it lies in, in the same coordinates as its own; none when not known.
+  std::optional<Rect> window{};
 };
 
 /// What must be known to answer an attribute; nothing for attributes that are not made of facts.
@@ -58,8 +60,10 @@ struct AxRole {
 /// Whether setting "AXValue" can work.
 [[nodiscard]] bool hasSettableValue(const AtspiView& view);
 
-/// Whether a child only repeats its parent's text, as the leaves below Chromium's controls do.
-[[nodiscard]] bool repeatsParent(const AtspiFacts& child, const AtspiFacts& parent,
-                                 Toolkit toolkit);
+/// Whether the toolkit puts a control's text into a child of its own as well.
+[[nodiscard]] bool hasTextChildren(Toolkit toolkit);
+
+/// Whether a child is such a text that only repeats its parent's name.
+[[nodiscard]] bool repeatsParent(const AtspiFacts& child, const AtspiFacts& parent);
 
 }  // namespace tarqo::lnx

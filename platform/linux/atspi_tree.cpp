@@ -26,6 +26,11 @@ bool hasCache(Toolkit toolkit) {
   return toolkit == Toolkit::gtk3 || toolkit == Toolkit::chromium;
 }
 
+FactSet factsThatTellHidden(Toolkit toolkit) {
+  const FactSet facts = Fact::kind | Fact::name;
+  return toolkit == Toolkit::chromium ? facts : facts | Fact::extents;
+}
+
 /// Gives every parent the children that the cache lists for it, where it lists all of them and says
 /// in which order.
 class ChildrenFromCache {
@@ -66,7 +71,6 @@ FactSet factsReadAhead() {
 
 struct AtspiTree::Stretch {
   AtspiBatch& batch;
-  FactAsker& asker;
   Toolkit toolkit = Toolkit::other;
   int started = 0;
   int active = 0;
@@ -91,8 +95,7 @@ void AtspiTree::readAhead(const AtspiElement::Parts& object, Toolkit toolkit) {
   while (left > 0 && !ahead_.empty() && !failed_) {
     const bool useCache = hasCache(toolkit) && !cacheTried_;
     AtspiBatch batch(bus_);
-    FactAsker asker(batch);
-    Stretch stretch{batch, asker, toolkit};
+    Stretch stretch{batch, toolkit};
     stretch.limit = useCache ? kCacheWorthwhile : left;
     start(stretch);
     if (batch.run({deadline_, object.timeout}) != BatchOutcome::complete) {
@@ -121,13 +124,17 @@ void AtspiTree::open(Stretch& stretch, const Node& node) {
   }
   ++stretch.started;
   ++stretch.active;
-  stretch.asker.ask(node.ref, stretch.toolkit, Fact::kind | Fact::name, facts,
-                    [this, &stretch, node, facts] { kindKnown(stretch, node, facts); });
+  askFacts(stretch.batch, node.ref, stretch.toolkit, factsThatTellHidden(stretch.toolkit), facts,
+           [this, &stretch, node, facts] { kindKnown(stretch, node, facts); });
 }
 
 void AtspiTree::kindKnown(Stretch& stretch, const Node& node,
                           const std::shared_ptr<AtspiFacts>& facts) {
-  const AtspiView view{.facts = *facts, .toolkit = stretch.toolkit, .inMenuBar = node.whole};
+  if (isWindow(*facts) && stretch.toolkit == Toolkit::gtk4) {
+    window_ = plausible(facts->extents);
+  }
+  const AtspiView view{
+      .facts = *facts, .toolkit = stretch.toolkit, .inMenuBar = node.whole, .window = window_};
   if (!facts->alive || (isHidden(view) && !isWindow(*facts))) {
     // Nobody looks below what is hidden, and of itself nothing more is asked.
     facts->known.add(factsReadAhead());
@@ -135,16 +142,17 @@ void AtspiTree::kindKnown(Stretch& stretch, const Node& node,
     start(stretch);
     return;
   }
-  stretch.asker.ask(
-      node.ref, stretch.toolkit, factsReadAhead(), facts, [this, &stretch, node, facts] {
-        if (facts->children) {
-          for (auto child = facts->children->rbegin(); child != facts->children->rend(); ++child) {
-            ahead_.push_back({*child, node.whole});
-          }
-        }
-        --stretch.active;
-        start(stretch);
-      });
+  askFacts(stretch.batch, node.ref, stretch.toolkit, factsReadAhead(), facts,
+           [this, &stretch, node, facts] {
+             if (facts->children) {
+               for (auto child = facts->children->rbegin(); child != facts->children->rend();
+                    ++child) {
+                 ahead_.push_back({*child, node.whole});
+               }
+             }
+             --stretch.active;
+             start(stretch);
+           });
 }
 
 void AtspiTree::readCache(const std::string& busName, Duration patience) {

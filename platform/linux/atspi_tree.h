@@ -57,6 +57,7 @@ class AtspiTree {
   Instant deadline_;
   bool failed_ = false;
   bool cacheTried_ = false;
+  std::optional<Rect> window_;  ///< Where the toolkit tells places inside the window.
   std::unordered_map<AtspiRef, std::shared_ptr<AtspiFacts>, AtspiRefHash> facts_;
   std::vector<Node> ahead_;  ///< Known of, not asked yet; the last is the next in the walk.
 };

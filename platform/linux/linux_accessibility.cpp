@@ -12,9 +12,15 @@ Element LinuxAccessibility::application(Pid pid, Duration messagingTimeout) {
       {.kind = AtspiElement::Kind::application, .pid = pid, .timeout = messagingTimeout});
 }
 
-AtspiView LinuxAccessibility::viewOf(const Parts& object, const AtspiFacts& facts,
-                                     Toolkit toolkit) {
-  return {facts, toolkit, object.facet, object.place, object.inMenuBar};
+AtspiView LinuxAccessibility::viewOf(const Parts& object, const AtspiFacts& facts) {
+  AtspiView view{facts, reader_.toolkitOf(object), object.facet, object.place, object.inMenuBar};
+  // GTK 4 gives rows that are scrolled away a place outside of their window.
+  if (view.toolkit == Toolkit::gtk4 && facts.extents && !isWindow(facts)) {
+    if (const std::optional<Toplevel> top = reader_.toplevelOf(object)) {
+      view.window = plausible(top->facts->extents);
+    }
+  }
+  return view;
 }
 
 std::optional<Value> LinuxAccessibility::attribute(const Element& element, std::string_view name) {
@@ -24,6 +30,7 @@ std::optional<Value> LinuxAccessibility::attribute(const Element& element, std::
 
 std::vector<std::optional<Value>> LinuxAccessibility::attributes(
     const Element& element, std::span<const std::string_view> names) {
+  reader_.beginCall();
   const AtspiElement* ours = atspiElement(element);
   if (ours == nullptr) {
     return {};
@@ -85,10 +92,11 @@ std::optional<Value> LinuxAccessibility::objectAttribute(const Parts& object, co
     // A window in its icon is minimised, not hidden.
     return std::nullopt;
   }
-  return plainAttribute(viewOf(object, *facts, reader_.toolkitOf(object)), name);
+  return plainAttribute(viewOf(object, *facts), name);
 }
 
 std::vector<std::string> LinuxAccessibility::actionNames(const Element& element) {
+  reader_.beginCall();
   const AtspiElement* ours = atspiElement(element);
   if (ours == nullptr || ours->isApplication()) {
     return {};
@@ -98,10 +106,11 @@ std::vector<std::string> LinuxAccessibility::actionNames(const Element& element)
   if (!facts) {
     return {};
   }
-  return axActionNames(viewOf(object, *facts, reader_.toolkitOf(object)));
+  return axActionNames(viewOf(object, *facts));
 }
 
 bool LinuxAccessibility::isSettable(const Element& element, std::string_view name) {
+  reader_.beginCall();
   const AtspiElement* ours = atspiElement(element);
   if (ours == nullptr) {
     return false;
@@ -120,7 +129,7 @@ bool LinuxAccessibility::isSettable(const Element& element, std::string_view nam
   if (name == "AXFocused") {
     return facts->has(AtspiState::focusable) && facts->has(AtspiInterface::component);
   }
-  return name == "AXValue" && hasSettableValue(viewOf(object, *facts, reader_.toolkitOf(object)));
+  return name == "AXValue" && hasSettableValue(viewOf(object, *facts));
 }
 
 std::optional<Pid> LinuxAccessibility::pidOf(const Element& element) {

@@ -43,8 +43,7 @@ class LinuxAccessibility final : public Accessibility {
  private:
   using Parts = AtspiElement::Parts;
 
-  [[nodiscard]] static AtspiView viewOf(const Parts& object, const AtspiFacts& facts,
-                                        Toolkit toolkit);
+  [[nodiscard]] AtspiView viewOf(const Parts& object, const AtspiFacts& facts);
   [[nodiscard]] std::optional<Value> objectAttribute(const Parts& object, const FactsPtr& facts,
                                                      std::string_view name);
 

@@ -1,11 +1,26 @@
 // Deeds: actions, values, the focus.
 #include <algorithm>
+#include <charconv>
 
 #include "platform/linux/linux_accessibility.h"
 
 namespace tarqo::lnx {
+namespace {
+
+/// The number that a text is, whole; none when it is more or less than one.
+std::optional<double> numberIn(const std::string& text) {
+  double number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error != std::errc() || end != text.data() + text.size()) {
+    return std::nullopt;
+  }
+  return number;
+}
+
+}  // namespace
 
 bool LinuxAccessibility::perform(const Element& element, std::string_view action) {
+  reader_.beginCall();
   const AtspiElement* ours = atspiElement(element);
   if (ours == nullptr || ours->isApplication()) {
     return false;
@@ -19,8 +34,7 @@ bool LinuxAccessibility::perform(const Element& element, std::string_view action
   if (!facts) {
     return false;
   }
-  const std::optional<int> index =
-      actionIndex(viewOf(object, *facts, reader_.toolkitOf(object)), action);
+  const std::optional<int> index = actionIndex(viewOf(object, *facts), action);
   if (!index || !debts_.perform(object, *index)) {
     return false;
   }
@@ -31,6 +45,7 @@ bool LinuxAccessibility::perform(const Element& element, std::string_view action
 }
 
 bool LinuxAccessibility::set(const Element& element, std::string_view name, const Value& value) {
+  reader_.beginCall();
   const AtspiElement* ours = atspiElement(element);
   if (ours == nullptr) {
     return false;
@@ -65,6 +80,11 @@ bool LinuxAccessibility::set(const Element& element, std::string_view name, cons
 }
 
 bool LinuxAccessibility::setText(const Parts& object, const std::string& text) {
+  const FactsPtr facts = reader_.learn(object, Fact::kind);
+  if (facts && !facts->has(AtspiInterface::editableText) && facts->has(AtspiInterface::value)) {
+    const std::optional<double> number = numberIn(text);
+    return number && setNumber(object, *number);
+  }
   bool accepted = false;
   reader_.ask(object, [&](AtspiBatch& batch) {
     Message message = batch.make(object.ref, kEditableText, "SetTextContents");

@@ -149,7 +149,7 @@ std::optional<AtspiRef> LinuxAccessibility::focusedBelow(const Parts& window) {
       if (!facts[i] || !isShowing(*facts[i], toolkit)) {
         continue;
       }
-      if (facts[i]->has(AtspiState::focused)) {
+      if (facts[i]->has(AtspiState::focused) && facts[i]->has(AtspiInterface::component)) {
         found = level[i];
       }
       if (facts[i]->children && !facts[i]->has(AtspiState::managesDescendants)) {

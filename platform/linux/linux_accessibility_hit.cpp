@@ -14,6 +14,7 @@ constexpr Duration kDefaultTimeout = std::chrono::milliseconds(300);
 }  // namespace
 
 std::optional<Element> LinuxAccessibility::elementAt(Point point) {
+  reader_.beginCall();
   const std::optional<LocatedWindow> window = reader_.locator().windowAt(point);
   if (!window || window->pid == 0 || debts_.owes(window->pid)) {
     return std::nullopt;

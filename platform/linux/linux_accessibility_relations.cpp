@@ -9,6 +9,9 @@ namespace {
 /// A menu bar has few siblings; longer lists of children are not looked through for one.
 constexpr std::size_t kMenuBarSiblings = 32;
 
+/// A control's own text has at most its picture and a few marks beside it.
+constexpr std::size_t kLabelSiblings = 4;
+
 bool isMenuLike(const AtspiFacts& facts) {
   return facts.is(AtspiRole::menu) || facts.is(AtspiRole::menuBar) ||
          facts.is(AtspiRole::popupMenu);
@@ -60,7 +63,7 @@ std::vector<AtspiRef> LinuxAccessibility::shownChildren(const Parts& object,
   const bool mayHoldMenuBar =
       listsClosedMenus(toolkit) && !isMenuLike(facts) && children.size() <= kMenuBarSiblings;
   const bool mayRepeat =
-      toolkit == Toolkit::chromium && !facts.name.empty() && children.size() == 1;
+      hasTextChildren(toolkit) && !facts.name.empty() && children.size() <= kLabelSiblings;
   if (children.empty() || (!mayHoldMenuBar && !mayRepeat)) {
     return children;
   }
@@ -72,7 +75,7 @@ std::vector<AtspiRef> LinuxAccessibility::shownChildren(const Parts& object,
   std::vector<AtspiRef> result;
   for (std::size_t i = 0; i < children.size(); ++i) {
     const bool left = theirs[i] && (theirs[i]->is(AtspiRole::menuBar) && mayHoldMenuBar);
-    if (!left && !(theirs[i] && repeatsParent(*theirs[i], facts, toolkit))) {
+    if (!left && !(mayRepeat && theirs[i] && repeatsParent(*theirs[i], facts))) {
       result.push_back(std::move(children[i]));
     }
   }

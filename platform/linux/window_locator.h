@@ -1,5 +1,5 @@
-// Where the X server shows an application's windows: what the accessibility bus tells wrongly or not
-// at all, because every toolkit counts decorations and shadows in its own way.
+// Where the X server shows an application's windows: what the accessibility bus tells wrongly or
+// not at all, because every toolkit counts decorations and shadows in its own way.
 //
 // Rectangles are in screen points, origin at the top left of the main display. Worker thread only;
 // asks the X server, never the application, so a hung application does not delay an answer.
@@ -28,9 +28,9 @@ struct Insets {
 struct LocatedWindow {
   WindowNumber number = 0;  ///< The X window that the application made, not the manager's frame.
   Pid pid = 0;
-  std::string title;  ///< `_NET_WM_NAME`, else `WM_NAME`.
-  Rect client;        ///< The application's own X window on the root, shadows included.
-  Rect bounds;        ///< As `WindowInfo::bounds`: with decorations, without shadows.
+  std::string title;              ///< `_NET_WM_NAME`, else `WM_NAME`.
+  Rect client;                    ///< The application's own X window on the root, shadows included.
+  Rect bounds;                    ///< As `WindowInfo::bounds`: with decorations, without shadows.
   std::optional<Insets> shadow;   ///< `_GTK_FRAME_EXTENTS`; none when the window does not set it.
   bool overrideRedirect = false;  ///< A popup that no window manager handles.
   bool minimized = false;
@@ -41,7 +41,8 @@ class WindowLocator {
  public:
   virtual ~WindowLocator() = default;
 
-  /// The windows of a process, front to back, minimised ones last; popups only while they are shown.
+  /// The windows of a process, front to back, minimised ones last; popups only while they are
+  /// shown.
   [[nodiscard]] virtual std::vector<LocatedWindow> windowsOf(Pid pid) = 0;
 
   /// The window that a pointer at `point` would meet, popups included, of whichever process. None
