@@ -1,0 +1,29 @@
+"""What a test application tells its driver: one line an activation, the same in every toolkit."""
+
+import json
+import os
+
+
+def log_line(line):
+    """Writes to standard output, and to the end of the file that TARQO_APP_LOG names, if any."""
+    print(line, flush=True)
+    path = os.environ.get("TARQO_APP_LOG")
+    if path:
+        with open(path, "a", encoding="utf-8") as file:
+            file.write(line + "\n")
+
+
+def log_text(name, text):
+    log_line("text %s %s" % (name, json.dumps(text, ensure_ascii=False)))
+
+
+def log_toggle(name, is_on):
+    log_line("toggled %s %s" % (name, "on" if is_on else "off"))
+
+
+def parse_geometry(geometry):
+    """Width, height and, when given, x and y of WIDTHxHEIGHT+X+Y."""
+    size, _, place = geometry.partition("+")
+    width, height = (int(number) for number in size.split("x"))
+    x, y = (int(number) for number in place.split("+")) if place else (None, None)
+    return width, height, x, y

@@ -1,0 +1,21 @@
+// The pages of the GTK 3 test application: its controls, its data, its many nodes.
+#pragma once
+
+#include <gtk/gtk.h>
+
+namespace tarqo::gtk3app {
+
+/// A button that logs "clicked LABEL" and does nothing else.
+GtkWidget* makeButton(const char* label);
+
+/// Buttons, check boxes, entries, choices and a canvas. The button "Slow" blocks the application
+/// for `blockMs`.
+GtkWidget* makeControlsPage(unsigned blockMs);
+
+/// A list, a table, a tree and a long scrolled text.
+GtkWidget* makeDataPage();
+
+/// A scrolled grid of `count` widgets, labels and buttons in turns; each is one accessible.
+GtkWidget* makeNodesPage(int count);
+
+}  // namespace tarqo::gtk3app

@@ -1,0 +1,21 @@
+// The menu bar of the GTK 3 test application, and the page whose buttons change its windows.
+#pragma once
+
+#include <gtk/gtk.h>
+
+namespace tarqo::gtk3app {
+
+/// A menu item "LABEL" that logs "menu PATH".
+GtkWidget* makeMenuItem(const char* label, const char* path);
+
+/// File (with three levels below it), View with a check item, Help with the dialog "About".
+GtkWidget* makeMenuBar(GtkWindow* window);
+
+/// Buttons that open, move, resize, rename and cover `window`.
+GtkWidget* makeWindowsPage(GtkWindow* window);
+
+/// Logs "key NAME", with its modifiers before it ("key Control+Shift+A"), for every key press in
+/// `window`.
+void logKeys(GtkWidget* window);
+
+}  // namespace tarqo::gtk3app
