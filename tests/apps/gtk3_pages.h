@@ -12,7 +12,7 @@ GtkWidget* makeButton(const char* label);
 /// for `blockMs`.
 GtkWidget* makeControlsPage(unsigned blockMs);
 
-/// A list, a table, a tree and a long scrolled text.
+/// A list, a table and a hundred scrolled lines.
 GtkWidget* makeDataPage();
 
 /// A scrolled grid of `count` widgets, labels and buttons in turns; each is one accessible.

@@ -11,7 +11,7 @@ GtkWidget* makeMenuItem(const char* label, const char* path);
 /// File (with three levels below it), View with a check item, Help with the dialog "About".
 GtkWidget* makeMenuBar(GtkWindow* window);
 
-/// Buttons that open, move, resize, rename and cover `window`.
+/// Buttons that open dialogs and windows, and move, resize, rename, minimise and close `window`.
 GtkWidget* makeWindowsPage(GtkWindow* window);
 
 /// Logs "key NAME", with its modifiers before it ("key Control+Shift+A"), for every key press in
