@@ -1,7 +1,9 @@
-// Clicking: by the element's own press where it answers, else by the pointer.
+// Clicking, hovering and opening menus: by the element's own action where it has one that answers,
+// else by the pointer.
 
 #include <algorithm>
 
+#include "input/nodes_spent.h"
 #include "main/failure.h"
 #include "session/session.h"
 
@@ -10,26 +12,17 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr int kGlideSteps = 6;
-constexpr Duration kGlideSlice = 30ms;
-constexpr double kGlideFromAbove = 40;
-constexpr Duration kRestBeforePress = 250ms;
-constexpr Duration kBetweenButtonEvents = 40ms;
 constexpr double kMinFrameSide = 1;
 
+constexpr Duration kHoverRest = 450ms;
+constexpr Duration kMenuOpens = 250ms;
+
 constexpr std::string_view kPress = "AXPress";
+constexpr std::string_view kShowMenu = "AXShowMenu";
 
-/// One observation allows one action, whatever becomes of it.
-class NodesSpent {
- public:
-  explicit NodesSpent(NodeTable& nodes) : nodes_(nodes) {}
-  ~NodesSpent() { nodes_.clear(); }
-  NodesSpent(const NodesSpent&) = delete;
-  NodesSpent& operator=(const NodesSpent&) = delete;
-
- private:
-  NodeTable& nodes_;
-};
+bool offers(const std::vector<std::string>& actions, std::string_view name) {
+  return std::find(actions.begin(), actions.end(), name) != actions.end();
+}
 
 }  // namespace
 
@@ -65,21 +58,30 @@ Json Session::clickRecognizedText(const Stored& stored, const Element& app) {
   return {{"method", "pointer"}, {"via", "ocr"}};
 }
 
-Json Session::clickElement(const Stored& stored, const Element& app, std::int64_t count) {
-  Accessibility& ax = platform_.accessibility;
+// Twice, since what comes to the front may change by coming there.
+void Session::verifyAndActivate(const Stored& stored, const Element& app) {
   verifyIdentity(stored);
   activate(app);
   verifyIdentity(stored);
+}
+
+Rect Session::requireVisibleFrame(const Element& element) {
+  const auto bounds = frame(platform_.accessibility, element);
+  if (!bounds || bounds->width < kMinFrameSide || bounds->height < kMinFrameSide) {
+    fail(failures::kNoFrame);
+  }
+  return *bounds;
+}
+
+Json Session::clickElement(const Stored& stored, const Element& app, std::int64_t count) {
+  verifyAndActivate(stored, app);
   if (stored.role == "AXMenuItem") {  // A closed menu's item has no place to point at.
-    if (!ax.perform(stored.element, kPress)) {
+    if (!platform_.accessibility.perform(stored.element, kPress)) {
       fail(failures::kMenuRefused);
     }
     return {{"method", "accessibility"}, {"via", "menubar"}};
   }
-  const auto bounds = frame(ax, stored.element);
-  if (!bounds || bounds->width < kMinFrameSide || bounds->height < kMinFrameSide) {
-    fail(failures::kNoFrame);
-  }
+  const Point point = requireVisibleFrame(stored.element).center();
   Press byAccessibility = Press::refused;
   if (count < 2) {
     byAccessibility = pressByAccessibility(stored.element);
@@ -87,7 +89,6 @@ Json Session::clickElement(const Stored& stored, const Element& app, std::int64_
       return {{"method", "accessibility"}};
     }
   }
-  const Point point = bounds->center();
   verifyPointer(point, stored.element);
   press(point, static_cast<int>(std::clamp<std::int64_t>(count, 1, 2)));
   Json result = {{"method", count > 1 ? "pointer-double" : "pointer"}};
@@ -99,8 +100,7 @@ Json Session::clickElement(const Stored& stored, const Element& app, std::int64_
 
 Session::Press Session::pressByAccessibility(const Element& element) {
   Accessibility& ax = platform_.accessibility;
-  const std::vector<std::string> actions = actionNames(ax, element);
-  if (std::find(actions.begin(), actions.end(), kPress) == actions.end()) {
+  if (!offers(actionNames(ax, element), kPress)) {
     return Press::refused;
   }
   if (!observer_) {
@@ -116,37 +116,40 @@ Session::Press Session::pressByAccessibility(const Element& element) {
   return pressAnswered(pressedAt) ? Press::answered : Press::unanswered;
 }
 
-void Session::post(EventSource* source, const InputEvent& event) {
-  if (const auto created = platform_.inputEvents.create(source, event)) {
-    platform_.inputEvents.post(*created);
-  }
-}
-
-// The waits between down and up sleep: nothing may be delivered inside a click. Those around it
-// turn the loop, so that its effects can be heard.
-void Session::press(Point point, int count) {
+Json Session::hover(const Json& args) {
+  actedAt_ = platform_.clock.now();
+  const NodesSpent spent(nodes_);
+  const Element app = requireApp();
+  const std::string nodeId = textMember(args, "nodeId").value_or("");
+  const Stored stored = requireFreshNode(nodeId, failures::kExpiredHover);
+  verifyAndActivate(stored, app);
+  // No hit test: the pointer presses nothing, whatever part of the element it rests on.
+  const Point point = requireVisibleFrame(stored.element).center();
+  verifyInsideApp(point);
   const auto source = platform_.inputEvents.makeSource("");
-  glide(point, source.get(), kRestBeforePress);
-  for (int click = 1; click <= std::max(count, 1); ++click) {
-    post(source.get(), MouseEvent{MouseEventType::leftDown, point, click});
-    platform_.clock.sleep(kBetweenButtonEvents);
-    post(source.get(), MouseEvent{MouseEventType::leftUp, point, click});
-    platform_.clock.sleep(kBetweenButtonEvents);
-  }
+  glide(point, source.get(), kHoverRest);
+  return {{"method", "pointer"}, {"nodeId", nodeId}, {"at", timestampNow()}};
 }
 
-// Interfaces that react to the pointer see a real approach, not a jump.
-void Session::glide(Point point, EventSource* source, Duration settle) {
-  const Point start =
-      platform_.inputEvents.pointerLocation().value_or(Point{point.x, point.y - kGlideFromAbove});
-  for (int step = 1; step <= kGlideSteps; ++step) {
-    const double part = static_cast<double>(step) / kGlideSteps;
-    post(source,
-         MouseEvent{MouseEventType::moved,
-                    {start.x + (point.x - start.x) * part, start.y + (point.y - start.y) * part}});
-    platform_.clock.turn(kGlideSlice);
+Json Session::showMenu(const Json& args) {
+  actedAt_ = platform_.clock.now();
+  const NodesSpent spent(nodes_);
+  const Element app = requireApp();
+  const std::string nodeId = textMember(args, "nodeId").value_or("");
+  const Stored stored = requireFreshNode(nodeId, failures::kExpiredShowMenu);
+  verifyAndActivate(stored, app);
+  const Point point = requireVisibleFrame(stored.element).center();
+  Accessibility& ax = platform_.accessibility;
+  Json result = {{"method", "accessibility"}, {"nodeId", nodeId}};
+  if (offers(actionNames(ax, stored.element), kShowMenu) && ax.perform(stored.element, kShowMenu)) {
+    platform_.clock.turn(kMenuOpens);
+  } else {
+    verifyPointer(point, stored.element);
+    rightPress(point);
+    result["method"] = "pointer";
   }
-  platform_.clock.turn(settle);
+  result["at"] = timestampNow();
+  return result;
 }
 
 }  // namespace tarqo

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "host/waiting.h"
 #include "input/related_hit.h"
 #include "main/failure.h"
 #include "session/session.h"
@@ -10,7 +11,15 @@
 namespace tarqo {
 namespace {
 
+using namespace std::chrono_literals;
+
 constexpr double kWindowMargin = 2;
+constexpr Duration kForegroundLimit = 1500ms;
+constexpr Duration kForegroundSlice = 50ms;
+
+bool isSameElement(const Description& now, const StoredNode& stored) {
+  return now.role == stored.role && now.name == stored.name && now.identifier == stored.identifier;
+}
 
 // The innermost folder of a path whose extension is exactly "app".
 std::optional<std::string> innermostBundle(std::string path) {
@@ -46,11 +55,29 @@ std::string bracketed(const std::optional<Rect>& frame) {
 
 void Session::verifyIdentity(const Stored& stored) {
   const Description now = describe(platform_.accessibility, stored.element);
-  if (now.role != stored.role || now.name != stored.name || now.identifier != stored.identifier) {
+  if (!isSameElement(now, stored)) {
     fail(failures::kIdentityChanged);
   }
   if (!now.enabled || now.secure || !stored.clickable) {
     fail(failures::kNotClickable);
+  }
+}
+
+void Session::requireInputTarget(const Stored& stored) {
+  const Description now = describe(platform_.accessibility, stored.element);
+  if (!isSameElement(now, stored) || !now.enabled || now.secure) {
+    fail(failures::kInputTargetChanged);
+  }
+}
+
+void Session::requireFrontmost() {
+  if (!running_) {
+    fail(failures::kAppClosed);
+  }
+  Clock& clock = platform_.clock;
+  if (!turnUntil(clock, clock.now() + kForegroundLimit, kForegroundSlice,
+                 [&] { return isFrontmost(); })) {
+    fail(failures::kNotFrontmost);
   }
 }
 

@@ -109,8 +109,32 @@ inline constexpr FailureText kNodeIdRequired{"invalid_argument",
 inline constexpr FailureText kExpiredClick{
     "stale_snapshot", "This node reference expired. Take a new snapshot before clicking."};
 inline constexpr FailureText kNoFrame{"not_visible", "The element no longer has a visible frame"};
+inline constexpr FailureText kExpiredHover{
+    "stale_snapshot", "This node reference expired. Take a new snapshot before hovering."};
+inline constexpr FailureText kExpiredShowMenu{
+    "stale_snapshot", "This node reference expired. Take a new snapshot before opening its menu."};
 inline constexpr FailureText kMenuRefused{"not_clickable",
                                           "The application refused this menu command"};
+
+inline constexpr FailureText kExpiredInput{"stale_snapshot", "Use a current node reference."};
+inline constexpr FailureText kInputTargetChanged{"stale_target",
+                                                 "The input target changed or is protected."};
+inline constexpr FailureText kInputNotVisible{"not_visible", "Input target is not visible."};
+inline constexpr FailureText kInputUnsupported{
+    "input_unsupported", "The target does not support accessibility text input."};
+inline constexpr FailureText kInputRefused{"input_failed",
+                                           "The target did not accept accessibility text input."};
+inline constexpr FailureText kUnboundedText{"invalid_argument",
+                                            "Provide bounded text without control characters."};
+inline constexpr FailureText kUnknownKey{"invalid_argument", "Unknown key."};
+inline constexpr FailureText kUnknownModifier{"invalid_argument", "Unknown modifier."};
+inline constexpr FailureText kNoKeyEvent{"input_failed", "Could not create a key event."};
+inline constexpr FailureText kUnboundedScroll{"invalid_argument", "Provide bounded scroll input."};
+// An unknown kind of input has no sentence of its own: clients know it by this one.
+inline constexpr FailureText kUnknownInput{"invalid_argument",
+                                           "Provide bounded vertical scroll input."};
+inline constexpr FailureText kNoScrollEvent{"input_failed", "Could not create a scroll event."};
+inline constexpr FailureText kSwipeTooSmall{"input_failed", "Swipe target is too small."};
 
 }  // namespace failures
 }  // namespace tarqo

@@ -124,6 +124,14 @@ std::optional<std::string> textMember(const Json& object, std::string_view key) 
   return value->get<std::string>();
 }
 
+std::vector<std::string> textListMember(const Json& object, std::string_view key) {
+  const Json* value = member(object, key);
+  const bool isTextList =
+      value != nullptr && value->is_array() &&
+      std::all_of(value->begin(), value->end(), [](const Json& item) { return item.is_string(); });
+  return isTextList ? value->get<std::vector<std::string>>() : std::vector<std::string>();
+}
+
 std::optional<bool> booleanMember(const Json& object, std::string_view key) {
   const Json* value = member(object, key);
   if (value == nullptr || !value->is_boolean()) {

@@ -10,6 +10,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace tarqo {
 
@@ -32,6 +33,9 @@ class JsonError : public std::runtime_error {
 /// The member `key` of an object when it has that type.
 [[nodiscard]] std::optional<std::string> textMember(const Json& object, std::string_view key);
 [[nodiscard]] std::optional<bool> booleanMember(const Json& object, std::string_view key);
+
+/// The texts of a list of texts; empty when it is anything else.
+[[nodiscard]] std::vector<std::string> textListMember(const Json& object, std::string_view key);
 
 /// Any JSON number; a boolean is none.
 [[nodiscard]] std::optional<double> numberMember(const Json& object, std::string_view key);

@@ -74,6 +74,9 @@ class Session {
 
   // input/
   [[nodiscard]] Json click(const Json& args);
+  [[nodiscard]] Json hover(const Json& args);
+  [[nodiscard]] Json showMenu(const Json& args);
+  [[nodiscard]] Json input(const Json& args);
 
  private:
   /// A window image taken by text recognition, kept for the observation it belongs to.
@@ -141,6 +144,9 @@ class Session {
   void verifyIdentity(const Stored& stored);
   void verifyInsideApp(Point point);
   void verifyPointer(Point point, const Element& target);
+  void requireInputTarget(const Stored& stored);
+  /// Waits up to 1.5 s for the target to be in front; never brings it there.
+  void requireFrontmost();
   std::string coveredMessage(Point point, const Element& hit, const Element& target);
   const std::optional<std::string>& ownApp();
   bool isOwnApp(Pid pid);
@@ -148,11 +154,31 @@ class Session {
   Json clickRecognizedText(const Stored& stored, const Element& app);
   Json clickElement(const Stored& stored, const Element& app, std::int64_t count);
   Press pressByAccessibility(const Element& element);
+  void verifyAndActivate(const Stored& stored, const Element& app);
+  Rect requireVisibleFrame(const Element& element);
+  Json inputToRecognizedText(const std::string& kind, const Stored& stored, const Element& app,
+                             const Json& args);
+  Json inputToElement(const std::string& kind, const Stored& stored, const Element& app,
+                      const Json& args);
+  Json keyOrScroll(const std::string& kind, const Stored& stored, Point point, const Json& args);
+  Json typeInto(const Stored& stored, const Json& args);
 
   // input/: events.
   void post(EventSource* source, const InputEvent& event);
   void press(Point point, int count = 1);
+  void rightPress(Point point);
   void glide(Point point, EventSource* source, Duration settle);
+  void typeUnicode(const std::string& typed);
+  void pressNamedKey(const Json& args);
+  void postKey(std::uint16_t code, Modifiers modifiers);
+  void postPair(EventSource* source, const InputEvent& down, const InputEvent& up,
+                std::pair<Duration, Duration> pace);
+  void scroll(const Stored& stored, Point point, const Json& args);
+  Rect gestureArea(const Stored& stored);
+  void turnWheel(Point point, std::int32_t pixels);
+  void beginDrag(EventSource* source, Point start);
+  void spotlightPull(const Rect& area);
+  void trackpadSwipe(const Rect& area, double dx);
 
   [[nodiscard]] std::string timestampNow();
 

@@ -1,0 +1,66 @@
+// The pointer's events, and the pace at which they go out.
+
+#include <algorithm>
+
+#include "session/session.h"
+
+namespace tarqo {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr int kGlideSteps = 6;
+constexpr Duration kGlideSlice = 30ms;
+constexpr double kGlideFromAbove = 40;
+constexpr Duration kRestBeforePress = 250ms;
+constexpr Duration kBeforeRightPress = 50ms;
+constexpr Duration kBetweenButtonEvents = 40ms;
+constexpr Duration kMenuOpens = 250ms;
+
+}  // namespace
+
+void Session::post(EventSource* source, const InputEvent& event) {
+  if (const auto created = platform_.inputEvents.create(source, event)) {
+    platform_.inputEvents.post(*created);
+  }
+}
+
+// The waits between down and up sleep: nothing may be delivered inside a click. Those around it
+// turn the loop, so that its effects can be heard.
+void Session::press(Point point, int count) {
+  const auto source = platform_.inputEvents.makeSource("");
+  glide(point, source.get(), kRestBeforePress);
+  for (int click = 1; click <= std::max(count, 1); ++click) {
+    post(source.get(), MouseEvent{MouseEventType::leftDown, point, click});
+    platform_.clock.sleep(kBetweenButtonEvents);
+    post(source.get(), MouseEvent{MouseEventType::leftUp, point, click});
+    platform_.clock.sleep(kBetweenButtonEvents);
+  }
+}
+
+void Session::rightPress(Point point) {
+  const auto source = platform_.inputEvents.makeSource("");
+  post(source.get(), MouseEvent{MouseEventType::moved, point});
+  platform_.clock.sleep(kBeforeRightPress);
+  post(source.get(), MouseEvent{MouseEventType::rightDown, point, 1});
+  platform_.clock.sleep(kBetweenButtonEvents);
+  post(source.get(), MouseEvent{MouseEventType::rightUp, point, 1});
+  platform_.clock.sleep(kBetweenButtonEvents);
+  platform_.clock.turn(kMenuOpens);
+}
+
+// Interfaces that react to the pointer see a real approach, not a jump.
+void Session::glide(Point point, EventSource* source, Duration settle) {
+  const Point start =
+      platform_.inputEvents.pointerLocation().value_or(Point{point.x, point.y - kGlideFromAbove});
+  for (int step = 1; step <= kGlideSteps; ++step) {
+    const double part = static_cast<double>(step) / kGlideSteps;
+    post(source,
+         MouseEvent{MouseEventType::moved,
+                    {start.x + (point.x - start.x) * part, start.y + (point.y - start.y) * part}});
+    platform_.clock.turn(kGlideSlice);
+  }
+  platform_.clock.turn(settle);
+}
+
+}  // namespace tarqo

@@ -1,0 +1,136 @@
+// Scrolling by the wheel, and the two gestures that stand in for it.
+
+#include <algorithm>
+#include <cstdlib>
+
+#include "main/failure.h"
+#include "session/session.h"
+
+namespace tarqo {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr std::int64_t kMaxDelta = 2000;
+constexpr std::int64_t kLongestPull = 400;
+constexpr Duration kAfterWheel = 150ms;
+
+constexpr double kMaxInset = 28;
+constexpr double kInsetPart = 6;
+constexpr double kMinInnerSide = 8;
+constexpr Duration kBeforeDrag = 12ms;
+
+constexpr double kPullLength = 110;
+constexpr double kPullBottomMargin = 4;
+constexpr int kPullSteps = 6;
+constexpr Duration kPullSlice = 10ms;
+constexpr Duration kAfterPull = 350ms;
+
+constexpr double kSwipeHeight = 0.78;
+constexpr int kSwipeSteps = 8;
+constexpr Duration kSwipeSlice = 8ms;
+constexpr Duration kAfterSwipe = 500ms;
+
+// The part of an area that a drag can use without touching its edges, where systems have gestures
+// and handles of their own.
+Rect requireInnerArea(const Rect& area) {
+  const double insetX = std::min(area.extentX() / kInsetPart, kMaxInset);
+  const double insetY = std::min(area.extentY() / kInsetPart, kMaxInset);
+  const Rect inner{area.minX() + insetX, area.minY() + insetY, area.extentX() - 2 * insetX,
+                   area.extentY() - 2 * insetY};
+  if (inner.width <= kMinInnerSide || inner.height <= kMinInnerSide) {
+    fail(failures::kSwipeTooSmall);
+  }
+  return inner;
+}
+
+}  // namespace
+
+void Session::scroll(const Stored& stored, Point point, const Json& args) {
+  const std::int64_t dx = integerMember(args, "deltaX").value_or(0);
+  const std::int64_t dy = integerMember(args, "deltaY").value_or(0);
+  const auto isBounded = [](std::int64_t delta) {
+    return delta >= -kMaxDelta && delta <= kMaxDelta;
+  };
+  if ((dx == 0 && dy == 0) || !isBounded(dx) || !isBounded(dy)) {
+    fail(failures::kUnboundedScroll);
+  }
+  requireFrontmost();
+  if (dx != 0) {
+    trackpadSwipe(gestureArea(stored), static_cast<double>(dx));
+  } else if (dy < 0 && dy >= -kLongestPull) {
+    spotlightPull(gestureArea(stored));
+  } else {
+    turnWheel(point, static_cast<std::int32_t>(-dy));
+  }
+}
+
+Rect Session::gestureArea(const Stored& stored) {
+  Accessibility& ax = platform_.accessibility;
+  if (const auto bounds = window_ ? frame(ax, *window_) : std::nullopt) {
+    return *bounds;
+  }
+  if (stored.box) {
+    return *stored.box;
+  }
+  const auto bounds = frame(ax, stored.element);
+  if (!bounds) {
+    fail(failures::kInputNotVisible);
+  }
+  return *bounds;
+}
+
+void Session::turnWheel(Point point, std::int32_t pixels) {
+  InputEvents& events = platform_.inputEvents;
+  const auto source = events.makeSource("");
+  post(source.get(), MouseEvent{MouseEventType::moved, point});
+  const auto wheel = events.create(source.get(), ScrollEvent{pixels});
+  if (!wheel) {
+    fail(failures::kNoScrollEvent);
+  }
+  events.post(*wheel);
+  platform_.clock.turn(kAfterWheel);
+}
+
+void Session::beginDrag(EventSource* source, Point start) {
+  post(source, MouseEvent{MouseEventType::moved, start});
+  platform_.clock.sleep(kBeforeDrag);
+  post(source, MouseEvent{MouseEventType::leftDown, start, 1});
+  platform_.clock.sleep(kBeforeDrag);
+}
+
+void Session::spotlightPull(const Rect& area) {
+  const Rect inner = requireInnerArea(area);
+  const Point start = inner.center();
+  const double travel = std::min(start.y + kPullLength, inner.maxY() - kPullBottomMargin) - start.y;
+  const auto source = platform_.inputEvents.makeSource("");
+  beginDrag(source.get(), start);
+  for (int step = 1; step <= kPullSteps; ++step) {
+    post(source.get(),
+         MouseEvent{
+             MouseEventType::leftDragged, {start.x, start.y + travel * step / kPullSteps}, 1});
+    platform_.clock.sleep(kPullSlice);
+  }
+  post(source.get(), MouseEvent{MouseEventType::leftUp, {start.x, start.y + travel}, 1});
+  platform_.clock.turn(kAfterPull);
+}
+
+// Starts slowly and ends fast, like a flick.
+void Session::trackpadSwipe(const Rect& area, double dx) {
+  const Rect inner = requireInnerArea(area);
+  const Point start{dx < 0 ? inner.maxX() : inner.minX(),
+                    inner.minY() + kSwipeHeight * inner.height};
+  const double travel = std::clamp(start.x + dx, inner.minX(), inner.maxX()) - start.x;
+  const auto source = platform_.inputEvents.makeSource("");
+  beginDrag(source.get(), start);
+  for (int step = 1; step <= kSwipeSteps; ++step) {
+    const double part = static_cast<double>(step) / kSwipeSteps;
+    post(source.get(),
+         MouseEvent{MouseEventType::leftDragged, {start.x + travel * part * part, start.y}, 1});
+    platform_.clock.sleep(kSwipeSlice);
+  }
+  post(source.get(), MouseEvent{MouseEventType::leftUp, {start.x + travel, start.y}, 1});
+  platform_.clock.turn(kAfterSwipe);
+}
+
+}  // namespace tarqo
