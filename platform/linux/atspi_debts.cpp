@@ -23,61 +23,94 @@ int AtspiDebts::onPing(sd_bus_message* reply, void* debt, sd_bus_error* /*error*
   return 1;
 }
 
+BusHandle AtspiDebts::openDirect(const AtspiElement::Parts& object) {
+  std::string address;
+  AtspiBatch batch(bus_);
+  batch.call({object.ref.bus, kRootPath}, kApplication, "GetApplicationBusAddress",
+             [&address](Reply reply) {
+               address = (reply.ok ? readText(reply.message) : std::nullopt).value_or("");
+             });
+  const Instant now = std::chrono::steady_clock::now();
+  if (batch.run({now + object.timeout, object.timeout}) != BatchOutcome::complete ||
+      address.empty()) {
+    return nullptr;
+  }
+  sd_bus* made = nullptr;
+  if (sd_bus_new(&made) < 0) {
+    return nullptr;
+  }
+  BusHandle direct(made);
+  if (sd_bus_set_address(made, address.c_str()) < 0 || sd_bus_start(made) < 0) {
+    return nullptr;
+  }
+  return direct;
+}
+
+sd_bus* AtspiDebts::busOf(const Debt& debt) const {
+  return debt.direct ? debt.direct.get() : bus_.current();
+}
+
 bool AtspiDebts::send(Debt& debt, const AtspiElement::Parts& object, int index) {
-  sd_bus* bus = bus_.connection();
-  sd_bus_slot* slot = nullptr;
-  const int sent = bus == nullptr ? -1
-                                  : sd_bus_call_method_async(
-                                        bus, &slot, object.ref.bus.c_str(), object.ref.path.c_str(),
-                                        kAction, "DoAction", onAnswer, &debt, "i", index);
-  debt.action.reset(slot);
+  sd_bus* bus = debt.direct ? debt.direct.get() : bus_.connection();
   debt.generation = bus_.generation();
+  if (bus == nullptr) {
+    return false;
+  }
+  sd_bus_slot* slot = nullptr;
+  const int sent = sd_bus_call_method_async(
+      bus, &slot, debt.direct ? nullptr : object.ref.bus.c_str(), object.ref.path.c_str(), kAction,
+      "DoAction", onAnswer, &debt, "i", index);
+  debt.action.reset(slot);
   return sent >= 0;
 }
 
 bool AtspiDebts::ping(Debt& debt, const AtspiElement::Parts& object) {
+  sd_bus* bus = busOf(debt);
+  if (bus == nullptr) {
+    return false;
+  }
   sd_bus_slot* slot = nullptr;
   const int sent =
-      bus_.current() == nullptr
-          ? -1
-          : sd_bus_call_method_async(bus_.current(), &slot, object.ref.bus.c_str(), kRootPath,
-                                     kAccessible, "GetRole", onPing, &debt, "");
+      sd_bus_call_method_async(bus, &slot, debt.direct ? nullptr : object.ref.bus.c_str(),
+                               kRootPath, kAccessible, "GetRole", onPing, &debt, "");
   debt.pinged.reset(slot);
   return sent >= 0;
 }
 
-bool AtspiDebts::waitFor(const bool& done, Duration patience) {
+void AtspiDebts::waitFor(const Debt& debt, const bool& done, Duration patience) {
   const Instant deadline = std::chrono::steady_clock::now() + patience;
   while (!done) {
-    const int processed = bus_.current() == nullptr ? -1 : sd_bus_process(bus_.current(), nullptr);
+    sd_bus* bus = busOf(debt);
+    const int processed = bus == nullptr ? -1 : sd_bus_process(bus, nullptr);
     const Instant now = std::chrono::steady_clock::now();
     if (processed < 0 || now >= deadline) {
-      return done;
+      return;
     }
     if (processed == 0) {
       const auto left = std::chrono::duration_cast<std::chrono::microseconds>(deadline - now);
-      sd_bus_wait(bus_.current(), static_cast<std::uint64_t>(left.count()) + 1);
+      sd_bus_wait(bus, static_cast<std::uint64_t>(left.count()) + 1);
     }
   }
-  return true;
 }
 
-bool AtspiDebts::perform(const AtspiElement::Parts& object, int index) {
+bool AtspiDebts::perform(const AtspiElement::Parts& object, int index, Toolkit toolkit) {
   debts_.emplace_back();
   Debt& debt = debts_.back();
   debt.pid = object.pid;
+  if (toolkit == Toolkit::gtk3 || toolkit == Toolkit::other) {
+    debt.direct = openDirect(object);
+  }
   if (!send(debt, object, index)) {
     debts_.pop_back();
     return false;
   }
-  bool acknowledged = waitFor(debt.answered, object.timeout);
-  if (!acknowledged && ping(debt, object)) {
-    waitFor(debt.alive, object.timeout);
-    acknowledged = debt.answered;
+  waitFor(debt, debt.answered, object.timeout);
+  if (!debt.answered && ping(debt, object)) {
+    waitFor(debt, debt.alive, object.timeout);
   }
   debt.since = std::chrono::steady_clock::now();
-  const bool taken = acknowledged ? debt.taken : debt.alive;
-  if (acknowledged || debt.alive) {
+  const bool taken = debt.answered ? debt.taken : debt.alive;
+  if (debt.answered || debt.alive) {
     debts_.pop_back();
   }
   return taken;
@@ -85,6 +118,10 @@ bool AtspiDebts::perform(const AtspiElement::Parts& object, int index) {
 
 void AtspiDebts::takeIn() {
   while (bus_.current() != nullptr && sd_bus_process(bus_.current(), nullptr) > 0) {
+  }
+  for (const Debt& debt : debts_) {
+    while (debt.direct && sd_bus_process(debt.direct.get(), nullptr) > 0) {
+    }
   }
 }
 
@@ -94,7 +131,9 @@ bool AtspiDebts::owes(Pid pid) {
   bool owed = false;
   for (auto debt = debts_.begin(); debt != debts_.end();) {
     // Answers to a connection that is gone never come.
-    const bool settled = debt->answered || debt->alive || debt->generation != bus_.generation();
+    const bool settled = debt->answered || debt->alive ||
+                         (debt->direct ? sd_bus_is_open(debt->direct.get()) <= 0
+                                       : debt->generation != bus_.generation());
     const bool stillMatters = !settled || (!debt->told && now - debt->since < kMemory);
     if (debt->pid == pid && stillMatters) {
       debt->told = true;

@@ -15,6 +15,7 @@
 #include "platform/accessibility.h"
 #include "platform/linux/atspi_bus.h"
 #include "platform/linux/atspi_element.h"
+#include "platform/linux/atspi_facts.h"
 
 namespace tarqo::lnx {
 
@@ -27,7 +28,11 @@ class AtspiDebts {
   /// Performs the action of that index. True when the application acknowledged it, or answers other
   /// questions while it is busy with it: answers come in order, so it has begun. False when it
   /// refused, and when it is silent; then it owes the answer. Waits for two time-outs at most.
-  [[nodiscard]] bool perform(const AtspiElement::Parts& object, int index);
+  ///
+  /// GTK 3 and its relatives run the handler within their dispatch of the very connection the
+  /// action came in on, and hear nothing on it until the handler returns; a dialog that the handler
+  /// waits for could never be read. There the action goes over a connection of its own.
+  [[nodiscard]] bool perform(const AtspiElement::Parts& object, int index, Toolkit toolkit);
 
   /// Whether a process owes an answer. What was owed and has been paid meanwhile is still told
   /// once, within `kMemory`: the caller may ask on behalf of the very action that was not
@@ -38,6 +43,7 @@ class AtspiDebts {
   struct Debt {
     Pid pid = 0;
     int generation = 0;
+    BusHandle direct;  ///< The action's own connection; null when it went over the bus.
     Slot action;
     Slot pinged;
     bool answered = false;
@@ -49,9 +55,11 @@ class AtspiDebts {
 
   static int onAnswer(sd_bus_message* reply, void* debt, sd_bus_error* error);
   static int onPing(sd_bus_message* reply, void* debt, sd_bus_error* error);
+  [[nodiscard]] BusHandle openDirect(const AtspiElement::Parts& object);
+  [[nodiscard]] sd_bus* busOf(const Debt& debt) const;
   [[nodiscard]] bool send(Debt& debt, const AtspiElement::Parts& object, int index);
   [[nodiscard]] bool ping(Debt& debt, const AtspiElement::Parts& object);
-  bool waitFor(const bool& done, Duration patience);
+  void waitFor(const Debt& debt, const bool& done, Duration patience);
   void takeIn();
 
   AtspiBus& bus_;

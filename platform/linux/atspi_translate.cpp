@@ -30,7 +30,7 @@ const AttributeRow kAttributes[] = {
     {"AXValue", Fact::value},
     {"AXPosition", Fact::kind | Fact::extents},
     {"AXSize", Fact::kind | Fact::extents},
-    {"AXChildren", Fact::kind | Fact::children},
+    {"AXChildren", Fact::kind | Fact::name | Fact::children},
     {"AXParent", Fact::kind | Fact::parent},
     {"AXMinimized", Fact::kind},
     {"AXMain", Fact::kind},

@@ -35,7 +35,7 @@ bool LinuxAccessibility::perform(const Element& element, std::string_view action
     return false;
   }
   const std::optional<int> index = actionIndex(viewOf(object, *facts), action);
-  if (!index || !debts_.perform(object, *index)) {
+  if (!index || !debts_.perform(object, *index, reader_.toolkitOf(object))) {
     return false;
   }
   // GTK 3 and Qt announce nothing when a button is pressed; that they took the press is all there
