@@ -1,0 +1,69 @@
+// The Linux backend put together: AT-SPI and X11, processes, desktop entries, libpng.
+
+#include "platform/linux/atspi_events.h"
+#include "platform/linux/linux_accessibility.h"
+#include "platform/linux/linux_applications.h"
+#include "platform/linux/linux_bundles.h"
+#include "platform/linux/linux_clock.h"
+#include "platform/linux/linux_images.h"
+#include "platform/linux/linux_input_events.h"
+#include "platform/linux/linux_main_loop.h"
+#include "platform/linux/linux_permissions.h"
+#include "platform/linux/linux_processes.h"
+#include "platform/linux/linux_random.h"
+#include "platform/linux/linux_screen_capture.h"
+#include "platform/linux/linux_window_server.h"
+#include "platform/linux/linux_workspace.h"
+#include "platform/linux/x_window_locator.h"
+#include "platform/platform.h"
+
+namespace tarqo {
+namespace lnx {
+namespace {
+
+/// Stands in until text recognition is there.
+class NoTextRecognizer final : public TextRecognizer {
+ public:
+  std::variant<std::vector<RecognizedLine>, std::string> recognize(
+      const Image& /*image*/) override {
+    return "This build of the helper cannot recognise text in pictures. Observe with \"ocr\": "
+           "false "
+           "to see what the accessibility tree tells.";
+  }
+};
+
+class LinuxPlatform final : public PlatformHost {
+ public:
+  Platform platform() override {
+    return {accessibility_, workspace_,   bundles_,    processes_, permissions_, windowServer_,
+            capture_,       inputEvents_, recognizer_, images_,    clock_,       random_};
+  }
+  MainLoop& mainLoop() override { return mainLoop_; }
+
+ private:
+  Applications applications_;
+  XWindowLocator locator_{applications_};
+  LinuxMainLoop mainLoop_;
+  AtspiEvents events_{mainLoop_};
+  LinuxAccessibility accessibility_{locator_, events_};
+  LinuxWorkspace workspace_{applications_};
+  LinuxBundles bundles_{applications_};
+  LinuxProcesses processes_;
+  LinuxScreenCapture capture_;
+  LinuxPermissions permissions_{capture_};
+  LinuxWindowServer windowServer_{applications_};
+  LinuxInputEvents inputEvents_{applications_.display()};
+  NoTextRecognizer recognizer_;
+  LinuxImages images_;
+  LinuxClock clock_;
+  LinuxRandom random_;
+};
+
+}  // namespace
+}  // namespace lnx
+
+std::unique_ptr<PlatformHost> makePlatform(const char* /*argv0*/) {
+  return std::make_unique<lnx::LinuxPlatform>();
+}
+
+}  // namespace tarqo
