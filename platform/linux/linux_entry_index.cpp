@@ -20,6 +20,11 @@ std::string variable(const char* name, const std::string& fallback) {
   return value != nullptr && *value != '\0' ? std::string(value) : fallback;
 }
 
+std::string joined(const std::string& folder, const std::string& name) {
+  std::string path = folder;
+  return path.append("/").append(name);
+}
+
 /// The names to look translations up by, of all languages the user accepts.
 std::vector<std::string> userLocales() {
   std::string locale;
@@ -120,7 +125,7 @@ std::string resolvedProgram(const std::string& program) {
     return isProgram(program) ? withLinksResolved(program) : std::string();
   }
   for (const std::string& folder : splitList(variable("PATH", "/usr/bin:/bin"), ':')) {
-    const std::string path = folder + "/" + program;
+    const std::string path = joined(folder, program);
     if (isProgram(path)) {
       return withLinksResolved(path);
     }
@@ -150,7 +155,7 @@ void EntryIndex::read() {
   for (const std::string& folder : entryFolders()) {
     folders_.push_back({folder, changeTime(folder)});
     for (const std::string& file : entryFilesIn(folder)) {
-      const std::string path = folder + "/" + file;
+      const std::string path = joined(folder, file);
       const auto text = readWholeFile(path);
       auto entry = text ? parseDesktopEntry(*text, path, locales) : std::nullopt;
       if (entry) {

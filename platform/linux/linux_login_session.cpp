@@ -16,6 +16,24 @@ struct DropMessage {
 };
 using Message = std::unique_ptr<sd_bus_message, DropMessage>;
 
+/// Brings a connection that was begun to the point where calls can be made. Without this the first
+/// call would wait for a stuck bus as long as the bus likes.
+bool becomesReady(sd_bus* bus) {
+  const auto deadline = std::chrono::steady_clock::now() + kAnswerTime;
+  while (sd_bus_is_ready(bus) == 0) {
+    const auto left = std::chrono::duration_cast<std::chrono::microseconds>(
+        deadline - std::chrono::steady_clock::now());
+    const int progress = sd_bus_process(bus, nullptr);
+    if (progress < 0 || left.count() <= 0) {
+      return false;
+    }
+    if (progress == 0 && sd_bus_wait(bus, static_cast<std::uint64_t>(left.count())) < 0) {
+      return false;
+    }
+  }
+  return sd_bus_is_ready(bus) > 0;
+}
+
 struct Call {
   const char* service;
   const char* path;
@@ -70,11 +88,10 @@ sd_bus* OptionalService::bus() {
     sd_bus* opened = nullptr;
     const int result =
         kind_ == Bus::system ? sd_bus_open_system(&opened) : sd_bus_open_user(&opened);
-    if (result < 0) {
-      wasAbsent();
-      return nullptr;
-    }
     bus_.reset(opened);
+    if (result < 0 || !becomesReady(opened)) {
+      wasAbsent();
+    }
   }
   return bus_.get();
 }
