@@ -77,6 +77,9 @@ std::optional<std::string> LinuxPermissions::accessibilityObstacle() {
     return "The accessibility bus of this desktop session does not answer. Install at-spi2-core, "
            "log in to the desktop again, then run again.";
   }
+  if (accessibilityTrusted()) {
+    return std::nullopt;
+  }
   return "Accessibility is switched off in this desktop session and could not be switched on. Set "
          "IsEnabled of org.a11y.Status on the session bus to true, then run again.";
 }
