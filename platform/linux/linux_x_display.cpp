@@ -21,7 +21,7 @@ using SteadyClock = std::chrono::steady_clock;
 
 constexpr std::array<std::string_view, kAtomCount> kAtomNames = {
     "_NET_ACTIVE_WINDOW",
-    "_NET_CLIENT_LIST_STACKING",
+    "_NET_CLIENT_LIST",
     "_NET_FRAME_EXTENTS",
     "_NET_SHOWING_DESKTOP",
     "_NET_SUPPORTING_WM_CHECK",

@@ -30,7 +30,7 @@ using XReply = std::unique_ptr<T, FreeMemory>;
 /// The atoms in use, in the order of `kAtomNames`.
 enum class XAtom : std::uint8_t {
   netActiveWindow,
-  netClientListStacking,
+  netClientList,
   netFrameExtents,
   netShowingDesktop,
   netSupportingWmCheck,

@@ -213,7 +213,7 @@ class WindowReader {
     const auto property = [&](XAtom name, std::uint32_t length) {
       return askProperty(server_, root, server_.atom(name), length);
     };
-    const auto listCookie = property(XAtom::netClientListStacking, kXListLength);
+    const auto listCookie = property(XAtom::netClientList, kXListLength);
     const auto activeCookie = property(XAtom::netActiveWindow, 1);
     const auto showingCookie = property(XAtom::netShowingDesktop, 1);
     const auto managerCookie = property(XAtom::netSupportingWmCheck, 1);
@@ -239,7 +239,7 @@ class WindowReader {
       managerWindow_ = numbers[0];
     }
     const auto clients = numbersOf(list);
-    clients_.assign(clients.rbegin(), clients.rend());
+    clients_.assign(clients.begin(), clients.end());
     if (const auto numbers = numbersOf(active); !numbers.empty()) {
       result_.active = numbers[0];
     }
@@ -363,8 +363,10 @@ class WindowReader {
   XServer& server_;
   XWindows result_;
   xcb_window_t managerWindow_ = XCB_NONE;
-  std::vector<xcb_window_t> clients_;  // Front to back.
-  std::vector<Outermost> outermost_;   // Front to back.
+  /// In no order of use: that is the tree's. The list that claims to be in stacking order lacks
+  /// the first window of all in xfwm4, until something is restacked.
+  std::vector<xcb_window_t> clients_;
+  std::vector<Outermost> outermost_;  // Front to back.
 };
 
 }  // namespace
