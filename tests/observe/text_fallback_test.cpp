@@ -1,5 +1,7 @@
 // Text recognised in the window's pixels, where its tree has none or where it is asked for.
 
+#include <stdexcept>
+
 #include "tests/observe/observation.h"
 #include "tests/support/scene.h"
 
@@ -253,6 +255,32 @@ TEST_F(TextFallback, AWindowThatLosesItsFrameIsNotCaptured) {
   EXPECT_EQ(failure("observe", {{"image", false}}),
             "no_window: The target window disappeared during capture.");
   EXPECT_EQ(desktop.journal().count("request capture"), 0U);
+}
+
+// A recogniser that breaks the rule that services do not throw.
+class ThrowingRecognizer final : public TextRecognizer {
+ public:
+  std::variant<std::vector<RecognizedLine>, std::string> recognize(
+      const Image& /*image*/) override {
+    throw std::length_error("too large");
+  }
+};
+
+TEST_F(TextFallback, AForcedRecognitionThatBreaksOffCountsAsFailed) {
+  window.button("Save");
+  ThrowingRecognizer throwing;
+  const Platform broken{platform.accessibility, platform.workspace,   platform.bundles,
+                        platform.processes,     platform.permissions, platform.windowServer,
+                        platform.screenCapture, platform.inputEvents, throwing,
+                        platform.images,        platform.clock,       platform.random};
+  Server brokenServer{broken};
+  const auto ask = [&](const Json& request) {
+    return Json::parse(brokenServer.serve(request.dump()).response.value());
+  };
+  ask({{"method", "connect"}, {"args", {{"bundleId", "com.example.Notes"}}}});
+  const Json args = {{"image", false}, {"forceOcr", true}};
+  const Json answer = ask({{"method", "observe"}, {"args", args}});
+  EXPECT_EQ(answer.at("result").at("snapshot").at("ocr").at("code"), "ocr_failed");
 }
 
 // The image that recognition took.
