@@ -12,7 +12,6 @@
 #include <limits>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "platform/unicode.h"
 
@@ -66,19 +65,18 @@ struct CloseText {
   void operator()(UText* text) const { utext_close(text); }
 };
 
-/// Walks the grapheme clusters of a text. ICU's iterator belongs to one thread at a time and costs
-/// a hundred times the walk of a short text to make, so each thread keeps one.
+/// Walks the grapheme clusters of a text.
 class Clusters {
  public:
   explicit Clusters(std::string_view text) : text_(measurable(text)) {
-    if (iterator() == nullptr) {
-      return;
-    }
     UErrorCode status = U_ZERO_ERROR;
     utext_.reset(
         utext_openUTF8(nullptr, text_.data(), static_cast<std::int64_t>(text_.size()), &status));
-    iterator()->setText(utext_.get(), status);
-    ready_ = U_SUCCESS(status) != 0;
+    iterator_.reset(icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));
+    if (iterator_ != nullptr) {
+      iterator_->setText(utext_.get(), status);
+    }
+    ready_ = iterator_ != nullptr && U_SUCCESS(status) != 0;
   }
 
   /// The next cluster; empty at the end.
@@ -93,22 +91,14 @@ class Clusters {
   [[nodiscard]] std::size_t position() const { return end_; }
 
  private:
-  static icu::BreakIterator* iterator() {
-    thread_local const std::unique_ptr<icu::BreakIterator> made = [] {
-      UErrorCode status = U_ZERO_ERROR;
-      return std::unique_ptr<icu::BreakIterator>(
-          icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));
-    }();
-    return made.get();
-  }
-
   [[nodiscard]] std::size_t boundary() const {
-    const std::int32_t next = iterator()->next();
+    const std::int32_t next = iterator_->next();
     return next == icu::BreakIterator::DONE ? text_.size() : static_cast<std::size_t>(next);
   }
 
   std::string_view text_;
   std::unique_ptr<UText, CloseText> utext_;
+  std::unique_ptr<icu::BreakIterator> iterator_;
   std::size_t end_ = 0;
   bool ready_ = false;
 };
@@ -178,13 +168,8 @@ std::string prefix(std::string_view text, std::size_t count) {
 }
 
 void forEachCluster(std::string_view text, const std::function<void(std::string_view)>& visit) {
-  // `visit` may walk a text of its own, and the iterator is shared; so the ends are found first.
-  std::vector<std::string_view> found;
   Clusters clusters(text);
   for (auto cluster = clusters.next(); !cluster.empty(); cluster = clusters.next()) {
-    found.push_back(cluster);
-  }
-  for (const std::string_view cluster : found) {
     visit(cluster);
   }
 }

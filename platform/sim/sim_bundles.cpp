@@ -61,7 +61,7 @@ std::vector<std::string> BundlesService::bundlesIn(const std::string& folder) {
   }
   for (const auto& [path, bundle] : bundles_) {
     const std::string name = fileName(path);
-    if (isBundleName(name) && path == folder + "/" + name) {
+    if (isBundleName(name) && std::filesystem::path(path).parent_path() == folder) {
       names.push_back(name);
     }
   }

@@ -55,7 +55,10 @@ std::optional<Pid> ProcessesService::parentPid(Pid pid) {
 
 std::optional<std::string> ProcessesService::executablePath(Pid pid) {
   const auto found = table.find(pid);
-  return found == table.end() ? std::nullopt : found->second.executable;
+  if (found == table.end() || !found->second.executable) {
+    return std::nullopt;
+  }
+  return pid == own ? ownProgram : *found->second.executable;
 }
 
 std::unique_ptr<Child> ProcessesService::start(const std::string& program,

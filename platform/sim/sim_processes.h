@@ -31,6 +31,7 @@ class ProcessesService final : public Processes {
 
   // The scene. At the start the helper runs as process 400 below a shell, process 300, below 1.
   Pid own = 400;
+  /// Also what the table's entry of the helper says, unless that hides its program.
   std::string ownProgram = "/opt/tarqo/bin/tarqo-ax";
   std::map<Pid, Process>& table;
   std::map<std::string, Program> programs;  ///< By path; others cannot be started.

@@ -17,7 +17,8 @@ class BundlesContract : public Contract {
 
   std::shared_ptr<Arrivals<OpenedApplication>> open(const std::string& path) {
     auto opened = std::make_shared<Arrivals<OpenedApplication>>();
-    bundles.open(path, false, [opened](OpenedApplication result) { opened->add(result); });
+    bundles.open(path, false,
+                 [opened](OpenedApplication result) { opened->add(std::move(result)); });
     return opened;
   }
 

@@ -76,7 +76,7 @@ Element TargetContract::control(std::string_view role, std::string_view name) co
 
 std::string TargetContract::status() const {
   for (const Element& element : tree(window())) {
-    const std::string value = text(element, "AXValue");
+    std::string value = text(element, "AXValue");
     if (text(element, "AXRole") == "AXStaticText" && value.starts_with("Status: ")) {
       return value;
     }

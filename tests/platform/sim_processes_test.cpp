@@ -34,6 +34,13 @@ TEST_F(SimProcesses, MayHideTheirParentAndProgram) {
   EXPECT_EQ(processes.parentPid(300), 300);
 }
 
+TEST_F(SimProcesses, KnowTheHelpersProgramByItsProcessToo) {
+  processes.ownProgram = "/Applications/Tarqo.app/Contents/MacOS/tarqo-ax";
+  EXPECT_EQ(processes.executablePath(processes.ownPid()), processes.ownProgram);
+  processes.table[processes.own].executable = std::nullopt;
+  EXPECT_FALSE(processes.executablePath(processes.ownPid()));
+}
+
 TEST_F(SimProcesses, ExitWithAStatus) {
   tool.exits = Reply::after(120ms);
   tool.status = 3;
