@@ -23,7 +23,9 @@ int AtspiDebts::onPing(sd_bus_message* reply, void* debt, sd_bus_error* /*error*
   return 1;
 }
 
-BusHandle AtspiDebts::openDirect(const AtspiElement::Parts& object) {
+/// False when the application does not answer. An application that offers no connection of its own
+/// is asked over the bus.
+bool AtspiDebts::openDirect(Debt& debt, const AtspiElement::Parts& object) {
   std::string address;
   AtspiBatch batch(bus_);
   batch.call({object.ref.bus, kRootPath}, kApplication, "GetApplicationBusAddress",
@@ -31,19 +33,18 @@ BusHandle AtspiDebts::openDirect(const AtspiElement::Parts& object) {
                address = (reply.ok ? readText(reply.message) : std::nullopt).value_or("");
              });
   const Instant now = std::chrono::steady_clock::now();
-  if (batch.run({now + object.timeout, object.timeout}) != BatchOutcome::complete ||
-      address.empty()) {
-    return nullptr;
+  if (batch.run({now + object.timeout, object.timeout}) != BatchOutcome::complete) {
+    return false;
   }
   sd_bus* made = nullptr;
-  if (sd_bus_new(&made) < 0) {
-    return nullptr;
+  if (address.empty() || sd_bus_new(&made) < 0) {
+    return true;
   }
   BusHandle direct(made);
-  if (sd_bus_set_address(made, address.c_str()) < 0 || sd_bus_start(made) < 0) {
-    return nullptr;
+  if (sd_bus_set_address(made, address.c_str()) >= 0 && sd_bus_start(made) >= 0) {
+    debt.direct = std::move(direct);
   }
-  return direct;
+  return true;
 }
 
 sd_bus* AtspiDebts::busOf(const Debt& debt) const {
@@ -97,10 +98,8 @@ bool AtspiDebts::perform(const AtspiElement::Parts& object, int index, Toolkit t
   debts_.emplace_back();
   Debt& debt = debts_.back();
   debt.pid = object.pid;
-  if (toolkit == Toolkit::gtk3 || toolkit == Toolkit::other) {
-    debt.direct = openDirect(object);
-  }
-  if (!send(debt, object, index)) {
+  const bool apart = toolkit == Toolkit::gtk3 || toolkit == Toolkit::other;
+  if ((apart && !openDirect(debt, object)) || !send(debt, object, index)) {
     debts_.pop_back();
     return false;
   }

@@ -55,7 +55,7 @@ class AtspiDebts {
 
   static int onAnswer(sd_bus_message* reply, void* debt, sd_bus_error* error);
   static int onPing(sd_bus_message* reply, void* debt, sd_bus_error* error);
-  [[nodiscard]] BusHandle openDirect(const AtspiElement::Parts& object);
+  [[nodiscard]] bool openDirect(Debt& debt, const AtspiElement::Parts& object);
   [[nodiscard]] sd_bus* busOf(const Debt& debt) const;
   [[nodiscard]] bool send(Debt& debt, const AtspiElement::Parts& object, int index);
   [[nodiscard]] bool ping(Debt& debt, const AtspiElement::Parts& object);

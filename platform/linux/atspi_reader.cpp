@@ -8,6 +8,24 @@ namespace {
 /// How far up the window of an object is looked for.
 constexpr int kMaxDepth = 100;
 
+/// Matches objects to windows and puts them in the windows' order.
+ApplicationWindows matched(std::vector<Toplevel> toplevels,
+                           const std::vector<LocatedWindow>& windows) {
+  matchWindows(toplevels, windows);
+  const auto rank = [&windows](const Toplevel& toplevel) {
+    if (!toplevel.window) {
+      return windows.size();
+    }
+    const auto found = std::ranges::find(windows, toplevel.window->number, &LocatedWindow::number);
+    return static_cast<std::size_t>(found - windows.begin());
+  };
+  std::ranges::stable_sort(toplevels, {}, rank);
+  ApplicationWindows result{std::move(toplevels), {}};
+  std::ranges::copy_if(windows, std::back_inserter(result.popups),
+                       &LocatedWindow::overrideRedirect);
+  return result;
+}
+
 }  // namespace
 
 /// Ends the scope it was made for, unless a later one has replaced it.
@@ -123,41 +141,32 @@ std::vector<AtspiElement::Parts> AtspiReader::topLevelObjects(Pid pid, Duration 
   return result;
 }
 
-std::vector<Toplevel> AtspiReader::toplevels(Pid pid, Duration patience) {
+const ApplicationWindows& AtspiReader::windowsOf(Pid pid, Duration patience) {
   AtspiTree* tree = treeOf(pid);
-  if (tree != nullptr && tree->toplevels) {
-    return *tree->toplevels;
+  if (tree != nullptr && tree->windows) {
+    return *tree->windows;
   }
-  if (moment_ && moment_->first == pid) {
-    return moment_->second;
+  if (momentPid_ == pid) {
+    return moment_;
   }
   const std::vector<AtspiElement::Parts> objects = topLevelObjects(pid, patience);
   const std::vector<FactsPtr> facts = learnAll(objects, Fact::name | Fact::parent | Fact::extents);
-  std::vector<Toplevel> result;
+  std::vector<Toplevel> toplevels;
   for (std::size_t i = 0; i < objects.size(); ++i) {
     if (facts[i] && isWindowRole(facts[i]->role)) {
-      result.push_back({objects[i].ref, toolkitOf(objects[i]), facts[i], std::nullopt});
+      toplevels.push_back({objects[i].ref, toolkitOf(objects[i]), facts[i], std::nullopt});
     }
   }
-  const std::vector<LocatedWindow> windows = locator_.windowsOf(pid);
-  matchWindows(result, windows);
-  const auto rank = [&windows](const Toplevel& toplevel) {
-    if (!toplevel.window) {
-      return windows.size();
-    }
-    const auto found = std::ranges::find(windows, toplevel.window->number, &LocatedWindow::number);
-    return static_cast<std::size_t>(found - windows.begin());
-  };
-  std::ranges::stable_sort(result, {}, rank);
+  moment_ = matched(std::move(toplevels), locator_.windowsOf(pid));
+  momentPid_ = pid;
   if (tree != nullptr && !tree->failed()) {
-    tree->toplevels = result;
+    tree->windows = moment_;
   }
-  moment_.emplace(pid, result);
-  return result;
+  return moment_;
 }
 
 std::optional<Toplevel> AtspiReader::toplevelOf(const AtspiElement::Parts& object) {
-  const std::vector<Toplevel> all = toplevels(object.pid, object.timeout);
+  const std::vector<Toplevel>& all = windowsOf(object.pid, object.timeout).toplevels;
   AtspiRef at = object.window.empty() ? object.ref : object.window;
   for (int depth = 0; depth < kMaxDepth; ++depth) {
     const auto found = std::ranges::find(all, at, &Toplevel::ref);
@@ -180,6 +189,9 @@ std::unique_ptr<TreeRead> AtspiReader::readTree(const AtspiElement::Parts& windo
   tree_ = std::make_shared<AtspiTree>(bus_, window.pid, deadline);
   auto scope = std::make_unique<Scope>(*this, tree_);
   // The toolkit's name is the first question: an application that hangs shows here.
+  if (toolkitOf(window) == Toolkit::gtk4) {
+    static_cast<void>(windowsOf(window.pid, window.timeout));
+  }
   reach(window);
   return scope;
 }

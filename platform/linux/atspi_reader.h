@@ -34,8 +34,8 @@ class AtspiReader {
   [[nodiscard]] std::vector<FactsPtr> learnAll(std::span<const AtspiElement::Parts> objects,
                                                FactSet wanted);
 
-  /// The top-level objects of a process with their windows: those with one first, front to back.
-  [[nodiscard]] std::vector<Toplevel> toplevels(Pid pid, Duration patience);
+  /// The top-level objects of a process with their windows.
+  [[nodiscard]] const ApplicationWindows& windowsOf(Pid pid, Duration patience);
 
   /// The top-level object that an object lies in; none when it cannot be found.
   [[nodiscard]] std::optional<Toplevel> toplevelOf(const AtspiElement::Parts& object);
@@ -54,7 +54,7 @@ class AtspiReader {
   [[nodiscard]] WindowLocator& locator() { return locator_; }
 
   /// Forgets what holds only for the length of one call of the service: where the windows are.
-  void beginCall() { moment_.reset(); }
+  void beginCall() { momentPid_ = 0; }
 
   /// The scope of `Accessibility::readTree`.
   [[nodiscard]] std::unique_ptr<TreeRead> readTree(const AtspiElement::Parts& window,
@@ -73,7 +73,8 @@ class AtspiReader {
   AtspiApplications applications_;
   WindowLocator& locator_;
   std::shared_ptr<AtspiTree> tree_;
-  std::optional<std::pair<Pid, std::vector<Toplevel>>> moment_;
+  Pid momentPid_ = 0;
+  ApplicationWindows moment_;
 };
 
 }  // namespace tarqo::lnx

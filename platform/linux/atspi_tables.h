@@ -24,6 +24,8 @@ enum class AtspiRole : std::uint32_t {
   menu = 33,
   menuBar = 34,
   menuItem = 35,
+  pageTab = 37,
+  pageTabList = 38,
   passwordText = 40,
   popupMenu = 41,
   radioButton = 44,

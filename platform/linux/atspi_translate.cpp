@@ -245,6 +245,14 @@ std::optional<Rect> plausible(const std::optional<Rect>& extents) {
   return extents;
 }
 
+bool hasFocus(const AtspiFacts& facts, Toolkit toolkit) {
+  // The links that GTK 3 makes of a label's words have no place, and all claim the focus; so does
+  // the front tab in Qt 5, wherever the focus is.
+  const bool falseClaim = !facts.has(AtspiInterface::component) ||
+                          (toolkit == Toolkit::qt && facts.is(AtspiRole::pageTab));
+  return facts.has(AtspiState::focused) && !falseClaim;
+}
+
 bool isHidden(const AtspiView& view) {
   if (view.inMenuBar) {
     return false;
@@ -290,8 +298,9 @@ std::optional<Value> plainAttribute(const AtspiView& view, std::string_view name
   if (name == "AXHidden") {
     return Value{isHidden(view)};
   }
-  if (name == "AXFocused" && (facts.has(AtspiState::focusable) || facts.has(AtspiState::focused))) {
-    return Value{facts.has(AtspiState::focused)};
+  const bool focused = hasFocus(facts, view.toolkit);
+  if (name == "AXFocused" && (facts.has(AtspiState::focusable) || focused)) {
+    return Value{focused};
   }
   if (name == "AXSelected" && facts.has(AtspiState::selectable) && !isMenuEntryRole(facts.role)) {
     return Value{facts.has(AtspiState::selected)};

@@ -43,6 +43,10 @@ struct AxRole {
 /// Whether it is not on the screen, as "AXHidden" says it.
 [[nodiscard]] bool isHidden(const AtspiView& view);
 
+/// Whether it is the object that has the focus. Some toolkits say so of objects that cannot have
+/// it.
+[[nodiscard]] bool hasFocus(const AtspiFacts& facts, Toolkit toolkit);
+
 /// The extents as told, when they can be a place on a screen: toolkits fill those of what is not
 /// laid out with INT_MIN or with whatever was in memory.
 [[nodiscard]] std::optional<Rect> plausible(const std::optional<Rect>& extents);

@@ -130,7 +130,8 @@ void AtspiTree::open(Stretch& stretch, const Node& node) {
 
 void AtspiTree::kindKnown(Stretch& stretch, const Node& node,
                           const std::shared_ptr<AtspiFacts>& facts) {
-  if (isWindow(*facts) && stretch.toolkit == Toolkit::gtk4) {
+  // What lies outside of the window is scrolled away, unless it is in a popover.
+  if (isWindow(*facts) && stretch.toolkit == Toolkit::gtk4 && windows && windows->popups.empty()) {
     window_ = plausible(facts->extents);
   }
   const AtspiView view{

@@ -38,7 +38,7 @@ class AtspiTree {
   /// Reads the stretch of the tree that begins with `object`, unless it was read before.
   void readAhead(const AtspiElement::Parts& object, Toolkit toolkit);
 
-  std::optional<std::vector<Toplevel>> toplevels;
+  std::optional<ApplicationWindows> windows;  ///< As they were when first asked for.
 
  private:
   struct Node {

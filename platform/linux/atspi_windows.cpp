@@ -55,7 +55,8 @@ void matchWindows(std::vector<Toplevel>& toplevels, const std::vector<LocatedWin
   for (std::size_t t = 0; t < toplevels.size(); ++t) {
     for (std::size_t w = 0; w < windows.size(); ++w) {
       const std::string& name = toplevels[t].facts->name;
-      const bool titled = !name.empty() && name == windows[w].title;
+      // Popups bear the program's name, as may a window.
+      const bool titled = !name.empty() && name == windows[w].title && !windows[w].overrideRedirect;
       const double apart = resemblance(toplevels[t], windows[w]);
       // An object without a title is a window only where it lies exactly: toolkits keep unused
       // ones.
@@ -74,6 +75,15 @@ void matchWindows(std::vector<Toplevel>& toplevels, const std::vector<LocatedWin
       taken[pair.window] = true;
     }
   }
+}
+
+const LocatedWindow* popupOfSize(const ApplicationWindows& windows, const Rect& extents) {
+  for (const LocatedWindow& popup : windows.popups) {
+    if (distance(extents, popup.client, true) < 1) {
+      return &popup;
+    }
+  }
+  return nullptr;
 }
 
 Point screenOffset(const Toplevel& toplevel) {

@@ -19,11 +19,22 @@ struct Toplevel {
   std::optional<LocatedWindow> window;
 };
 
+/// What is known of an application's windows at one moment.
+struct ApplicationWindows {
+  std::vector<Toplevel> toplevels;    ///< Those with a window first, front to back.
+  std::vector<LocatedWindow> popups;  ///< Windows that no manager handles, front to back.
+};
+
 /// Gives every object the window that it resembles most, by title, place and size, and no window to
 /// two objects. `windows` is front to back; of equals the front one is taken first.
 void matchWindows(std::vector<Toplevel>& toplevels, const std::vector<LocatedWindow>& windows);
 
 /// How far the coordinates told by an object below `toplevel` are from the screen's.
 [[nodiscard]] Point screenOffset(const Toplevel& toplevel);
+
+/// The popup that an object is drawn in, told by its size: GTK 4 makes a window for every popover
+/// and tells places in it from where its opener is. Null when there is none.
+[[nodiscard]] const LocatedWindow* popupOfSize(const ApplicationWindows& windows,
+                                               const Rect& extents);
 
 }  // namespace tarqo::lnx

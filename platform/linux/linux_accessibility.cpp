@@ -15,7 +15,8 @@ Element LinuxAccessibility::application(Pid pid, Duration messagingTimeout) {
 AtspiView LinuxAccessibility::viewOf(const Parts& object, const AtspiFacts& facts) {
   AtspiView view{facts, reader_.toolkitOf(object), object.facet, object.place, object.inMenuBar};
   // GTK 4 gives rows that are scrolled away a place outside of their window.
-  if (view.toolkit == Toolkit::gtk4 && facts.extents && !isWindow(facts)) {
+  if (view.toolkit == Toolkit::gtk4 && facts.extents && !isWindow(facts) &&
+      reader_.windowsOf(object.pid, object.timeout).popups.empty()) {
     if (const std::optional<Toplevel> top = reader_.toplevelOf(object)) {
       view.window = plausible(top->facts->extents);
     }
@@ -127,7 +128,9 @@ bool LinuxAccessibility::isSettable(const Element& element, std::string_view nam
     return true;
   }
   if (name == "AXFocused") {
-    return facts->has(AtspiState::focusable) && facts->has(AtspiInterface::component);
+    // GTK 4 implements the call by refusing it.
+    return facts->has(AtspiState::focusable) && facts->has(AtspiInterface::component) &&
+           reader_.toolkitOf(object) != Toolkit::gtk4;
   }
   return name == "AXValue" && hasSettableValue(viewOf(object, *facts));
 }

@@ -63,22 +63,25 @@ class LinuxAccessibility final : public Accessibility {
 
   // Attributes that lead to other elements, and places.
   [[nodiscard]] std::optional<Rect> frameOf(const Parts& object, const AtspiFacts& facts);
+  [[nodiscard]] std::optional<Point> offsetOf(const Parts& object);
   [[nodiscard]] Values childrenOf(const Parts& object, const AtspiFacts& facts);
   [[nodiscard]] std::vector<AtspiRef> shownChildren(const Parts& object, const AtspiFacts& facts);
   [[nodiscard]] std::optional<Element> parentOf(const Parts& object, const AtspiFacts& facts);
   [[nodiscard]] Parts asMet(Parts object);
 
   // Deeds.
-  [[nodiscard]] bool act(const Parts& object, int index);
   [[nodiscard]] bool setText(const Parts& object, const std::string& text);
   [[nodiscard]] bool setNumber(const Parts& object, double number);
   [[nodiscard]] bool grabFocus(const Parts& object);
   [[nodiscard]] std::optional<WindowNumber> windowNumber(const Parts& window);
 
   // Hit tests.
-  [[nodiscard]] std::optional<AtspiRef> hitFrom(const Parts& top, Point point);
+  [[nodiscard]] std::vector<Parts> hitCandidates(const LocatedWindow& window, Point point);
+  [[nodiscard]] std::optional<AtspiRef> popupObject(const Parts& top, const LocatedWindow& popup,
+                                                    Point point);
+  [[nodiscard]] AtspiRef deepestAt(const Parts& start, Point point);
   [[nodiscard]] std::optional<AtspiRef> childAt(const Parts& object, Point point);
-  [[nodiscard]] std::vector<Toplevel> toplevelsAt(const LocatedWindow& window, Point point);
+  [[nodiscard]] std::optional<AtspiRef> inPageAt(const Parts& tabList, Point point);
 
   AtspiEvents& events_;
   AtspiBus bus_;

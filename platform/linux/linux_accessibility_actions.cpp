@@ -121,7 +121,7 @@ bool LinuxAccessibility::grabFocus(const Parts& object) {
 }
 
 std::optional<WindowNumber> LinuxAccessibility::windowNumber(const Parts& window) {
-  const std::vector<Toplevel> all = reader_.toplevels(window.pid, window.timeout);
+  const std::vector<Toplevel>& all = reader_.windowsOf(window.pid, window.timeout).toplevels;
   const auto found = std::ranges::find(all, window.ref, &Toplevel::ref);
   if (found == all.end() || !found->window) {
     return std::nullopt;

@@ -1,6 +1,7 @@
 // What an application element and its windows tell.
 #include <algorithm>
 
+#include "platform/linux/atspi_search.h"
 #include "platform/linux/linux_accessibility.h"
 
 namespace tarqo::lnx {
@@ -8,7 +9,7 @@ namespace {
 
 /// A menu bar lies a few containers below its window, among few objects. Pages and documents, which
 /// hold many, do not hold one.
-constexpr int kMenuBarDepth = 4;
+constexpr std::size_t kMenuBarSearch = 150;
 constexpr std::size_t kMenuBarBreadth = 64;
 
 /// Objects looked at for the focus where the toolkit cannot search.
@@ -70,7 +71,8 @@ std::optional<Value> LinuxAccessibility::applicationAttribute(const Parts& appli
 
 std::vector<Element> LinuxAccessibility::windowsOf(const Parts& application) {
   std::vector<Element> result;
-  for (const Toplevel& toplevel : reader_.toplevels(application.pid, application.timeout)) {
+  for (const Toplevel& toplevel :
+       reader_.windowsOf(application.pid, application.timeout).toplevels) {
     if (!isOnlyRegistered(toplevel)) {
       result.push_back(makeElement({.pid = application.pid,
                                     .timeout = application.timeout,
@@ -82,7 +84,8 @@ std::vector<Element> LinuxAccessibility::windowsOf(const Parts& application) {
 }
 
 std::optional<Element> LinuxAccessibility::focusedWindow(const Parts& application) {
-  const std::vector<Toplevel> all = reader_.toplevels(application.pid, application.timeout);
+  const std::vector<Toplevel>& all =
+      reader_.windowsOf(application.pid, application.timeout).toplevels;
   const auto make = [&application](const Toplevel& toplevel) {
     return makeElement({.pid = application.pid,
                         .timeout = application.timeout,
@@ -111,7 +114,8 @@ std::optional<Element> LinuxAccessibility::focusedElement(const Parts& applicati
     Parts object = top;
     object.ref = *last;
     const FactsPtr facts = reader_.learn(object, Fact::kind);
-    if (facts && facts->has(AtspiState::focused) && isShowing(*facts, reader_.toolkitOf(object))) {
+    if (facts && hasFocus(*facts, reader_.toolkitOf(object)) &&
+        isShowing(*facts, reader_.toolkitOf(object))) {
       const std::optional<Toplevel> its =
           reader_.toplevelOf({.pid = top.pid, .timeout = top.timeout, .ref = *last});
       if (its && its->ref == top.ref) {
@@ -128,37 +132,19 @@ std::optional<Element> LinuxAccessibility::focusedElement(const Parts& applicati
 }
 
 std::optional<AtspiRef> LinuxAccessibility::focusedBelow(const Parts& window) {
-  const FactsPtr top = reader_.learn(window, Fact::kind | Fact::children);
-  if (!top || !top->children) {
-    return std::nullopt;
-  }
   const Toolkit toolkit = reader_.toolkitOf(window);
-  std::vector<AtspiRef> level = *top->children;
   std::optional<AtspiRef> found;
-  std::size_t seen = 0;
-  while (!level.empty() && seen < kFocusSearch) {
-    level.resize(std::min(level.size(), kFocusSearch - seen));
-    seen += level.size();
-    std::vector<Parts> objects(level.size(), window);
-    for (std::size_t i = 0; i < level.size(); ++i) {
-      objects[i].ref = level[i];
-    }
-    const std::vector<FactsPtr> facts = reader_.learnAll(objects, Fact::kind | Fact::children);
-    std::vector<AtspiRef> next;
-    for (std::size_t i = 0; i < level.size(); ++i) {
-      if (!facts[i] || !isShowing(*facts[i], toolkit)) {
-        continue;
-      }
-      if (facts[i]->has(AtspiState::focused) && facts[i]->has(AtspiInterface::component)) {
-        found = level[i];
-      }
-      if (facts[i]->children && !facts[i]->has(AtspiState::managesDescendants)) {
-        next.insert(next.end(), facts[i]->children->begin(), facts[i]->children->end());
-      }
-    }
-    level = std::move(next);
-  }
-  // The deepest one found: pages say "focused" of themselves and of what is focused in them.
+  searchBelow(reader_, window, Fact::kind, kFocusSearch,
+              [&](const Parts& object, const AtspiFacts& facts) {
+                if (!isShowing(facts, toolkit)) {
+                  return Visit::skip;
+                }
+                // The deepest one counts: pages say "focused" of themselves and of what is in them.
+                if (hasFocus(facts, toolkit)) {
+                  found = object.ref;
+                }
+                return facts.has(AtspiState::managesDescendants) ? Visit::skip : Visit::descend;
+              });
   return found;
 }
 
@@ -178,28 +164,17 @@ std::optional<Element> LinuxAccessibility::menuBar(const Parts& application) {
 }
 
 std::optional<AtspiRef> LinuxAccessibility::menuBarBelow(const Parts& window) {
-  std::vector<Parts> level{window};
-  for (int depth = 0; depth <= kMenuBarDepth && !level.empty(); ++depth) {
-    const std::vector<FactsPtr> facts = reader_.learnAll(level, Fact::kind | Fact::children);
-    std::vector<Parts> next;
-    for (std::size_t i = 0; i < level.size(); ++i) {
-      if (!facts[i] || facts[i]->is(AtspiRole::documentWeb)) {
-        continue;
-      }
-      if (facts[i]->is(AtspiRole::menuBar)) {
-        return level[i].ref;
-      }
-      if (!facts[i]->children || facts[i]->children->size() > kMenuBarBreadth) {
-        continue;
-      }
-      for (const AtspiRef& child : *facts[i]->children) {
-        next.push_back(window);
-        next.back().ref = child;
-      }
-    }
-    level = std::move(next);
-  }
-  return std::nullopt;
+  std::optional<AtspiRef> found;
+  searchBelow(reader_, window, Fact::kind, kMenuBarSearch,
+              [&found](const Parts& object, const AtspiFacts& facts) {
+                if (facts.is(AtspiRole::menuBar) && !found) {
+                  found = object.ref;
+                }
+                const bool holdsMany = facts.is(AtspiRole::documentWeb) ||
+                                       (facts.children && facts.children->size() > kMenuBarBreadth);
+                return found || holdsMany ? Visit::skip : Visit::descend;
+              });
+  return found;
 }
 
 std::optional<Value> LinuxAccessibility::windowAttribute(const Parts& window,
@@ -213,7 +188,9 @@ std::optional<Value> LinuxAccessibility::windowAttribute(const Parts& window,
   if (!ofWindow) {
     return std::nullopt;
   }
-  const std::optional<Toplevel> top = reader_.toplevelOf(window);
+  Parts self = window;
+  self.window = window.ref;
+  const std::optional<Toplevel> top = reader_.toplevelOf(self);
   if (!top || !top->window) {
     return std::nullopt;
   }

@@ -1,6 +1,7 @@
 // Hit tests: what lies under a point of the screen.
 #include <algorithm>
 
+#include "platform/linux/atspi_search.h"
 #include "platform/linux/linux_accessibility.h"
 
 namespace tarqo::lnx {
@@ -9,7 +10,19 @@ namespace {
 /// The deepest tree that a hit test follows.
 constexpr int kMaxDepth = 60;
 
+/// Objects looked at for the one that a popup shows.
+constexpr std::size_t kPopupSearch = 600;
+
 constexpr Duration kDefaultTimeout = std::chrono::milliseconds(300);
+
+bool isMenuPart(const AtspiFacts& facts) {
+  return isMenuEntryRole(facts.role) || facts.is(AtspiRole::menuBar) ||
+         facts.is(AtspiRole::popupMenu);
+}
+
+bool hasSizeOf(const Rect& extents, const LocatedWindow& popup) {
+  return extents.width == popup.client.width && extents.height == popup.client.height;
+}
 
 }  // namespace
 
@@ -19,45 +32,103 @@ std::optional<Element> LinuxAccessibility::elementAt(Point point) {
   if (!window || window->pid == 0 || debts_.owes(window->pid)) {
     return std::nullopt;
   }
-  const Parts context{.pid = window->pid, .timeout = kDefaultTimeout};
-  for (const Toplevel& toplevel : toplevelsAt(*window, point)) {
-    Parts top = context;
-    top.ref = toplevel.ref;
-    top.window = toplevel.ref;
-    if (std::optional<AtspiRef> hit = hitFrom(top, point)) {
-      Parts object = top;
-      object.ref = *std::move(hit);
+  for (const Parts& start : hitCandidates(*window, point)) {
+    Parts object = start;
+    object.ref = deepestAt(start, point);
+    if (reader_.learn(object, Fact::kind)) {
       return makeElement(asMet(std::move(object)));
     }
   }
   return std::nullopt;
 }
 
-std::vector<Toplevel> LinuxAccessibility::toplevelsAt(const LocatedWindow& window, Point point) {
-  std::vector<Toplevel> result;
-  for (Toplevel& toplevel : reader_.toplevels(window.pid, kDefaultTimeout)) {
-    const std::optional<Rect> extents = plausible(toplevel.facts->extents);
-    const bool its = toplevel.window && toplevel.window->number == window.number;
-    // A popup is drawn by whichever object says that it is there.
-    const bool popup = window.overrideRedirect && !toplevel.window && extents &&
-                       extents->contains(point) && toplevel.facts->has(AtspiState::showing);
-    if (its || popup) {
-      result.push_back(std::move(toplevel));
+/// The objects to start from: the window's own, or what shows itself in a popup.
+std::vector<AtspiElement::Parts> LinuxAccessibility::hitCandidates(const LocatedWindow& window,
+                                                                   Point point) {
+  std::vector<Parts> result;
+  const std::vector<Toplevel> all = reader_.windowsOf(window.pid, kDefaultTimeout).toplevels;
+  const auto partsOf = [&window](const Toplevel& toplevel) {
+    return Parts{
+        .pid = window.pid, .timeout = kDefaultTimeout, .ref = toplevel.ref, .window = toplevel.ref};
+  };
+  for (const Toplevel& toplevel : all) {
+    if (toplevel.window && toplevel.window->number == window.number) {
+      return {partsOf(toplevel)};
+    }
+  }
+  for (const Toplevel& toplevel : all) {
+    if (!window.overrideRedirect || !toplevel.window || toplevel.window->overrideRedirect) {
+      continue;
+    }
+    Parts top = partsOf(toplevel);
+    if (std::optional<AtspiRef> shown = popupObject(top, window, point)) {
+      top.ref = *std::move(shown);
+      result.push_back(std::move(top));
     }
   }
   return result;
+}
+
+/// What a popup without an object of its own at the top shows: an entry of an open menu (GTK 3,
+/// Qt), or the popover of its size (GTK 4).
+std::optional<AtspiRef> LinuxAccessibility::popupObject(const Parts& top,
+                                                        const LocatedWindow& popup, Point point) {
+  const Toolkit toolkit = reader_.toolkitOf(top);
+  const bool bySize = toolkit == Toolkit::gtk4;
+  Parts start = top;
+  if (!bySize) {
+    const std::optional<AtspiRef> bar = menuBarBelow(top);
+    if (!bar) {
+      return std::nullopt;
+    }
+    start.ref = *bar;
+  }
+  std::optional<AtspiRef> found;
+  searchBelow(reader_, start, Fact::kind | Fact::extents, kPopupSearch,
+              [&](const Parts& object, const AtspiFacts& facts) {
+                if (!isShowing(facts, toolkit) || (!bySize && !isMenuPart(facts))) {
+                  return Visit::skip;
+                }
+                const std::optional<Rect> extents = plausible(facts.extents);
+                if (bySize && found) {
+                  return Visit::skip;
+                }
+                if (extents && (bySize ? hasSizeOf(*extents, popup) : extents->contains(point))) {
+                  found = object.ref;
+                }
+                return Visit::descend;
+              });
+  return found;
+}
+
+/// GTK 3 answers one level at a time, the other toolkits the deepest object at once; asking on
+/// until nothing deeper comes serves them all.
+AtspiRef LinuxAccessibility::deepestAt(const Parts& start, Point point) {
+  Parts at = start;
+  std::vector<AtspiRef> seen{start.ref};
+  for (int depth = 0; depth < kMaxDepth; ++depth) {
+    std::optional<AtspiRef> next = childAt(at, point);
+    if (!next) {
+      next = inPageAt(at, point);
+    }
+    if (!next || std::ranges::find(seen, *next) != seen.end()) {
+      break;
+    }
+    seen.push_back(*next);
+    at.ref = *std::move(next);
+  }
+  return at.ref;
 }
 
 std::optional<AtspiRef> LinuxAccessibility::childAt(const Parts& object, Point point) {
   Point local = point;
   std::uint32_t ofWindow = 0;
   if (reader_.toolkitOf(object) == Toolkit::gtk4) {
-    const std::optional<Toplevel> top = reader_.toplevelOf(object);
-    if (!top) {
+    const std::optional<Point> offset = offsetOf(object);
+    if (!offset) {
       return std::nullopt;
     }
-    const Point offset = screenOffset(*top);
-    local = {point.x - offset.x, point.y - offset.y};
+    local = {point.x - offset->x, point.y - offset->y};
     ofWindow = 1;
   }
   std::optional<AtspiRef> found;
@@ -73,24 +144,27 @@ std::optional<AtspiRef> LinuxAccessibility::childAt(const Parts& object, Point p
   return found && !found->empty() && *found != object.ref ? found : std::nullopt;
 }
 
-/// GTK 3 answers one level at a time, the other toolkits the deepest object at once; asking on
-/// until nothing deeper comes serves them all.
-std::optional<AtspiRef> LinuxAccessibility::hitFrom(const Parts& top, Point point) {
-  const FactsPtr facts = reader_.learn(top, Fact::kind);
-  if (!facts) {
+/// In GTK 3 the page of a tab hangs on the tab, far from where the tab is, so that looking by place
+/// never gets there.
+std::optional<AtspiRef> LinuxAccessibility::inPageAt(const Parts& tabList, Point point) {
+  const FactsPtr list = reader_.learn(tabList, Fact::kind);
+  if (!list || !list->is(AtspiRole::pageTabList)) {
     return std::nullopt;
   }
-  Parts at = top;
-  std::vector<AtspiRef> seen{top.ref};
-  for (int depth = 0; depth < kMaxDepth; ++depth) {
-    const std::optional<AtspiRef> next = childAt(at, point);
-    if (!next || std::ranges::find(seen, *next) != seen.end()) {
-      break;
-    }
-    seen.push_back(*next);
-    at.ref = *next;
-  }
-  return at.ref;
+  const Toolkit toolkit = reader_.toolkitOf(tabList);
+  std::optional<AtspiRef> found;
+  searchBelow(reader_, tabList, Fact::kind | Fact::extents, kPopupSearch,
+              [&](const Parts& object, const AtspiFacts& facts) {
+                if (facts.is(AtspiRole::pageTab)) {
+                  return Visit::descend;
+                }
+                const std::optional<Rect> extents = plausible(facts.extents);
+                if (isShowing(facts, toolkit) && extents && extents->contains(point)) {
+                  found = object.ref;
+                }
+                return Visit::skip;
+              });
+  return found;
 }
 
 }  // namespace tarqo::lnx

@@ -6,6 +6,9 @@
 namespace tarqo::lnx {
 namespace {
 
+/// The deepest tree that a popup is looked for in.
+constexpr int kMaxDepth = 60;
+
 /// A menu bar has few siblings; longer lists of children are not looked through for one.
 constexpr std::size_t kMenuBarSiblings = 32;
 
@@ -48,12 +51,33 @@ std::optional<Rect> LinuxAccessibility::frameOf(const Parts& object, const Atspi
   if (reader_.toolkitOf(object) != Toolkit::gtk4) {
     return told;
   }
+  const std::optional<Point> offset = offsetOf(object);
+  if (!offset) {
+    return std::nullopt;
+  }
+  return Rect{told->x + offset->x, told->y + offset->y, told->width, told->height};
+}
+
+std::optional<Point> LinuxAccessibility::offsetOf(const Parts& object) {
   const std::optional<Toplevel> top = reader_.toplevelOf(object);
   if (!top || !top->window) {
     return std::nullopt;
   }
-  const Point offset = screenOffset(*top);
-  return Rect{told->x + offset.x, told->y + offset.y, told->width, told->height};
+  const ApplicationWindows& windows = reader_.windowsOf(object.pid, object.timeout);
+  Parts at = object;
+  for (int depth = 0; depth < kMaxDepth && !windows.popups.empty(); ++depth) {
+    const FactsPtr facts = reader_.learn(at, Fact::extents | Fact::parent);
+    const std::optional<Rect> extents = facts ? plausible(facts->extents) : std::nullopt;
+    const LocatedWindow* popup = extents ? popupOfSize(windows, *extents) : nullptr;
+    if (popup != nullptr) {
+      return Point{popup->client.x - extents->x, popup->client.y - extents->y};
+    }
+    if (!facts || !facts->parent || *facts->parent == top->ref) {
+      break;
+    }
+    at.ref = *facts->parent;
+  }
+  return screenOffset(*top);
 }
 
 std::vector<AtspiRef> LinuxAccessibility::shownChildren(const Parts& object,

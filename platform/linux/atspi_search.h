@@ -1,0 +1,21 @@
+// Searches below an object, level by level, each level in one batch.
+#pragma once
+
+#include <cstddef>
+#include <functional>
+
+#include "platform/linux/atspi_reader.h"
+
+namespace tarqo::lnx {
+
+enum class Visit { skip, descend };
+
+/// Called with each object and what was learnt of it; says whether to look below it.
+using Visitor = std::function<Visit(const AtspiElement::Parts& object, const AtspiFacts& facts)>;
+
+/// Shows `visit` every object below `start`, nearest levels first and at most `limit` of them, but
+/// for what lies below an object it skipped. Ends early when the application fails to answer.
+void searchBelow(AtspiReader& reader, const AtspiElement::Parts& start, FactSet wanted,
+                 std::size_t limit, const Visitor& visit);
+
+}  // namespace tarqo::lnx
