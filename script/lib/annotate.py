@@ -31,6 +31,8 @@ def annotated(result):
         y = (box["y"] - bounds["y"]) * scale_y
         colour = "#0a0" if node["clickable"] else "#888"
         number = node["id"].rsplit(":", 1)[1]
+        tag = 4 + 6 * len(number)  # At the right, since most texts begin at the left.
+        right = x + box["width"] * scale_x
         title = html.escape("%s %s" % (node["role"], node["name"]))
         parts.append(
             '<g><title>%s</title><rect x="%.1f" y="%.1f" width="%.1f" height="%.1f" fill="none" '
@@ -39,7 +41,7 @@ def annotated(result):
             parts.append(
                 '<rect x="%.1f" y="%.1f" width="%d" height="11" fill="%s"/>'
                 '<text x="%.1f" y="%.1f" fill="#fff">%s</text>'
-                % (x, y, 4 + 6 * len(number), colour, x + 2, y + 9, number))
+                % (right - tag, y, tag, colour, right - tag + 2, y + 9, number))
         parts.append("</g>")
     parts.append("</g></svg>")
     return "\n".join(parts) + "\n"
