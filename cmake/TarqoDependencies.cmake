@@ -11,7 +11,6 @@ if(NOT APPLE)
     pkg_check_modules(SYSTEMD REQUIRED IMPORTED_TARGET libsystemd)
     pkg_check_modules(XCB REQUIRED IMPORTED_TARGET
       xcb xcb-shm xcb-composite xcb-res xcb-damage xcb-xtest xcb-randr)
-    pkg_check_modules(GIO REQUIRED IMPORTED_TARGET gio-unix-2.0)
   endif()
 endif()
 
