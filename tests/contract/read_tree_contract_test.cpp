@@ -34,6 +34,20 @@ std::ostream& operator<<(std::ostream& out, const Seen& seen) {
 
 class ReadTreeContract : public TargetContract {
  protected:
+  // What a walk visits: it leaves out hidden elements with all that is beneath them, so a backend
+  // need not read those ahead.
+  [[nodiscard]] std::vector<Element> shownTree() const {
+    std::vector<Element> found{window()};
+    for (std::size_t i = 0; i < found.size(); ++i) {
+      for (const Element& child : elements(found[i], "AXChildren")) {
+        if (read<bool>(child, "AXHidden") != true) {
+          found.push_back(child);
+        }
+      }
+    }
+    return found;
+  }
+
   [[nodiscard]] Seen see(const Element& element) const {
     Seen seen;
     for (const auto& value : ax.attributes(element, kNames)) {
@@ -53,13 +67,13 @@ class ReadTreeContract : public TargetContract {
 TEST_F(ReadTreeContract, EqualsReadingLive) {
   std::vector<Element> live;
   std::vector<Seen> liveSeen;
-  for (const Element& element : tree(window())) {
+  for (const Element& element : shownTree()) {
     live.push_back(element);
     liveSeen.push_back(see(element));
   }
 
   const auto scope = ax.readTree(window(), clock.now() + 4s);
-  const std::vector<Element> ahead = tree(window());
+  const std::vector<Element> ahead = shownTree();
 
   ASSERT_EQ(ahead.size(), live.size());
   for (std::size_t i = 0; i < ahead.size(); ++i) {
@@ -96,7 +110,7 @@ TEST_F(ReadTreeContract, StopsAtTheDeadlineOfAHungApplication) {
 
 TEST_F(ReadTreeContract, ReadsNothingAheadOnceTheDeadlineHasPassed) {
   const Instant begin = clock.now();
-  const auto scope = ax.readTree(window(), begin - 1s);
+  { const auto scope = ax.readTree(window(), begin - 1s); }
   EXPECT_LT(clock.now() - begin, 200ms);
   EXPECT_EQ(text(window(), "AXRole"), "AXWindow");
 }
