@@ -95,6 +95,7 @@ TEST_F(ProcessesContract, ReadAndRemoveFiles) {
 using PermissionsContract = Contract;
 
 TEST_F(PermissionsContract, AreThereWhereTheContractIsTried) {
+  platform.permissions.promptForAccessibility();  // Where that is what switches it on.
   EXPECT_TRUE(platform.permissions.accessibilityTrusted());
   EXPECT_TRUE(platform.permissions.captureAccess());
   EXPECT_FALSE(platform.permissions.accessibilityObstacle());
