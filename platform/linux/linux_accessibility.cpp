@@ -38,6 +38,9 @@ std::vector<std::optional<Value>> LinuxAccessibility::attributes(
   }
   std::vector<std::optional<Value>> values;
   if (ours->isApplication()) {
+    if (reader_.applications().of(ours->parts().pid, ours->parts().timeout).empty()) {
+      return {};
+    }
     for (const std::string_view name : names) {
       values.push_back(applicationAttribute(ours->parts(), name));
     }
