@@ -4,18 +4,26 @@ Every suite runs in a private desktop (see CMakeLists.txt here), with TARQO_HELP
 helper and TARQO_APPS the folder of our test applications.
 """
 
+import contextlib
 import os
-import queue
+import signal
 import subprocess
-import threading
+import sys
+import tempfile
 import time
 import unittest
 
-from tarqo_client import Helper, HelperError, find_node, nodes_of  # noqa: F401, re-exported
+from tarqo_client import Helper, HelperError, find_node, nodes_of
 
 HELPER = os.environ["TARQO_HELPER"]
 APPS = os.environ["TARQO_APPS"]
+SCRIPTS = os.path.join(os.path.dirname(os.path.dirname(os.path.abspath(__file__))), "apps")
 READY_SECONDS = 30
+
+GTK3 = [os.path.join(APPS, "gtk3_app")]
+GTK4 = [sys.executable, os.path.join(SCRIPTS, "gtk4_app.py")]
+QT = [sys.executable, os.path.join(SCRIPTS, "qt_app.py")]
+CHROMIUM = [sys.executable, os.path.join(SCRIPTS, "chromium_app.py")]
 
 
 def wait_until(condition, seconds, what):
@@ -30,45 +38,73 @@ def wait_until(condition, seconds, what):
         time.sleep(0.01)
 
 
-class App:
-    """A running test application whose log lines are collected as they come."""
+def is_alive(pid):
+    try:
+        with open("/proc/%d/stat" % pid, encoding="utf-8", errors="replace") as stat:
+            return stat.read().rpartition(")")[2].split()[0] not in "ZX"
+    except (FileNotFoundError, ProcessLookupError):
+        return False
 
-    def __init__(self, command, env=None):
-        self._process = subprocess.Popen(
-            command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
-            text=True, env=env)
-        self._lines = queue.Queue()
-        self.log = []
-        threading.Thread(target=self._collect, daemon=True).start()
-        self.wait_for("ready", READY_SECONDS)
 
-    def _collect(self):
-        for line in self._process.stdout:
-            self._lines.put(line.rstrip("\n"))
+def end_process(pid):
+    """Kills a process that is no child of ours, and waits until it is gone."""
+    with contextlib.suppress(ProcessLookupError):
+        os.kill(pid, signal.SIGKILL)
+    wait_until(lambda: not is_alive(pid), 10, "process %d ends" % pid)
 
-    @property
-    def pid(self):
-        return self._process.pid
 
-    def lines(self):
-        """Every line so far."""
-        while True:
-            try:
-                self.log.append(self._lines.get_nowait())
-            except queue.Empty:
-                return list(self.log)
+class AppLog:
+    """The lines that a test application appends to the file that TARQO_APP_LOG names."""
+
+    def __init__(self):
+        descriptor, self.path = tempfile.mkstemp(prefix="app-log.")
+        os.close(descriptor)
+        self._forgotten = 0
+
+    def environment(self, env=None):
+        """The environment of an application that shall log here."""
+        return dict(os.environ if env is None else env, TARQO_APP_LOG=self.path)
+
+    def _all(self):
+        with open(self.path, encoding="utf-8") as file:
+            return [line.rstrip("\n") for line in file if line.endswith("\n")]
+
+    def lines(self, start=""):
+        """Every line so far that starts so."""
+        return [line for line in self._all()[self._forgotten:] if line.startswith(start)]
 
     def count(self, line):
         return self.lines().count(line)
 
     def wait_for(self, line, seconds=5):
         wait_until(lambda: line in self.lines(), seconds,
-                   "the application logs %r (it logged %r)" % (line, self.log[-5:]))
+                   "the application logs %r (it logged %r)" % (line, self.lines()[-5:]))
 
     def forget(self):
         """Starts the log anew."""
-        self.lines()
-        self.log.clear()
+        self._forgotten = len(self._all())
+
+
+class App(AppLog):
+    """A running test application and its log."""
+
+    def __init__(self, command, env=None):
+        super().__init__()
+        self._process = subprocess.Popen(
+            command, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+            stderr=subprocess.DEVNULL, env=self.environment(env))
+        try:
+            self.wait_for("ready", READY_SECONDS)
+        except AssertionError:
+            self.close()
+            raise
+
+    @property
+    def pid(self):
+        return self._process.pid
+
+    def send_signal(self, number):
+        self._process.send_signal(number)
 
     def close(self):
         self._process.kill()
@@ -79,27 +115,41 @@ class HelperTest(unittest.TestCase):
     """A test with a running helper of its own."""
 
     def setUp(self):
-        self.helper = Helper(HELPER)
+        self.start_helper()
+
+    def start_helper(self, env=None):
+        self.helper = Helper(HELPER, env=env)
         self.addCleanup(self.helper.close)
 
     def call(self, method, timeout=30, **args):
         return self.helper.call(method, args, timeout)
 
-    def fails(self, method, **args):
+    def fails(self, method, timeout=30, **args):
         """The error of a call that must fail."""
         with self.assertRaises(HelperError) as caught:
-            self.call(method, **args)
+            self.call(method, timeout, **args)
         return caught.exception
 
-    def node(self, name, role=None, **args):
-        """A node of a new observation, by name."""
+    def start_app(self, command, *options, env=None):
+        app = App([*command, *options], env)
+        self.addCleanup(app.close)
+        return app
+
+    def observe(self, **args):
         args.setdefault("image", False)
-        observation = self.call("observe", **args)
+        return self.call("observe", **args)
+
+    def node_in(self, observation, name, role=None):
+        """A node of an observation, by name; a failed test when there is none."""
         node = find_node(observation, name, role)
         self.assertIsNotNone(
             node, "no %s called %r among %r"
             % (role or "node", name, [(n["role"], n["name"]) for n in nodes_of(observation)]))
         return node
+
+    def node(self, name, role=None, **args):
+        """A node of a new observation, by name."""
+        return self.node_in(self.observe(**args), name, role)
 
     def click(self, name, role=None, **args):
         """Observes, clicks the node of that name, and gives the result."""

@@ -1,0 +1,154 @@
+"""One click request activates exactly once: what every toolkit must keep to.
+
+Each test clicks one control, waits until the application has settled and a second more, and reads
+in the application's own log what was activated.
+"""
+
+import contextlib
+import os
+import subprocess
+import sys
+import time
+
+import x_windows
+from e2e import HelperError, nodes_of, wait_until
+
+AFTERMATH_SECONDS = 1.0
+
+
+@contextlib.contextmanager
+def busy_machine():
+    """Twice as many busy processes as there are processors."""
+    burners = [subprocess.Popen([sys.executable, "-c", "while True: pass"])
+               for _ in range(2 * (os.cpu_count() or 1))]
+    try:
+        yield
+    finally:
+        for burner in burners:
+            burner.kill()
+            burner.wait()
+
+
+class OneClick:
+    """The means, for a ToolkitTest."""
+
+    def settled(self):
+        with contextlib.suppress(HelperError):
+            self.call("settle")
+        time.sleep(AFTERMATH_SECONDS)
+
+    def expect_once(self, node, start):
+        """Clicks a node: exactly one line of the log starts like that. Gives the click's result."""
+        self.app.forget()
+        result = self.call("click", nodeId=node["id"])
+        self.settled()
+        self.assertEqual(len(self.app.lines(start)), 1,
+                         "%r logged %r" % (result, self.app.lines()))
+        return result
+
+    def expect_each_once(self, name, role, start, repeats):
+        for _ in range(repeats):
+            self.expect_once(self.node(name, role), start)
+
+    def menu_item(self, observation, *path):
+        """The menu bar's node of that path, menu by menu."""
+        for node in nodes_of(observation):
+            if node.get("command") == list(path):
+                return node
+        raise AssertionError("no command %r among %r" % (
+            path, [n["command"] for n in nodes_of(observation) if "command" in n]))
+
+
+class OneClickTests(OneClick):
+    """Mixin: buttons and check boxes."""
+
+    REPEATS = 4
+
+    def test_a_button_that_changes_a_label(self):
+        self.expect_each_once("Save", "button", "clicked", self.REPEATS)
+        self.node("Status: saved %d" % self.REPEATS)
+
+    def test_a_button_that_announces_nothing(self):
+        self.expect_each_once("Quiet", "button", "clicked", self.REPEATS)
+
+    def test_a_check_box_that_changes_a_label(self):
+        self.expect_each_once("Agree", "checkbox", "toggled", self.REPEATS)
+
+    def test_a_check_box_that_announces_nothing(self):
+        self.expect_each_once("Plain", "checkbox", "toggled", self.REPEATS)
+
+    def test_under_load(self):
+        with busy_machine():
+            for _ in range(3):
+                for name, role, start in (("Quiet", "button", "clicked"),
+                                          ("Plain", "checkbox", "toggled"),
+                                          ("Save", "button", "clicked")):
+                    self.expect_once(self.node(name, role), start)
+
+
+class OneDialogClickTests(OneClick):
+    """Mixin: a button whose handler opens a dialog, and the dialog's own buttons."""
+
+    def test_a_button_that_opens_a_dialog(self):
+        for round_ in range(3):
+            self.expect_once(self.node("Open dialog", "button"), "clicked Open dialog")
+            self.assertEqual(self.app.count("dialog opened"), 1)
+            answer = ("OK", "Cancel")[round_ % 2]
+            self.expect_once(self.dialog_button(answer), "dialog answered " + answer)
+
+    def dialog_button(self, name):
+        """A button of the dialog that is open, by a name with or without a mnemonic."""
+
+        def found():
+            return [n for n in nodes_of(self.observe())
+                    if n["role"] == "button" and n["name"].replace("&", "") == name]
+
+        return wait_until(found, 5, "the dialog shows a button called " + name)[0]
+
+
+class OneMenuClickTests(OneClick):
+    """Mixin: items of closed menus, in the menu bar's branch."""
+
+    REPEATS = 3
+
+    def press_file(self):
+        """Presses the title of the File menu as a user does."""
+        client = x_windows.client_of(self.window())
+        x_windows.click(client["x"] + 15, client["y"] + 12)
+
+    def test_an_item_of_a_menu_that_the_user_opened(self):
+        closed = x_windows.shown_count()
+        for _ in range(self.REPEATS):
+            self.press_file()
+            wait_until(lambda: x_windows.shown_count() > closed, 5, "the menu opens")
+            self.expect_once(self.menu_item(self.observe(), "File", "New"), "menu File/New")
+            if x_windows.shown_count() > closed:  # Qt leaves it open.
+                self.press_file()
+                wait_until(lambda: x_windows.shown_count() == closed, 5, "the menu closes")
+
+    def test_an_item_of_a_closed_menu(self):
+        for _ in range(self.REPEATS):
+            self.expect_once(self.menu_item(self.observe(), "File", "New"), "menu File/New")
+        for _ in range(self.REPEATS):
+            self.expect_once(self.menu_item(self.observe(), "File", "Export", "PDF"),
+                             "menu File/Export/PDF")
+
+
+class OneOpenMenuClickTests(OneClick):
+    """Mixin: items that show only in the menu that is open, in the window."""
+
+    REPEATS = 3
+    MENU = "File"
+    ITEM = "New"
+    LINE = "menu File/New"
+
+    def test_an_item_in_the_menu_that_is_open(self):
+        for _ in range(self.REPEATS):
+            self.click(self.MENU)
+            self.call("settle")
+            observation = self.observe()
+            found = [n for n in nodes_of(observation) if "command" not in n
+                     and (n["role"], n["name"]) == ("menuitem", self.ITEM)]
+            self.assertEqual(len(found), 1,
+                             [(n["role"], n["name"]) for n in nodes_of(observation)])
+            self.expect_once(found[0], self.LINE)

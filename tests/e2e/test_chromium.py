@@ -1,0 +1,50 @@
+"""Chromium, driven as a user drives it."""
+
+import unittest
+
+from e2e import CHROMIUM, HelperTest, nodes_of
+from one_click import OneClickTests, OneDialogClickTests, OneOpenMenuClickTests
+from toolkits import ClickingTests, LaunchTests, ReadingTests, ToolkitTest
+
+
+class ChromiumTest(ToolkitTest):
+    BUNDLE = "com.tarqo.test.chromium"
+    COMMAND = CHROMIUM
+    # Chromium takes no text by way of accessibility.
+    EDITABLE = False
+    NODES = frozenset({("link", "Below"), ("searchbox", "Search"), ("webarea", "Tarqo page")})
+
+
+class Launch(LaunchTests, HelperTest):
+    BUNDLE = ChromiumTest.BUNDLE
+    NAME = "Tarqo Chromium"
+    TITLE = "Tarqo page - Chromium"
+
+
+class Reading(ChromiumTest, ReadingTests):
+    def test_the_page_tells_its_address(self):
+        page = [n for n in nodes_of(self.observe()) if n["role"] == "webarea"]
+        url = self.app.lines("url ")[0].split()[1]
+        self.assertEqual([n["url"] for n in page], [url])
+
+
+class Clicking(ChromiumTest, ClickingTests):
+    pass
+
+
+class Controls(ChromiumTest, OneClickTests):
+    pass
+
+
+class Dialog(ChromiumTest, OneDialogClickTests):
+    pass
+
+
+class Menus(ChromiumTest, OneOpenMenuClickTests):
+    MENU = "Actions"
+    ITEM = "Copy"
+    LINE = "menu Actions/Copy"
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,99 @@
+"""GTK 3, driven as a user drives it."""
+
+import unittest
+
+from e2e import GTK3, HelperError, HelperTest, nodes_of
+from one_click import OneClick, OneClickTests, OneDialogClickTests, OneMenuClickTests
+from toolkits import ClickingTests, LaunchTests, ReadingTests, ToolkitTest
+
+
+class Gtk3Test(ToolkitTest):
+    BUNDLE = "com.tarqo.test.gtk3"
+    COMMAND = GTK3
+    POINTED = ("Save", "Quiet", "Slow", "Victim", "Hover me")
+    OPTIONS = ("--block", "50")
+    NODES = frozenset({
+        ("button", "Slow"), ("radiobutton", "Red"), ("popupbutton", "Small"),
+        ("textbox", "Search"), ("textbox", "Notes"), ("slider", "Volume"), ("tab", "Data"),
+        ("menuitem", "New"), ("menuitem", "PDF"), ("menuitem", "About")})
+
+
+class Launch(LaunchTests, HelperTest):
+    BUNDLE = Gtk3Test.BUNDLE
+    NAME = "Tarqo GTK 3"
+    TITLE = "Tarqo GTK 3"
+
+
+class Reading(Gtk3Test, ReadingTests):
+    def test_the_menu_bar_lists_enabled_commands_by_their_path(self):
+        commands = [n["command"] for n in nodes_of(self.observe()) if "command" in n]
+        for command in (["File", "New"], ["File", "Export", "PDF"],
+                        ["File", "Export", "Image", "PNG"], ["Help", "About"]):
+            self.assertIn(command, commands)
+        self.assertNotIn(["File", "Print"], commands)
+        self.assertNotIn("High", [path[-1] for path in commands])
+
+    def test_the_place_of_a_node_is_the_place_the_widget_has(self):
+        canvas = self.node("Canvas")
+        self.call("click", nodeId=canvas["id"], count=2)
+        self.app.wait_for("double-clicked Canvas")
+        # The label "Canvas" lies in the middle of the 200 x 70 or larger area that tells the
+        # press in its own coordinates, and so in the middle of its bounds.
+        pressed = self.app.lines("pressed Canvas")[0].split()
+        self.assertEqual(pressed[2], "1")
+        area = [n for n in nodes_of(self.observe()) if n["id"].endswith(
+            ":" + canvas["parentId"].rsplit(":", 1)[1])][0]["bounds"]
+        middle = canvas["bounds"]["x"] + canvas["bounds"]["width"] / 2 - area["x"]
+        self.assertAlmostEqual(int(pressed[3]), middle, delta=1)
+
+
+class Clicking(Gtk3Test, ClickingTests):
+    pass
+
+
+class Controls(Gtk3Test, OneClickTests):
+    pass
+
+
+class Dialog(Gtk3Test, OneDialogClickTests):
+    OPTIONS = ("--tab", "Windows")
+    AWAITED = "Open dialog"
+
+
+class Menus(Gtk3Test, OneMenuClickTests):
+    pass
+
+
+class SlowButton(Gtk3Test, OneClick):
+    """A handler that keeps the application from answering for a while."""
+
+    def expect_once_however_slow(self, milliseconds):
+        self.app.close()
+        self.app = self.start_app(self.COMMAND, "--block", str(milliseconds))
+        self.connect()
+        for _ in range(3):
+            node = self.node("Slow", "button")
+            self.app.forget()
+            try:
+                self.call("click", nodeId=node["id"])
+            except HelperError as error:
+                # A press that nothing confirmed may be reported so, but never be repeated.
+                self.assertEqual(error.code, "hit_test_failed")
+            self.settled()
+            self.assertEqual(self.app.lines("clicked"), ["clicked Slow"])
+
+    def test_200_ms(self):
+        self.expect_once_however_slow(200)
+
+    def test_400_ms(self):
+        self.expect_once_however_slow(400)
+
+    def test_700_ms(self):
+        self.expect_once_however_slow(700)
+
+    def test_1000_ms(self):
+        self.expect_once_however_slow(1000)
+
+
+if __name__ == "__main__":
+    unittest.main()
