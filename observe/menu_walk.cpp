@@ -38,7 +38,7 @@ void MenuWalk::walkMenuBar(const Element& app) {
     return;
   }
   deadline_ = platform_.clock.now() + kMenuBarLimit;
-  const auto scope = ax.readTree(*menuBar, deadline_);
+  const auto scope = ax.readTree(*menuBar, {deadline_, maxNodes_});
   list_.emit({{"id", menuBarId_},
               {"parentId", nullptr},
               {"role", "menubar"},

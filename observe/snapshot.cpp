@@ -149,7 +149,7 @@ Json Session::snapshot(const Json& args) {
   WalkFrames frames;
   TreeWalk walk(platform_, budget, list, frames);
   {
-    const auto scope = platform_.accessibility.readTree(window, budget.deadline);
+    const auto scope = platform_.accessibility.readTree(window, {budget.deadline, budget.maxNodes});
     walk.walkWindow(window);
   }
   walk.addFocused(app);

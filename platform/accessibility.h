@@ -9,6 +9,7 @@
 // error, a missing attribute, a dead or hung target all look like absence.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -97,6 +98,12 @@ class Observer {
 /// Called with the notification's name on the main loop's thread, never on the worker.
 using NotificationCallback = std::function<void(std::string_view notification)>;
 
+/// How far a backend may read ahead.
+struct TreeReadLimits {
+  Instant deadline;
+  std::size_t elements = 0;  ///< About as many as the caller will visit.
+};
+
 /// While it lives, the backend may answer reads from what it read ahead. Dropped with the scope.
 class TreeRead {
  public:
@@ -144,11 +151,12 @@ class Accessibility {
   [[nodiscard]] virtual std::unique_ptr<Observer> observe(Pid pid,
                                                           NotificationCallback callback) = 0;
 
-  /// Opens a scope for reading the tree under `root` (a window, a menu bar) until `deadline`. May
-  /// read ahead before it returns, but never past the deadline. Null is allowed and means that
-  /// nothing is read ahead. One scope at a time.
+  /// Opens a scope for reading the tree under `root` (a window, a menu bar). The backend may read
+  /// ahead, within the limits, but need not read what lies beneath hidden elements. A read inside
+  /// the scope may find nothing once the deadline has passed or the target has failed to answer
+  /// once. Null is allowed and means that nothing is read ahead. One scope at a time.
   [[nodiscard]] virtual std::unique_ptr<TreeRead> readTree(const Element& root,
-                                                           Instant deadline) = 0;
+                                                           const TreeReadLimits& limits) = 0;
 };
 
 }  // namespace tarqo

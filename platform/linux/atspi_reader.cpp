@@ -185,8 +185,8 @@ std::optional<Toplevel> AtspiReader::toplevelOf(const AtspiElement::Parts& objec
 }
 
 std::unique_ptr<TreeRead> AtspiReader::readTree(const AtspiElement::Parts& window,
-                                                Instant deadline) {
-  tree_ = std::make_shared<AtspiTree>(bus_, window.pid, deadline);
+                                                const TreeReadLimits& limits) {
+  tree_ = std::make_shared<AtspiTree>(bus_, window.pid, limits);
   auto scope = std::make_unique<Scope>(*this, tree_);
   // The toolkit's name is the first question: an application that hangs shows here.
   if (toolkitOf(window) == Toolkit::gtk4) {

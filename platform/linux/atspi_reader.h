@@ -58,7 +58,7 @@ class AtspiReader {
 
   /// The scope of `Accessibility::readTree`.
   [[nodiscard]] std::unique_ptr<TreeRead> readTree(const AtspiElement::Parts& window,
-                                                   Instant deadline);
+                                                   const TreeReadLimits& limits);
 
  private:
   class Scope;

@@ -91,19 +91,19 @@ void AtspiTree::readAhead(const AtspiElement::Parts& object, Toolkit toolkit) {
   }
   std::erase_if(ahead_, [&object](const Node& node) { return node.ref == object.ref; });
   ahead_.push_back({object.ref, object.inMenuBar});
-  int left = kStretch;
+  int left = std::min(kStretch, static_cast<int>(limits_.elements));
   while (left > 0 && !ahead_.empty() && !failed_) {
     const bool useCache = hasCache(toolkit) && !cacheTried_;
     AtspiBatch batch(bus_);
     Stretch stretch{batch, toolkit};
-    stretch.limit = useCache ? kCacheWorthwhile : left;
+    stretch.limit = useCache ? std::min(kCacheWorthwhile, left) : left;
     start(stretch);
-    if (batch.run({deadline_, object.timeout}) != BatchOutcome::complete) {
+    if (batch.run({limits_.deadline, object.timeout}) != BatchOutcome::complete) {
       fail();
       return;
     }
     left -= stretch.started;
-    if (useCache && !ahead_.empty()) {
+    if (useCache && left > 0 && !ahead_.empty()) {
       readCache(object.ref.bus, object.timeout);
     }
   }
@@ -168,7 +168,7 @@ void AtspiTree::readCache(const std::string& busName, Duration patience) {
              });
   // The answer is one message that takes the target long to make.
   const Duration wait = std::max<Duration>(patience, kCachePatience);
-  if (batch.run({deadline_, wait}) != BatchOutcome::complete) {
+  if (batch.run({limits_.deadline, wait}) != BatchOutcome::complete) {
     fail();
     return;
   }

@@ -23,10 +23,11 @@ namespace tarqo::lnx {
 
 class AtspiTree {
  public:
-  AtspiTree(AtspiBus& bus, Pid pid, Instant deadline) : bus_(bus), pid_(pid), deadline_(deadline) {}
+  AtspiTree(AtspiBus& bus, Pid pid, const TreeReadLimits& limits)
+      : bus_(bus), pid_(pid), limits_(limits) {}
 
   [[nodiscard]] Pid pid() const { return pid_; }
-  [[nodiscard]] Instant deadline() const { return deadline_; }
+  [[nodiscard]] Instant deadline() const { return limits_.deadline; }
 
   /// Whether the application failed to answer in time; then nobody asks it again in this scope.
   [[nodiscard]] bool failed() const { return failed_; }
@@ -54,7 +55,7 @@ class AtspiTree {
 
   AtspiBus& bus_;
   Pid pid_;
-  Instant deadline_;
+  TreeReadLimits limits_;
   bool failed_ = false;
   bool cacheTried_ = false;
   std::optional<Rect> window_;  ///< Where the toolkit tells places inside the window.

@@ -147,12 +147,13 @@ std::unique_ptr<Observer> LinuxAccessibility::observe(Pid pid, NotificationCallb
   return events_.observe(pid, std::move(callback));
 }
 
-std::unique_ptr<TreeRead> LinuxAccessibility::readTree(const Element& window, Instant deadline) {
-  const AtspiElement* ours = atspiElement(window);
+std::unique_ptr<TreeRead> LinuxAccessibility::readTree(const Element& root,
+                                                       const TreeReadLimits& limits) {
+  const AtspiElement* ours = atspiElement(root);
   if (ours == nullptr || ours->isApplication()) {
     return nullptr;
   }
-  return reader_.readTree(ours->parts(), deadline);
+  return reader_.readTree(ours->parts(), limits);
 }
 
 }  // namespace tarqo::lnx

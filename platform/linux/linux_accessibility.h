@@ -38,7 +38,7 @@ class LinuxAccessibility final : public Accessibility {
   std::optional<Element> elementAt(Point point) override;
   std::optional<Pid> pidOf(const Element& element) override;
   std::unique_ptr<Observer> observe(Pid pid, NotificationCallback callback) override;
-  std::unique_ptr<TreeRead> readTree(const Element& window, Instant deadline) override;
+  std::unique_ptr<TreeRead> readTree(const Element& root, const TreeReadLimits& limits) override;
 
  private:
   using Parts = AtspiElement::Parts;

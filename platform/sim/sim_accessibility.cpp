@@ -220,19 +220,21 @@ std::unique_ptr<Observer> AccessibilityService::observe(Pid pid, NotificationCal
   return std::make_unique<ListeningObserver>(world_, std::move(listener));
 }
 
-std::unique_ptr<TreeRead> AccessibilityService::readTree(const Element& window, Instant deadline) {
-  if (!readsAhead || world_.clock.now() >= deadline) {
+std::unique_ptr<TreeRead> AccessibilityService::readTree(const Element& root,
+                                                         const TreeReadLimits& limits) {
+  if (!readsAhead || world_.clock.now() >= limits.deadline) {
     return nullptr;
   }
-  const NodeHandle* handle = handleOf(window);
+  const NodeHandle* handle = handleOf(root);
   App* app = handle == nullptr ? nullptr : world_.appOf(handle->pid());
   if (app == nullptr) {
     return nullptr;
   }
   // One round trip, given up at the deadline.
-  const Duration own = std::exchange(
-      app->messagingTimeout_, std::min(app->messagingTimeout_, deadline - world_.clock.now()));
-  const Node* node = answering(window);
+  const Duration own =
+      std::exchange(app->messagingTimeout_,
+                    std::min(app->messagingTimeout_, limits.deadline - world_.clock.now()));
+  const Node* node = answering(root);
   app->messagingTimeout_ = own;
   if (node == nullptr) {
     return nullptr;

@@ -42,8 +42,8 @@ class AccessibilityService final : public Accessibility {
   [[nodiscard]] std::optional<Element> elementAt(Point point) override;
   [[nodiscard]] std::optional<Pid> pidOf(const Element& element) override;
   [[nodiscard]] std::unique_ptr<Observer> observe(Pid pid, NotificationCallback callback) override;
-  [[nodiscard]] std::unique_ptr<TreeRead> readTree(const Element& window,
-                                                   Instant deadline) override;
+  [[nodiscard]] std::unique_ptr<TreeRead> readTree(const Element& root,
+                                                   const TreeReadLimits& limits) override;
 
  private:
   friend class ReadAhead;

@@ -1,6 +1,6 @@
 // The Linux desktop under the contract, with our GTK 3 application as target. Needs a desktop:
-// script/desktop; TARQO_APPS names the folder of the built test applications, whose share/ stands in
-// XDG_DATA_DIRS.
+// script/desktop; TARQO_APPS names the folder of the built test applications, whose share/ stands
+// in XDG_DATA_DIRS.
 
 #include <fcntl.h>
 #include <signal.h>

@@ -72,7 +72,7 @@ TEST_F(ReadTreeContract, EqualsReadingLive) {
     liveSeen.push_back(see(element));
   }
 
-  const auto scope = ax.readTree(window(), clock.now() + 4s);
+  const auto scope = ax.readTree(window(), {clock.now() + 4s, 2000});
   const std::vector<Element> ahead = shownTree();
 
   ASSERT_EQ(ahead.size(), live.size());
@@ -84,7 +84,7 @@ TEST_F(ReadTreeContract, EqualsReadingLive) {
 
 TEST_F(ReadTreeContract, EndsWithItsScope) {
   {
-    const auto scope = ax.readTree(window(), clock.now() + 4s);
+    const auto scope = ax.readTree(window(), {clock.now() + 4s, 2000});
     EXPECT_EQ(status(), "Status: idle");
   }
   EXPECT_TRUE(ax.perform(control("AXButton", "Save"), "AXPress"));
@@ -94,7 +94,7 @@ TEST_F(ReadTreeContract, EndsWithItsScope) {
 TEST_F(ReadTreeContract, ActsLiveWithinTheScope) {
   const Element save = control("AXButton", "Save");
   {
-    const auto scope = ax.readTree(window(), clock.now() + 4s);
+    const auto scope = ax.readTree(window(), {clock.now() + 4s, 2000});
     EXPECT_TRUE(ax.perform(save, "AXPress"));
   }
   EXPECT_TRUE(waitUntil([&] { return status() == "Status: saved 1"; }));
@@ -103,14 +103,14 @@ TEST_F(ReadTreeContract, ActsLiveWithinTheScope) {
 TEST_F(ReadTreeContract, StopsAtTheDeadlineOfAHungApplication) {
   target->hang();
   const Instant begin = clock.now();
-  { const auto scope = ax.readTree(window(), begin + 500ms); }
+  { const auto scope = ax.readTree(window(), {begin + 500ms, 2000}); }
   EXPECT_LT(clock.now() - begin, 700ms);
   target->resume();
 }
 
 TEST_F(ReadTreeContract, ReadsNothingAheadOnceTheDeadlineHasPassed) {
   const Instant begin = clock.now();
-  { const auto scope = ax.readTree(window(), begin - 1s); }
+  { const auto scope = ax.readTree(window(), {begin - 1s, 2000}); }
   EXPECT_LT(clock.now() - begin, 200ms);
   EXPECT_EQ(text(window(), "AXRole"), "AXWindow");
 }

@@ -108,8 +108,9 @@ std::unique_ptr<Observer> AskedAccessibility::observe(Pid pid, NotificationCallb
   return service_.observe(pid, std::move(callback));
 }
 
-std::unique_ptr<TreeRead> AskedAccessibility::readTree(const Element& root, Instant deadline) {
-  return service_.readTree(root, deadline);
+std::unique_ptr<TreeRead> AskedAccessibility::readTree(const Element& root,
+                                                       const TreeReadLimits& limits) {
+  return service_.readTree(root, limits);
 }
 
 Platform AskedAccessibility::in(const Platform& platform) {

@@ -48,7 +48,7 @@ class AskedAccessibility final : public Accessibility {
   std::optional<Element> elementAt(Point point) override;
   std::optional<Pid> pidOf(const Element& element) override;
   std::unique_ptr<Observer> observe(Pid pid, NotificationCallback callback) override;
-  std::unique_ptr<TreeRead> readTree(const Element& root, Instant deadline) override;
+  std::unique_ptr<TreeRead> readTree(const Element& root, const TreeReadLimits& limits) override;
 
   /// The platform with this service in place of its own.
   [[nodiscard]] Platform in(const Platform& platform);

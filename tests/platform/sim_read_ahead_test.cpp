@@ -27,11 +27,11 @@ class SimReadAhead : public testing::Test {
 
 TEST_F(SimReadAhead, IsOffUnlessAskedFor) {
   ax.readsAhead = false;
-  EXPECT_EQ(ax.readTree(window.element(), in(4s)), nullptr);
+  EXPECT_EQ(ax.readTree(window.element(), {in(4s), 1000}), nullptr);
 }
 
 TEST_F(SimReadAhead, AnswersFromTheMomentItBegan) {
-  const auto scope = ax.readTree(window.element(), in(4s));
+  const auto scope = ax.readTree(window.element(), {in(4s), 1000});
   ASSERT_NE(scope, nullptr);
   save.title("Changed");
 
@@ -44,7 +44,7 @@ TEST_F(SimReadAhead, AnswersFromTheMomentItBegan) {
 }
 
 TEST_F(SimReadAhead, IsForgottenWithItsScope) {
-  auto scope = ax.readTree(window.element(), in(4s));
+  auto scope = ax.readTree(window.element(), {in(4s), 1000});
   save.title("Changed");
   scope.reset();
 
@@ -53,7 +53,7 @@ TEST_F(SimReadAhead, IsForgottenWithItsScope) {
 
 TEST_F(SimReadAhead, CostsOneRoundTripForTheWholeTree) {
   notes.facts.eachCallTakes = 10ms;
-  const auto scope = ax.readTree(window.element(), in(4s));
+  const auto scope = ax.readTree(window.element(), {in(4s), 1000});
 
   EXPECT_EQ(titleOf(window.element()), "Draft");
   EXPECT_EQ(titleOf(save.element()), "Save");
@@ -62,7 +62,7 @@ TEST_F(SimReadAhead, CostsOneRoundTripForTheWholeTree) {
 }
 
 TEST_F(SimReadAhead, ReadsEverythingElseLive) {
-  const auto scope = ax.readTree(window.element(), in(4s));
+  const auto scope = ax.readTree(window.element(), {in(4s), 1000});
   Node& later = window.button("Later");
   notes.facts.localizedName = "Renamed";
 
@@ -71,7 +71,7 @@ TEST_F(SimReadAhead, ReadsEverythingElseLive) {
 }
 
 TEST_F(SimReadAhead, ActsLive) {
-  const auto scope = ax.readTree(window.element(), in(4s));
+  const auto scope = ax.readTree(window.element(), {in(4s), 1000});
   save.withoutAction("AXPress");
 
   EXPECT_FALSE(ax.perform(save.element(), "AXPress"));
@@ -81,9 +81,9 @@ TEST_F(SimReadAhead, NeverReadsPastTheDeadline) {
   notes.facts.hung = true;
   (void)ax.application(notes.pid(), 5s);
 
-  EXPECT_EQ(ax.readTree(window.element(), in(2s)), nullptr);
+  EXPECT_EQ(ax.readTree(window.element(), {in(2s), 1000}), nullptr);
   EXPECT_EQ(desktop.clock().elapsed(), 2s);
-  EXPECT_EQ(ax.readTree(window.element(), in(0s)), nullptr);
+  EXPECT_EQ(ax.readTree(window.element(), {in(0s), 1000}), nullptr);
   EXPECT_EQ(desktop.clock().elapsed(), 2s);
 }
 
@@ -93,7 +93,7 @@ TEST_F(SimReadAhead, EqualsLiveReads) {
   window.textField("text").focus();
   for (const Node* node : {static_cast<Node*>(&window), &save, window.children().back()}) {
     const auto live = ax.attributes(node->element(), names);
-    const auto scope = ax.readTree(window.element(), in(4s));
+    const auto scope = ax.readTree(window.element(), {in(4s), 1000});
     const auto ahead = ax.attributes(node->element(), names);
     ASSERT_EQ(live.size(), ahead.size());
     for (std::size_t i = 0; i < live.size(); ++i) {
