@@ -61,9 +61,9 @@ TEST_F(PointChecks, APointOnePointAndAHalfOutsideTheWindowIsInside) {
   }
 }
 
-TEST_F(PointChecks, APointTwoPointsAndAHalfOutsideTheWindowIsOutside) {
+TEST_F(PointChecks, APointMoreThanTwoPointsOutsideTheWindowIsOutside) {
   for (const Point point :
-       {Point{97.5, 300}, Point{902.5, 300}, Point{300, 77.5}, Point{300, 682.5}}) {
+       {Point{97.75, 300}, Point{902.25, 300}, Point{300, 77.75}, Point{300, 682.25}}) {
     middleAt(point);
     EXPECT_EQ(click(), kOutside) << point.x << "," << point.y;
   }

@@ -150,9 +150,9 @@ TEST_F(RelatedHit, OtherRolesDoNotStandForWhatTheyContain) {
 
 TEST_F(RelatedHit, ContainingAllowsHalfAPoint) {
   EXPECT_TRUE(related(window.group().at({100.5, 100, 300, 300}), button));
-  EXPECT_FALSE(related(window.group().at({100.75, 100, 300, 300}), button));
+  EXPECT_FALSE(related(window.group().at({100.5625, 100, 300, 300}), button));
   EXPECT_TRUE(related(window.group().at({99.5, 110, 20, 10}), button));
-  EXPECT_FALSE(related(window.group().at({99.25, 110, 20, 10}), button));
+  EXPECT_FALSE(related(window.group().at({99.4375, 110, 20, 10}), button));
 }
 
 TEST_F(RelatedHit, ARegionThatHalfOverlapsATargetOfAnotherRoleDoesNot) {

@@ -168,6 +168,15 @@ TEST_F(MenuBar, HasASecondAndAHalfOfItsOwnOnceItIsFound) {
   EXPECT_EQ(commands(), (std::vector<Path>{{"File", "item 1"}, {"File", "item 2"}}));
 }
 
+TEST_F(MenuBar, NothingIsReadFromTheMomentItsTimeIsUp) {
+  sim::Node& file = notes.menu("File");
+  for (int i = 1; i <= 9; ++i) {
+    file.menuItem("item " + std::to_string(i));
+  }
+  notes.facts.eachCallTakes = 100ms;  // Items from 600, 900 and 1200, not from 1500.
+  EXPECT_EQ(commands().size(), 3U);
+}
+
 TEST_F(MenuBar, TitlesAreNoLongerReadWhenItsTimeIsUp) {
   for (int i = 1; i <= 9; ++i) {
     notes.menu("Menu " + std::to_string(i)).menuItem("item");

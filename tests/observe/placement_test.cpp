@@ -41,6 +41,11 @@ TEST_F(Geometry, OfAMinimisedWindow) {
   EXPECT_EQ(geometry.at("minimized"), true);
 }
 
+TEST_F(Geometry, OfAWindowThatCallsItselfMinimisedThoughItIsListed) {
+  window.with("AXMinimized", Value{true});
+  EXPECT_EQ(visibility(), "hidden");
+}
+
 TEST_F(Geometry, AMinimisedMarkThatIsNoBooleanMeansNothing) {
   window.with("AXMinimized", Value{"true"});
   EXPECT_EQ(visibility(), "visible");
@@ -188,8 +193,8 @@ TEST_F(Geometry, EachSideMayDifferByTwoPoints) {
 }
 
 TEST_F(Geometry, ADifferenceOfMoreThanTwoPointsOnAnySideIsAnotherWindow) {
-  for (const Rect& bounds : {Rect{102.5, 80, 800, 600}, Rect{100, 77.5, 800, 600},
-                             Rect{100, 80, 802.5, 600}, Rect{100, 80, 800, 597.5}}) {
+  for (const Rect& bounds : {Rect{102.25, 80, 800, 600}, Rect{100, 77.75, 800, 600},
+                             Rect{100, 80, 802.25, 600}, Rect{100, 80, 800, 597.75}}) {
     listed().bounds = bounds;
     EXPECT_EQ(visibility(), "hidden") << Json({bounds.x, bounds.y, bounds.width, bounds.height});
   }
