@@ -4,13 +4,15 @@
 //   gtk3_app [--title TEXT] [--geometry WIDTHxHEIGHT+X+Y] [--tab NAME] [--nodes COUNT]
 //            [--slow-start MS] [--block MS]
 //
-// Prints "ready" when its window is mapped and drawn.
+// Prints "ready" when its window is mapped and drawn. Lines of its standard input change it while
+// it runs; gtk3_commands.h lists them.
 
 #include <gtk/gtk.h>
 
 #include <cstdio>
 #include <string>
 
+#include "tests/apps/gtk3_commands.h"
 #include "tests/apps/gtk3_log.h"
 #include "tests/apps/gtk3_pages.h"
 #include "tests/apps/gtk3_windows.h"
@@ -126,6 +128,7 @@ int run(int argc, char** argv) {
           nullptr, nullptr);
     }
   });
+  readCommands(GTK_WINDOW(window));
   gtk_widget_show_all(window);
   gtk_main();
   return 0;

@@ -111,6 +111,11 @@ GtkWidget* makeChoices(GtkWidget* status) {
     logLine("selected Size " + std::string(text));
     g_free(text);
   });
+  onSignal(size, "notify::popup-shown", [size] {
+    gboolean isShown = FALSE;
+    g_object_get(size, "popup-shown", &isShown, nullptr);
+    logLine(isShown != FALSE ? "opened Size" : "closed Size");
+  });
   append(row, agree);
   append(row, makeToggle(gtk_check_button_new_with_label("Plain"), "Plain"));
   append(row, makeToggle(red, "Red"));

@@ -33,23 +33,6 @@ void openDialog(GtkWindow* parent, const char* title, const char* message) {
   gtk_widget_show_all(dialog);
 }
 
-void openWindow(const std::string& title) {
-  GtkWidget* window = gtk_window_new(GTK_WINDOW_TOPLEVEL);
-  gtk_window_set_title(GTK_WINDOW(window), title.c_str());
-  gtk_window_set_default_size(GTK_WINDOW(window), 320, 200);
-  GtkWidget* column = gtk_box_new(GTK_ORIENTATION_VERTICAL, 6);
-  gtk_container_add(GTK_CONTAINER(column), gtk_label_new(("This is " + title).c_str()));
-  gtk_container_add(GTK_CONTAINER(column), makeButton("Greet"));
-  GtkWidget* close = makeButton("Close");
-  onSignal(close, "clicked", [window] { gtk_window_close(GTK_WINDOW(window)); });
-  gtk_container_add(GTK_CONTAINER(column), close);
-  gtk_container_add(GTK_CONTAINER(window), column);
-  logKeys(window);
-  onSignal(window, "destroy", [title] { logLine("window closed " + title); });
-  onSignal(window, "map-event", [title] { logLine("window opened " + title); });
-  gtk_widget_show_all(window);
-}
-
 /// A button that logs its press and then does `deed`.
 GtkWidget* doing(const char* label, std::function<void()> deed) {
   GtkWidget* button = makeButton(label);
@@ -129,6 +112,24 @@ GtkWidget* makeWindowsPage(GtkWindow* window) {
     gtk_container_add(GTK_CONTAINER(page), button);
   }
   return page;
+}
+
+GtkWidget* openWindow(const std::string& title) {
+  GtkWidget* window = gtk_window_new(GTK_WINDOW_TOPLEVEL);
+  gtk_window_set_title(GTK_WINDOW(window), title.c_str());
+  gtk_window_set_default_size(GTK_WINDOW(window), 320, 200);
+  GtkWidget* column = gtk_box_new(GTK_ORIENTATION_VERTICAL, 6);
+  gtk_container_add(GTK_CONTAINER(column), gtk_label_new(("This is " + title).c_str()));
+  gtk_container_add(GTK_CONTAINER(column), makeButton("Greet"));
+  GtkWidget* close = makeButton("Close");
+  onSignal(close, "clicked", [window] { gtk_window_close(GTK_WINDOW(window)); });
+  gtk_container_add(GTK_CONTAINER(column), close);
+  gtk_container_add(GTK_CONTAINER(window), column);
+  logKeys(window);
+  onSignal(window, "destroy", [title] { logLine("window closed " + title); });
+  onSignal(window, "map-event", [title] { logLine("window opened " + title); });
+  gtk_widget_show_all(window);
+  return window;
 }
 
 void logKeys(GtkWidget* window) {

@@ -3,6 +3,8 @@
 
 #include <gtk/gtk.h>
 
+#include <string>
+
 namespace tarqo::gtk3app {
 
 /// A menu item "LABEL" that logs "menu PATH".
@@ -13,6 +15,9 @@ GtkWidget* makeMenuBar(GtkWindow* window);
 
 /// Buttons that open dialogs and windows, and move, resize, rename, minimise and close `window`.
 GtkWidget* makeWindowsPage(GtkWindow* window);
+
+/// Opens a window with the buttons "Greet" and "Close", which logs when it has opened and closed.
+GtkWidget* openWindow(const std::string& title);
 
 /// Logs "key NAME", with its modifiers before it ("key Control+Shift+A"), for every key press in
 /// `window`.

@@ -1,0 +1,28 @@
+// The changes behind the commands of the GTK 3 test application (gtk3_commands.h lists them).
+#pragma once
+
+#include <gtk/gtk.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace tarqo::gtk3app {
+
+using Words = std::vector<std::string>;
+using Condition = std::function<bool()>;
+
+/// What changes work on, and what undoes them.
+struct Stage {
+  GtkWindow* window = nullptr;
+  GtkWidget* cover = nullptr;
+  GtkWidget* detached = nullptr;
+  GtkWidget* row = nullptr;  ///< Where `detached` was.
+  int place = 0;
+};
+
+/// Starts the change that the words name. Gives what tells that it has come about; none when the
+/// words are wrong, or the change cannot be made now.
+Condition startChange(Stage& stage, const Words& words);
+
+}  // namespace tarqo::gtk3app
