@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 
 #include "platform/accessibility.h"
 #include "platform/linux/atspi_bus.h"
@@ -29,6 +30,9 @@ class AtspiElement final : public ElementObject {
     MenuPlace place = MenuPlace::none;
     /// Reached through the menu bar, where what is in closed menus counts as there.
     bool inMenuBar = false;
+    /// The part of its window that it can show in, where places are told inside the window: the
+    /// areas of what scrolls around it.
+    std::optional<Rect> clip{};
     AtspiRef window{};  ///< The top-level object it was reached through; empty when not known.
   };
 

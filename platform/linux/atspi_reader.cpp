@@ -189,9 +189,7 @@ std::unique_ptr<TreeRead> AtspiReader::readTree(const AtspiElement::Parts& windo
   tree_ = std::make_shared<AtspiTree>(bus_, window.pid, limits);
   auto scope = std::make_unique<Scope>(*this, tree_);
   // The toolkit's name is the first question: an application that hangs shows here.
-  if (toolkitOf(window) == Toolkit::gtk4) {
-    static_cast<void>(windowsOf(window.pid, window.timeout));
-  }
+  static_cast<void>(windowsOf(window.pid, window.timeout));
   reach(window);
   return scope;
 }

@@ -214,6 +214,7 @@ constexpr EventRow kEvents[] = {
 
 constexpr std::uint32_t kWindowRoles[] = {2, 9, 16, 19, 22, 23, 69};
 constexpr std::uint32_t kMenuEntryRoles[] = {8, 33, 35, 45, 50, 59};
+constexpr std::uint32_t kHeaderRoles[] = {10, 47, 57, 58};
 constexpr std::uint32_t kCellRoles[] = {32, 56, 90, 91};
 constexpr std::uint32_t kControlRoles[] = {7,  8,  11, 32, 33, 35, 37,  43,
                                            44, 45, 57, 62, 88, 91, 129, 130};
@@ -257,6 +258,10 @@ const RoleRow& roleRow(std::uint32_t role) {
 bool isWindowRole(std::uint32_t role) { return contains(kWindowRoles, role); }
 
 bool isMenuEntryRole(std::uint32_t role) { return contains(kMenuEntryRoles, role); }
+
+bool isCellRole(std::uint32_t role) {
+  return contains(kCellRoles, role) || contains(kHeaderRoles, role);
+}
 
 RoleRow refined(const RoleRow& row, AtspiStates states) {
   RoleRow result = row;

@@ -29,6 +29,7 @@ enum class AtspiRole : std::uint32_t {
   passwordText = 40,
   popupMenu = 41,
   radioButton = 44,
+  scrollPane = 49,
   separator = 50,
   spinButton = 52,
   table = 55,
@@ -108,6 +109,9 @@ struct RoleRow {
 
 /// Whether an object of that role is an entry of a menu.
 [[nodiscard]] bool isMenuEntryRole(std::uint32_t role);
+
+/// Whether an object of that role is a cell, a row or a header of a list or a table.
+[[nodiscard]] bool isCellRole(std::uint32_t role);
 
 /// What the row of a role leaves to the states: the role and subrole that is shown in the end.
 [[nodiscard]] RoleRow refined(const RoleRow& row, AtspiStates states);

@@ -30,7 +30,7 @@ const AttributeRow kAttributes[] = {
     {"AXValue", Fact::value},
     {"AXPosition", Fact::kind | Fact::extents},
     {"AXSize", Fact::kind | Fact::extents},
-    {"AXChildren", Fact::kind | Fact::name | Fact::children},
+    {"AXChildren", Fact::kind | Fact::name | Fact::children | Fact::extents},
     {"AXParent", Fact::kind | Fact::parent},
     {"AXMinimized", Fact::kind},
     {"AXMain", Fact::kind},
@@ -64,12 +64,16 @@ bool nameIsPlaceholder(const AtspiView& view) {
   return from != nullptr && *from == "placeholder";
 }
 
-/// The object's name where it is one.
-std::string givenName(const AtspiView& view) {
-  if (view.toolkit == Toolkit::gtk4 && isClassName(view.facts.name)) {
-    return {};
+/// GTK 4 names a control with a mnemonic twice, the first time with the mark ("_OK OK").
+std::string_view withoutMnemonic(std::string_view name) {
+  const std::size_t half = name.size() / 2;
+  if (name.size() < 4 || name.size() % 2 != 0 || name[half] != ' ') {
+    return name;
   }
-  return view.facts.name;
+  const std::string_view plain = name.substr(half + 1);
+  std::string marked(name.substr(0, half));
+  const std::size_t mark = marked.find('_');
+  return mark != std::string::npos && marked.erase(mark, 1) == plain ? plain : name;
 }
 
 ValueSource valueSource(const AtspiView& view) {
@@ -88,7 +92,7 @@ std::optional<Value> title(const AtspiView& view) {
   if (valueSource(view) == ValueSource::label || nameIsPlaceholder(view)) {
     return std::nullopt;
   }
-  const std::string name = givenName(view);
+  const std::string name(shownName(view.facts, view.toolkit));
   // GTK 3 and Qt name a list of choices after the choice; that is its value.
   if (valueSource(view) == ValueSource::choice && view.toolkit != Toolkit::chromium) {
     return std::nullopt;
@@ -152,14 +156,16 @@ std::optional<Value> value(const AtspiView& view) {
     case ValueSource::none:
       return std::nullopt;
     case ValueSource::label:
-      return textOrNone(givenName(view));
+      return textOrNone(std::string(shownName(view.facts, view.toolkit)));
     case ValueSource::text:
       return contentOf(facts);
     case ValueSource::choice:
       if (facts.text && !facts.text->empty()) {
         return Value{*facts.text};
       }
-      return view.toolkit == Toolkit::chromium ? std::nullopt : textOrNone(givenName(view));
+      return view.toolkit == Toolkit::chromium
+                 ? std::nullopt
+                 : textOrNone(std::string(shownName(view.facts, view.toolkit)));
     case ValueSource::onOff:
       return onOff(facts);
     case ValueSource::quantity:
@@ -207,6 +213,13 @@ bool isWindow(const AtspiFacts& facts) {
 }
 
 bool isSecure(const AtspiFacts& facts) { return facts.is(AtspiRole::passwordText); }
+
+std::string_view shownName(const AtspiFacts& facts, Toolkit toolkit) {
+  if (toolkit != Toolkit::gtk4) {
+    return facts.name;
+  }
+  return isClassName(facts.name) ? std::string_view() : withoutMnemonic(facts.name);
+}
 
 AxRole axRole(const AtspiView& view) {
   const AtspiFacts& facts = view.facts;
@@ -266,7 +279,22 @@ bool isHidden(const AtspiView& view) {
     return false;
   }
   const std::optional<Rect> extents = plausible(view.facts.extents);
-  return !extents || (view.window && !extents->intersects(*view.window));
+  return !extents ||
+         (view.clip && mayBeScrolledAway(view) && !view.clip->contains(extents->center()));
+}
+
+bool mayBeScrolledAway(const AtspiView& view) {
+  return view.toolkit == Toolkit::gtk4 ||
+         (view.toolkit == Toolkit::qt && isCellRole(view.facts.role));
+}
+
+std::optional<Rect> clipBelow(const std::optional<Rect>& clip, const AtspiFacts& facts,
+                              Toolkit toolkit) {
+  const std::optional<Rect> extents = plausible(facts.extents);
+  if (toolkit != Toolkit::gtk4 || !extents || !facts.is(AtspiRole::scrollPane)) {
+    return clip;
+  }
+  return clip ? clip->intersection(*extents) : extents;
 }
 
 std::optional<Value> plainAttribute(const AtspiView& view, std::string_view name) {
@@ -365,9 +393,9 @@ bool hasTextChildren(Toolkit toolkit) {
   return toolkit == Toolkit::chromium || toolkit == Toolkit::gtk4;
 }
 
-bool repeatsParent(const AtspiFacts& child, const AtspiFacts& parent) {
+bool repeatsParent(const AtspiFacts& child, const AtspiFacts& parent, Toolkit toolkit) {
   return (child.is(AtspiRole::staticText) || child.is(AtspiRole::label)) && !child.name.empty() &&
-         child.name == parent.name;
+         child.name == shownName(parent, toolkit);
 }
 
 }  // namespace tarqo::lnx

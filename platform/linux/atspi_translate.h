@@ -20,8 +20,9 @@ struct AtspiView {
   Facet facet = Facet::whole;
   MenuPlace place = MenuPlace::none;
   bool inMenuBar = false;
-  /// The extents of the window it lies in, in the same coordinates as its own; none when not known.
-  std::optional<Rect> window{};
+  /// What shows of whatever it lies in, in the same coordinates as its extents; none when not
+  /// known.
+  std::optional<Rect> clip{};
 };
 
 /// What must be known to answer an attribute; nothing for attributes that are not made of facts.
@@ -40,6 +41,10 @@ struct AxRole {
 /// Whether its content must not be read.
 [[nodiscard]] bool isSecure(const AtspiFacts& facts);
 
+/// Whether the toolkit goes on saying that such an object is shown when it is scrolled out of its
+/// window, so that only its place tells.
+[[nodiscard]] bool mayBeScrolledAway(const AtspiView& view);
+
 /// Whether it is not on the screen, as "AXHidden" says it.
 [[nodiscard]] bool isHidden(const AtspiView& view);
 
@@ -50,6 +55,11 @@ struct AxRole {
 /// The extents as told, when they can be a place on a screen: toolkits fill those of what is not
 /// laid out with INT_MIN or with whatever was in memory.
 [[nodiscard]] std::optional<Rect> plausible(const std::optional<Rect>& extents);
+
+/// What shows of an object's children, given what shows of the object: less inside what scrolls.
+/// Unchanged in toolkits that tell places on the screen, where it would not outlast a move.
+[[nodiscard]] std::optional<Rect> clipBelow(const std::optional<Rect>& clip,
+                                            const AtspiFacts& facts, Toolkit toolkit);
 
 /// An attribute that is a text, a truth or a number; none when the object has no such attribute.
 /// Places, elements and lists are made elsewhere.
@@ -68,6 +78,10 @@ struct AxRole {
 [[nodiscard]] bool hasTextChildren(Toolkit toolkit);
 
 /// Whether a child is such a text that only repeats its parent's name.
-[[nodiscard]] bool repeatsParent(const AtspiFacts& child, const AtspiFacts& parent);
+[[nodiscard]] bool repeatsParent(const AtspiFacts& child, const AtspiFacts& parent,
+                                 Toolkit toolkit);
+
+/// The object's name where it is one, as the user sees it.
+[[nodiscard]] std::string_view shownName(const AtspiFacts& facts, Toolkit toolkit);
 
 }  // namespace tarqo::lnx

@@ -90,7 +90,7 @@ void AtspiTree::readAhead(const AtspiElement::Parts& object, Toolkit toolkit) {
     return;
   }
   std::erase_if(ahead_, [&object](const Node& node) { return node.ref == object.ref; });
-  ahead_.push_back({object.ref, object.inMenuBar});
+  ahead_.push_back({object.ref, object.inMenuBar, object.clip});
   int left = std::min(kStretch, static_cast<int>(limits_.elements));
   while (left > 0 && !ahead_.empty() && !failed_) {
     const bool useCache = hasCache(toolkit) && !cacheTried_;
@@ -131,11 +131,13 @@ void AtspiTree::open(Stretch& stretch, const Node& node) {
 void AtspiTree::kindKnown(Stretch& stretch, const Node& node,
                           const std::shared_ptr<AtspiFacts>& facts) {
   // What lies outside of the window is scrolled away, unless it is in a popover.
-  if (isWindow(*facts) && stretch.toolkit == Toolkit::gtk4 && windows && windows->popups.empty()) {
+  if (isWindow(*facts) && windows && windows->popups.empty()) {
     window_ = plausible(facts->extents);
   }
-  const AtspiView view{
-      .facts = *facts, .toolkit = stretch.toolkit, .inMenuBar = node.whole, .window = window_};
+  const AtspiView view{.facts = *facts,
+                       .toolkit = stretch.toolkit,
+                       .inMenuBar = node.whole,
+                       .clip = node.clip ? node.clip : window_};
   if (!facts->alive || (isHidden(view) && !isWindow(*facts))) {
     // Nobody looks below what is hidden, and of itself nothing more is asked.
     facts->known.add(factsReadAhead());
@@ -145,10 +147,11 @@ void AtspiTree::kindKnown(Stretch& stretch, const Node& node,
   }
   askFacts(stretch.batch, node.ref, stretch.toolkit, factsReadAhead(), facts,
            [this, &stretch, node, facts] {
+             const std::optional<Rect> clip = clipBelow(node.clip, *facts, stretch.toolkit);
              if (facts->children) {
                for (auto child = facts->children->rbegin(); child != facts->children->rend();
                     ++child) {
-                 ahead_.push_back({*child, node.whole});
+                 ahead_.push_back({*child, node.whole, clip});
                }
              }
              --stretch.active;

@@ -44,7 +44,8 @@ class AtspiTree {
  private:
   struct Node {
     AtspiRef ref;
-    bool whole = false;  ///< Also what is not shown: inside a menu bar.
+    bool whole = false;          ///< Also what is not shown: inside a menu bar.
+    std::optional<Rect> clip{};  ///< As in `AtspiElement::Parts`.
   };
   struct Stretch;
 

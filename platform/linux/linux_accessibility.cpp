@@ -14,11 +14,11 @@ Element LinuxAccessibility::application(Pid pid, Duration messagingTimeout) {
 
 AtspiView LinuxAccessibility::viewOf(const Parts& object, const AtspiFacts& facts) {
   AtspiView view{facts, reader_.toolkitOf(object), object.facet, object.place, object.inMenuBar};
-  // GTK 4 gives rows that are scrolled away a place outside of their window.
-  if (view.toolkit == Toolkit::gtk4 && facts.extents && !isWindow(facts) &&
+  view.clip = object.clip;
+  if (!view.clip && mayBeScrolledAway(view) && facts.extents && !isWindow(facts) &&
       reader_.windowsOf(object.pid, object.timeout).popups.empty()) {
     if (const std::optional<Toplevel> top = reader_.toplevelOf(object)) {
-      view.window = plausible(top->facts->extents);
+      view.clip = plausible(top->facts->extents);
     }
   }
   return view;

@@ -81,7 +81,7 @@ class LinuxAccessibility final : public Accessibility {
                                                     Point point);
   [[nodiscard]] AtspiRef deepestAt(const Parts& start, Point point);
   [[nodiscard]] std::optional<AtspiRef> childAt(const Parts& object, Point point);
-  [[nodiscard]] std::optional<AtspiRef> inPageAt(const Parts& tabList, Point point);
+  [[nodiscard]] std::optional<AtspiRef> placedChildAt(const Parts& object, Point point);
 
   AtspiEvents& events_;
   AtspiBus bus_;

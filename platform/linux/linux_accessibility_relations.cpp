@@ -99,7 +99,7 @@ std::vector<AtspiRef> LinuxAccessibility::shownChildren(const Parts& object,
   std::vector<AtspiRef> result;
   for (std::size_t i = 0; i < children.size(); ++i) {
     const bool left = theirs[i] && (theirs[i]->is(AtspiRole::menuBar) && mayHoldMenuBar);
-    if (!left && !(mayRepeat && theirs[i] && repeatsParent(*theirs[i], facts))) {
+    if (!left && !(mayRepeat && theirs[i] && repeatsParent(*theirs[i], facts, toolkit))) {
       result.push_back(std::move(children[i]));
     }
   }
@@ -119,6 +119,7 @@ Values LinuxAccessibility::childrenOf(const Parts& object, const AtspiFacts& fac
     child.ref = std::move(ref);
     child.facet = Facet::whole;
     child.place = placeBelow(facts);
+    child.clip = clipBelow(object.clip, facts, reader_.toolkitOf(object));
     if (isWindow(facts)) {
       child.window = object.ref;
     }
