@@ -116,6 +116,12 @@ class OneMenuClickTests(OneClick):
         client = x_windows.client_of(self.window())
         x_windows.click(client["x"] + 15, client["y"] + 12)
 
+    def test_settle_hears_a_menu_open(self):
+        start = time.time() * 1000
+        self.press_file()
+        wait_until(lambda: set(self.call("settle", sinceMs=start)["heard"])
+                   - {"AXFocusedUIElementChanged", "AXApplicationActivated"}, 3, "it is heard")
+
     def test_an_item_of_a_menu_that_the_user_opened(self):
         closed = x_windows.shown_count()
         for _ in range(self.REPEATS):
@@ -141,6 +147,11 @@ class OneOpenMenuClickTests(OneClick):
     MENU = "File"
     ITEM = "New"
     LINE = "menu File/New"
+
+    def test_settle_hears_a_menu_open(self):
+        self.click(self.MENU)
+        heard = set(self.call("settle")["heard"]) - {"AXActionAcknowledged"}
+        self.assertNotEqual(heard, set())
 
     def test_an_item_in_the_menu_that_is_open(self):
         for _ in range(self.REPEATS):

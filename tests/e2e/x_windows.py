@@ -2,6 +2,7 @@
 
     x_windows.py move WINDOW X Y
     x_windows.py minimise WINDOW
+    x_windows.py keep-above WINDOW
     x_windows.py click X Y
 
 The deeds are a program of their own: a display that goes away ends the process that uses it.
@@ -84,6 +85,10 @@ def minimise(window):
     _do("minimise", window)
 
 
+def keep_above(window):
+    _do("keep-above", window)
+
+
 def click(x, y):
     """Presses and releases the first button of the pointer."""
     _do("click", str(int(x)), str(int(y)))
@@ -114,6 +119,8 @@ def main():
         window.move(int(sys.argv[3]), int(sys.argv[4]))
     elif sys.argv[1] == "minimise":
         window.iconify()
+    elif sys.argv[1] == "keep-above":
+        window.set_keep_above(True)
     display.sync()
 
 
