@@ -40,15 +40,19 @@ bool writeLine(std::FILE* out, const std::string& line) {
 
 }  // namespace
 
-void serveRequests(Server& server, std::FILE* in, std::FILE* out) {
+void serveRequests(const Serve& serve, std::FILE* in, std::FILE* out) {
   std::string line;
   for (Line read = readLine(in, line); read != Line::endOfInput; read = readLine(in, line)) {
     const Served served =
-        read == Line::tooLarge ? Served{Server::requestTooLarge(), false} : server.serve(line);
+        read == Line::tooLarge ? Served{Server::requestTooLarge(), false} : serve(line);
     if (served.close || (served.response && !writeLine(out, *served.response))) {
       return;
     }
   }
+}
+
+void serveRequests(Server& server, std::FILE* in, std::FILE* out) {
+  serveRequests([&](std::string_view line) { return server.serve(line); }, in, out);
 }
 
 }  // namespace tarqo

@@ -1,43 +1,29 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <filesystem>
-#include <fstream>
 #include <set>
 
-#include "main/server.h"
-#include "tests/transcripts/scenes.h"
-#include "tests/transcripts/transcript.h"
+#include "simulator/simulation.h"
+#include "tests/transcripts/collection.h"
+#include "tests/transcripts/piped_program.h"
 
 namespace tarqo::transcripts {
 namespace {
-
-std::vector<std::string> transcriptNames() {
-  std::vector<std::string> names;
-  for (const auto& entry : std::filesystem::directory_iterator(TARQO_TRANSCRIPTS)) {
-    if (entry.path().extension() == ".txt" && entry.path().filename() != "CMakeLists.txt") {
-      names.push_back(entry.path().stem().string());
-    }
-  }
-  std::sort(names.begin(), names.end());
-  return names;
-}
-
-Transcript transcriptNamed(const std::string& name) {
-  std::ifstream file(std::filesystem::path(TARQO_TRANSCRIPTS) / (name + ".txt"));
-  return parseTranscript({std::istreambuf_iterator<char>(file), {}});
-}
 
 class Transcripts : public testing::TestWithParam<std::string> {};
 
 TEST_P(Transcripts, ArePlayedInProcess) {
   const Transcript transcript = transcriptNamed(GetParam());
-  sim::Desktop desktop;
-  ASSERT_TRUE(buildScene(transcript.scene, desktop)) << "no scene is called " << transcript.scene;
-  Server server(desktop.platform());
-  EXPECT_EQ(
-      play(transcript, [&](const std::string& request) { return server.serve(request).response; }),
-      "");
+  sim::Simulation simulation(sim::SceneFile::read(scenePath(transcript.scene)));
+  EXPECT_EQ(play(transcript,
+                 [&](const std::string& request) { return simulation.serve(request).response; }),
+            "");
+}
+
+TEST_P(Transcripts, ArePlayedThroughThePipesOfTheProgram) {
+  const Transcript transcript = transcriptNamed(GetParam());
+  PipedProgram program({TARQO_SIM_PROGRAM, scenePath(transcript.scene)});
+  EXPECT_EQ(play(transcript, [&](const std::string& request) { return program.ask(request); }), "");
+  EXPECT_EQ(program.finish(), 0);
 }
 
 INSTANTIATE_TEST_SUITE_P(All, Transcripts, testing::ValuesIn(transcriptNames()),

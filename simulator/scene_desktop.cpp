@@ -1,0 +1,204 @@
+// The desktop as a whole: displays, the login session, grants, pixels, text recognition, input.
+
+#include "simulator/scene_parts.h"
+
+namespace tarqo::sim {
+namespace {
+
+Fact<Desktop> all(Facts<Desktop> facts) {
+  return
+      [facts = std::move(facts)](Stage& stage, Desktop& desktop) { apply(facts, stage, desktop); };
+}
+
+Fact<Desktop> readScreens(const Field& list) {
+  std::vector<std::pair<Rect, double>> screens;
+  for (const Field& item : list.items()) {
+    (void)readFacts(item, std::array<Member<Desktop>, 0>{}, {"frame", "scale"});
+    const auto scale = item.find("scale");
+    screens.emplace_back(item.require("frame").rect(), scale ? scale->number() : 1);
+  }
+  return [screens](Stage&, Desktop& desktop) {
+    desktop.windowServer().displays.clear();
+    for (const auto& [frame, scale] : screens) {
+      desktop.windowServer().addDisplay(frame, scale);
+    }
+  };
+}
+
+constexpr std::array kSessionMembers{
+    Member<Desktop>{"locked",
+                    [](const Field& value) -> Fact<Desktop> {
+                      return [locked = value.boolean()](Stage&, Desktop& desktop) {
+                        desktop.windowServer().session.locked = locked;
+                      };
+                    }},
+    Member<Desktop>{"onConsole",
+                    [](const Field& value) -> Fact<Desktop> {
+                      return [onConsole = value.boolean()](Stage&, Desktop& desktop) {
+                        desktop.windowServer().session.onConsole = onConsole;
+                      };
+                    }},
+};
+
+Fact<Desktop> readPermission(const Field& value, bool PermissionsService::*grant) {
+  return [granted = value.boolean(), grant](Stage&, Desktop& desktop) {
+    desktop.permissions().*grant = granted;
+  };
+}
+
+constexpr std::array kPermissionMembers{
+    Member<Desktop>{
+        "accessibility",
+        [](const Field& value) { return readPermission(value, &PermissionsService::trusted); }},
+    Member<Desktop>{"screenCapture",
+                    [](const Field& value) {
+                      return readPermission(value, &PermissionsService::captureGranted);
+                    }},
+    Member<Desktop>{"promptGrantsAccessibility",
+                    [](const Field& value) {
+                      return readPermission(value, &PermissionsService::promptGrantsTrust);
+                    }},
+    Member<Desktop>{"promptGrantsScreenCapture",
+                    [](const Field& value) {
+                      return readPermission(value, &PermissionsService::requestGrantsCapture);
+                    }},
+};
+
+Reply readReply(const Field& value) {
+  if (value.value().is_number()) {
+    return Reply::after(value.milliseconds());
+  }
+  const std::string word = value.value().is_string() ? value.text() : "";
+  if (word == "works") {
+    return Reply::now();
+  }
+  if (word == "fails") {
+    return Reply::nothing();
+  }
+  if (word == "never") {
+    return Reply::never();
+  }
+  value.fail("must be \"works\", \"fails\", \"never\" or a number of milliseconds");
+}
+
+Fact<Desktop> readWindowImagesOf(const Field& object) {
+  std::map<std::string, Reply> replies;
+  for (const auto& [id, value] : object.members()) {
+    replies.emplace(id, readReply(value));
+    value.refer(id, {Named::window, Named::otherWindow});
+  }
+  return [replies](Stage& stage, Desktop& desktop) {
+    for (const auto& [id, reply] : replies) {
+      const auto own = stage.windows.find(id);
+      const auto other = stage.otherWindows.find(id);
+      const ServerWindow* window = own != stage.windows.end()          ? &own->second->server()
+                                   : other != stage.otherWindows.end() ? other->second
+                                                                       : nullptr;
+      if (window != nullptr && window->info.number) {
+        desktop.capture().windowImagesOf.insert_or_assign(*window->info.number, reply);
+      }
+    }
+  };
+}
+
+constexpr std::array kCaptureMembers{
+    Member<Desktop>{"windowImages",
+                    [](const Field& value) -> Fact<Desktop> {
+                      return [reply = readReply(value)](Stage&, Desktop& desktop) {
+                        desktop.capture().windowImages = reply;
+                      };
+                    }},
+    Member<Desktop>{"windowImagesOf", readWindowImagesOf},
+    Member<Desktop>{"displayRegions",
+                    [](const Field& value) -> Fact<Desktop> {
+                      return [reply = readReply(value)](Stage&, Desktop& desktop) {
+                        desktop.capture().displayRegions = reply;
+                      };
+                    }},
+    Member<Desktop>{"encoding",
+                    [](const Field& value) -> Fact<Desktop> {
+                      const std::string word = value.text();
+                      if (word != "works" && word != "fails" && word != "missing") {
+                        value.fail("must be \"works\", \"fails\" or \"missing\"");
+                      }
+                      return [word](Stage&, Desktop& desktop) {
+                        auto& fault = desktop.images().encodingFails;
+                        fault.reset();
+                        if (word != "works") {
+                          fault = word == "fails" ? PngError::failed : PngError::noEncoder;
+                        }
+                      };
+                    }},
+};
+
+RecognizedLine readLine(const Field& item) {
+  (void)readFacts(item, std::array<Member<Desktop>, 0>{}, {"text", "box", "confidence"});
+  const auto confidence = item.find("confidence");
+  return {item.require("text").text(), item.require("box").rect(),
+          confidence ? static_cast<float>(confidence->number()) : 1.0F};
+}
+
+constexpr std::array kRecognitionMembers{
+    Member<Desktop>{"lines",
+                    [](const Field& list) -> Fact<Desktop> {
+                      std::vector<RecognizedLine> lines;
+                      for (const Field& item : list.items()) {
+                        lines.push_back(readLine(item));
+                      }
+                      return
+                          [lines](Stage&, Desktop& desktop) { desktop.recognizer().lines = lines; };
+                    }},
+    Member<Desktop>{"error",
+                    [](const Field& value) -> Fact<Desktop> {
+                      return [error = value.text()](Stage&, Desktop& desktop) {
+                        desktop.recognizer().error = error;
+                      };
+                    }},
+    Member<Desktop>{"takesMs",
+                    [](const Field& value) -> Fact<Desktop> {
+                      return [takes = value.milliseconds()](Stage&, Desktop& desktop) {
+                        desktop.recognizer().takes = takes;
+                      };
+                    }},
+};
+
+Fact<Desktop> readRefusal(const Field& value, bool InputEventsService::*refuses) {
+  return [works = value.boolean(), refuses](Stage&, Desktop& desktop) {
+    desktop.input().*refuses = !works;
+  };
+}
+
+constexpr std::array kInputMembers{
+    Member<Desktop>{
+        "mouse",
+        [](const Field& value) { return readRefusal(value, &InputEventsService::refusesMouse); }},
+    Member<Desktop>{
+        "keys",
+        [](const Field& value) { return readRefusal(value, &InputEventsService::refusesKeys); }},
+    Member<Desktop>{
+        "text",
+        [](const Field& value) { return readRefusal(value, &InputEventsService::refusesText); }},
+    Member<Desktop>{
+        "scroll",
+        [](const Field& value) { return readRefusal(value, &InputEventsService::refusesScroll); }},
+};
+
+constexpr std::array kDesktopMembers{
+    Member<Desktop>{"screens", readScreens},
+    Member<Desktop>{"session", [](const Field& v) { return all(readFacts(v, kSessionMembers)); }},
+    Member<Desktop>{"permissions",
+                    [](const Field& v) { return all(readFacts(v, kPermissionMembers)); }},
+    Member<Desktop>{"capture", [](const Field& v) { return all(readFacts(v, kCaptureMembers)); }},
+    Member<Desktop>{"recognizedText",
+                    [](const Field& v) { return all(readFacts(v, kRecognitionMembers)); }},
+    Member<Desktop>{"inputEvents", [](const Field& v) { return all(readFacts(v, kInputMembers)); }},
+};
+
+}  // namespace
+
+Facts<Desktop> readDesktopFacts(const Field& object,
+                                std::initializer_list<std::string_view> others) {
+  return readFacts(object, kDesktopMembers, others);
+}
+
+}  // namespace tarqo::sim

@@ -1,0 +1,122 @@
+#include "simulator/scene_file.h"
+
+#include <fstream>
+#include <iterator>
+#include <utility>
+
+#include "platform/unicode.h"
+#include "simulator/scene_parts.h"
+
+namespace tarqo::sim {
+namespace {
+
+constexpr std::array<Member<Node>, 0> kNone{};
+
+// A window of a process that is no application of the scene, in front of all others.
+Deed readOtherWindow(const Field& object) {
+  (void)readFacts(object, kNone, {"id", "owner", "frame", "layer"});
+  const auto id = object.find("id");
+  const auto layer = object.find("layer");
+  return
+      [id = id ? id->declare(Named::otherWindow) : "", owner = object.require("owner").text(),
+       frame = object.require("frame").rect(), layer = layer ? layer->count() : 0](Stage& stage) {
+        const Pid pid = stage.desktop.processes().add("/usr/bin/" + owner, 1);
+        ServerWindow& window = stage.desktop.windowServer().bareWindow(pid, owner, frame);
+        window.info.layer = layer;
+        if (!id.empty()) {
+          stage.otherWindows[id] = &window;
+        }
+      };
+}
+
+// Which application launched the helper, and through which other programs.
+Deed readHost(const Field& object) {
+  (void)readFacts(object, kNone, {"application", "through"});
+  const auto through = object.find("through");
+  return [bundleId = object.require("application").name({Named::application}),
+          programs = through ? through->texts() : std::vector<std::string>{}](Stage& stage) {
+    App* host = runningApp(stage, bundleId);
+    if (host == nullptr) {
+      return;
+    }
+    ProcessesService& processes = stage.desktop.processes();
+    Pid parent = host->pid();
+    for (const std::string& program : programs) {
+      parent = processes.add(program, parent);
+    }
+    processes.table[processes.own].parent = parent;
+  };
+}
+
+Json parsed(const std::string& text) {
+  try {
+    return parseJson(unicode::repaired(text));
+  } catch (const JsonError& error) {
+    throw SceneError(std::string("the scene is no JSON: ") + error.what());
+  }
+}
+
+}  // namespace
+
+SceneFile::SceneFile(const std::string& json) {
+  const Json value = parsed(json);
+  SceneNames names;
+  const Field scene(value, "", names);
+  const Facts<Desktop> desktop =
+      readDesktopFacts(scene, {"applications", "otherWindows", "host", "changes"});
+  if (const auto applications = scene.find("applications")) {
+    for (const Field& application : applications->items()) {
+      build_.push_back(readApplication(application));
+    }
+  }
+  if (const auto windows = scene.find("otherWindows")) {
+    for (const Field& window : windows->items()) {
+      build_.push_back(readOtherWindow(window));
+    }
+  }
+  if (const auto host = scene.find("host")) {
+    build_.push_back(readHost(*host));
+  }
+  build_.emplace_back([desktop](Stage& stage) { apply(desktop, stage, stage.desktop); });
+  if (const auto changes = scene.find("changes")) {
+    for (const Field& change : changes->items()) {
+      readChange(change);
+    }
+  }
+  names.requireAllKnown();
+}
+
+SceneFile SceneFile::read(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  const std::string json{std::istreambuf_iterator<char>(file), {}};
+  if (!file || file.bad()) {
+    throw SceneError("the file cannot be read");
+  }
+  return SceneFile(json);
+}
+
+void SceneFile::readChange(const Field& object) {
+  (void)readFacts(object, kNone, {"after", "do"});
+  const Field after = object.require("after");
+  (void)readFacts(after, kNone, {"requests", "ms"});
+  const auto requests = after.find("requests");
+  const auto ms = after.find("ms");
+  const std::optional<Duration> delay = ms ? std::optional(ms->milliseconds()) : std::nullopt;
+  changes_.emplace(requests ? requests->count() : 0,
+                   [effects = readEffects(object.require("do")), delay](Stage& stage) {
+                     if (!delay) {
+                       perform(effects, stage);
+                       return;
+                     }
+                     stage.desktop.after(*delay, [effects, &stage] { perform(effects, stage); });
+                   });
+}
+
+void SceneFile::changeAfter(int requests, Stage& stage) const {
+  const auto [begin, end] = changes_.equal_range(requests);
+  for (auto change = begin; change != end; ++change) {
+    change->second(stage);
+  }
+}
+
+}  // namespace tarqo::sim
