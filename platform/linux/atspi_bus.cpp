@@ -116,6 +116,15 @@ void AtspiBatch::call(const AtspiRef& target, const char* interface, const char*
   send(make(target, interface, member), std::move(handler));
 }
 
+void AtspiBatch::callWithNumber(const AtspiRef& target, AtspiMethod method, std::int32_t number,
+                                ReplyHandler handler) {
+  Message message = make(target, method.interface, method.name);
+  if (message) {
+    sd_bus_message_append(message.get(), "i", number);
+  }
+  send(std::move(message), std::move(handler));
+}
+
 void AtspiBatch::property(const AtspiRef& target, const char* interface, const char* name,
                           ReplyHandler handler) {
   Message message = make(target, "org.freedesktop.DBus.Properties", "Get");

@@ -55,6 +55,7 @@ inline constexpr const char* kCollection = "org.a11y.atspi.Collection";
 inline constexpr const char* kComponent = "org.a11y.atspi.Component";
 inline constexpr const char* kDocument = "org.a11y.atspi.Document";
 inline constexpr const char* kEditableText = "org.a11y.atspi.EditableText";
+inline constexpr const char* kSelection = "org.a11y.atspi.Selection";
 inline constexpr const char* kText = "org.a11y.atspi.Text";
 inline constexpr const char* kValue = "org.a11y.atspi.Value";
 inline constexpr const char* kRootPath = "/org/a11y/atspi/accessible/root";
@@ -103,6 +104,11 @@ enum class BatchOutcome {
   lost       ///< The connection failed.
 };
 
+struct AtspiMethod {
+  const char* interface;
+  const char* name;
+};
+
 /// How long a batch may last.
 struct BatchLimits {
   Instant deadline;      ///< For the batch as a whole.
@@ -125,6 +131,10 @@ class AtspiBatch {
   /// A call without arguments.
   void call(const AtspiRef& target, const char* interface, const char* member,
             ReplyHandler handler);
+
+  /// A call with a number as its argument.
+  void callWithNumber(const AtspiRef& target, AtspiMethod method, std::int32_t number,
+                      ReplyHandler handler);
 
   /// Reads a property; the answer is a variant.
   void property(const AtspiRef& target, const char* interface, const char* name,

@@ -2,11 +2,10 @@
 
 #include <algorithm>
 
+#include "platform/linux/atspi_question.h"
+
 namespace tarqo::lnx {
 namespace {
-
-/// Longer texts are cut: nobody reads more of a value, and a log view may hold megabytes.
-constexpr std::int32_t kMaxTextCharacters = 20000;
 
 /// What gives an entry its placeholder, and web content its identifier.
 bool attributesMatter(const AtspiFacts& facts, Toolkit toolkit) {
@@ -26,19 +25,6 @@ bool attributesMatter(const AtspiFacts& facts, Toolkit toolkit) {
 bool identifierMatters(Toolkit toolkit) {
   // Qt 5 does not know the property.
   return toolkit != Toolkit::qt;
-}
-
-/// GTK 4 gives every label the commands of its context menu, none of which stands for pressing it.
-bool actionsMatter(const AtspiFacts& facts, Toolkit toolkit) {
-  return facts.has(AtspiInterface::action) &&
-         !(toolkit == Toolkit::gtk4 && facts.is(AtspiRole::label));
-}
-
-/// A name that axAction might know under another spelling: GetActions gives translated names in
-/// GTK 3 and empty ones in Chromium, where GetName gives the plain ones. Names with a dot are those
-/// of GTK 4's own commands, of which every label has some.
-bool needsPlainName(const std::string& action, std::uint32_t role) {
-  return !axAction(action, role) && action.find('.') == std::string::npos;
 }
 
 }  // namespace
@@ -74,20 +60,6 @@ bool isShowing(const AtspiFacts& facts, Toolkit toolkit) {
 }
 
 namespace {
-
-/// What is under way for one object.
-struct Question {
-  AtspiBatch& batch;
-  AtspiRef ref;
-  Toolkit toolkit = Toolkit::other;
-  FactSet wanted{};
-  std::shared_ptr<AtspiFacts> facts{};
-  std::function<void()> done{};
-  int open = 0;  ///< Unanswered calls of this round.
-  int round = 0;
-};
-
-void answered(const std::shared_ptr<Question>& question);
 
 void askKind(const std::shared_ptr<Question>& question) {
   question->open += 3;
@@ -195,139 +167,6 @@ void askChildren(const std::shared_ptr<Question>& question) {
   });
 }
 
-/// Chromium gives actions no names in the list of them. Its first two are what an object does when
-/// it is pressed and its context menu.
-void askFirstActionNames(const std::shared_ptr<Question>& question) {
-  question->facts->actions.resize(2);
-  question->open += 2;
-  for (std::int32_t i = 0; i < 2; ++i) {
-    Message message = question->batch.make(question->ref, kAction, "GetName");
-    if (message) {
-      sd_bus_message_append(message.get(), "i", i);
-    }
-    question->batch.send(std::move(message), [question, i](Reply reply) {
-      question->facts->actions[static_cast<std::size_t>(i)] =
-          (reply.ok ? readText(reply.message) : std::nullopt).value_or("");
-      answered(question);
-    });
-  }
-}
-
-void askActions(const std::shared_ptr<Question>& question) {
-  if (question->toolkit == Toolkit::chromium && !question->facts->has(AtspiInterface::value)) {
-    askFirstActionNames(question);
-    return;
-  }
-  ++question->open;
-  question->batch.call(question->ref, kAction, "GetActions", [question](Reply reply) {
-    if (auto actions = reply.ok ? readActions(reply.message) : std::nullopt) {
-      question->facts->actions = *std::move(actions);
-    }
-    answered(question);
-  });
-}
-
-void askActionNames(const std::shared_ptr<Question>& question) {
-  if (!question->wanted.has(Fact::actions) ||
-      (question->toolkit == Toolkit::chromium && !question->facts->has(AtspiInterface::value))) {
-    return;
-  }
-  std::vector<std::string>& actions = question->facts->actions;
-  for (std::size_t i = 0; i < actions.size(); ++i) {
-    if (!needsPlainName(actions[i], question->facts->role)) {
-      continue;
-    }
-    Message message = question->batch.make(question->ref, kAction, "GetName");
-    if (message) {
-      sd_bus_message_append(message.get(), "i", static_cast<std::int32_t>(i));
-    }
-    ++question->open;
-    question->batch.send(std::move(message), [question, i](Reply reply) {
-      if (auto name = reply.ok ? readText(reply.message) : std::nullopt) {
-        question->facts->actions[i] = *std::move(name);
-      }
-      answered(question);
-    });
-  }
-}
-
-void askTextOf(const std::shared_ptr<Question>& question, std::int32_t end) {
-  Message message = question->batch.make(question->ref, kText, "GetText");
-  if (message) {
-    sd_bus_message_append(message.get(), "ii", 0, end);
-  }
-  question->batch.send(std::move(message), [question](Reply content) {
-    question->facts->text = content.ok ? readText(content.message) : std::nullopt;
-    answered(question);
-  });
-}
-
-void askTextContent(const std::shared_ptr<Question>& question) {
-  ++question->open;
-  // -1 means the end, but to GTK 4; and what has many lines may be too long to be read whole.
-  if (question->toolkit != Toolkit::gtk4 && question->facts->has(AtspiState::singleLine)) {
-    askTextOf(question, -1);
-    return;
-  }
-  question->batch.property(question->ref, kText, "CharacterCount", [question](Reply reply) {
-    const auto count = reply.ok ? readVariantInt(reply.message) : std::nullopt;
-    if (!count || *count <= 0) {
-      if (count) {
-        question->facts->text = "";
-      }
-      answered(question);
-      return;
-    }
-    askTextOf(question, std::min(*count, kMaxTextCharacters));
-  });
-}
-
-void askNumber(const std::shared_ptr<Question>& question) {
-  ++question->open;
-  question->batch.property(question->ref, kValue, "CurrentValue", [question](Reply reply) {
-    question->facts->number = reply.ok ? readVariantDouble(reply.message) : std::nullopt;
-    answered(question);
-  });
-}
-
-void askAddress(const std::shared_ptr<Question>& question) {
-  Message message = question->batch.make(question->ref, kDocument, "GetAttributeValue");
-  if (message) {
-    sd_bus_message_append(message.get(), "s", "URI");
-  }
-  ++question->open;
-  question->batch.send(std::move(message), [question](Reply reply) {
-    if (auto address = reply.ok ? readText(reply.message) : std::nullopt) {
-      question->facts->address = *std::move(address);
-    }
-    answered(question);
-  });
-}
-
-void askValue(const std::shared_ptr<Question>& question) {
-  const AtspiFacts& facts = *question->facts;
-  const RoleRow row = refined(roleRow(facts.role), facts.states);
-  switch (row.value) {
-    case ValueSource::none:
-    case ValueSource::onOff:
-    case ValueSource::label:
-      break;
-    case ValueSource::choice:
-    case ValueSource::text:
-      if (facts.has(AtspiInterface::text)) {
-        askTextContent(question);
-      } else if (facts.has(AtspiInterface::value)) {
-        askNumber(question);
-      }
-      break;
-    case ValueSource::quantity:
-      if (facts.has(AtspiInterface::value)) {
-        askNumber(question);
-      }
-      break;
-  }
-}
-
 void askDetails(const std::shared_ptr<Question>& question) {
   const AtspiFacts& facts = *question->facts;
   const FactSet wanted = question->wanted;
@@ -357,15 +196,13 @@ void askDetails(const std::shared_ptr<Question>& question) {
       answered(question);
     });
   }
-  if (wanted.has(Fact::actions) && actionsMatter(facts, question->toolkit)) {
+  if (wanted.has(Fact::actions)) {
     askActions(question);
   }
   if (wanted.has(Fact::value)) {
     askValue(question);
   }
-  // Chromium says of every object that it is a document.
-  if (wanted.has(Fact::address) && facts.has(AtspiInterface::document) &&
-      roleRow(facts.role).axRole == "AXWebArea") {
+  if (wanted.has(Fact::address)) {
     askAddress(question);
   }
   // Whether an object of such a role is a window shows by what it hangs on.
@@ -377,6 +214,8 @@ void askDetails(const std::shared_ptr<Question>& question) {
     });
   }
 }
+
+}  // namespace
 
 void answered(const std::shared_ptr<Question>& question) {
   if (--question->open > 0) {
@@ -400,8 +239,6 @@ void answered(const std::shared_ptr<Question>& question) {
     question->done();
   }
 }
-
-}  // namespace
 
 void askFacts(AtspiBatch& batch, const AtspiRef& ref, Toolkit toolkit, FactSet wanted,
               std::shared_ptr<AtspiFacts> facts, std::function<void()> done) {

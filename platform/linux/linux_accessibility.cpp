@@ -4,8 +4,9 @@
 
 namespace tarqo::lnx {
 
-LinuxAccessibility::LinuxAccessibility(WindowLocator& locator, AtspiEvents& events)
-    : events_(events), reader_(bus_, locator), debts_(bus_) {}
+LinuxAccessibility::LinuxAccessibility(WindowLocator& locator, AtspiEvents& events,
+                                       InputEvents* keyboard)
+    : events_(events), keyboard_(keyboard), reader_(bus_, locator), debts_(bus_) {}
 
 Element LinuxAccessibility::application(Pid pid, Duration messagingTimeout) {
   return makeElement(
@@ -135,7 +136,8 @@ bool LinuxAccessibility::isSettable(const Element& element, std::string_view nam
     return facts->has(AtspiState::focusable) && facts->has(AtspiInterface::component) &&
            reader_.toolkitOf(object) != Toolkit::gtk4;
   }
-  return name == "AXValue" && hasSettableValue(viewOf(object, *facts));
+  return name == "AXValue" &&
+         (hasSettableValue(viewOf(object, *facts)) || typesText(object, *facts));
 }
 
 std::optional<Pid> LinuxAccessibility::pidOf(const Element& element) {

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "platform/accessibility.h"
+#include "platform/input_events.h"
 #include "platform/linux/atspi_debts.h"
 #include "platform/linux/atspi_element.h"
 #include "platform/linux/atspi_events.h"
@@ -24,8 +25,9 @@ namespace tarqo::lnx {
 
 class LinuxAccessibility final : public Accessibility {
  public:
-  /// Both are kept by reference and outlive this.
-  LinuxAccessibility(WindowLocator& locator, AtspiEvents& events);
+  /// All are kept and outlive this. Chromium takes text from the keyboard alone, so without one the
+  /// values of its fields cannot be set.
+  LinuxAccessibility(WindowLocator& locator, AtspiEvents& events, InputEvents* keyboard = nullptr);
 
   Element application(Pid pid, Duration messagingTimeout) override;
   std::optional<Value> attribute(const Element& element, std::string_view name) override;
@@ -75,6 +77,16 @@ class LinuxAccessibility final : public Accessibility {
   [[nodiscard]] bool grabFocus(const Parts& object);
   [[nodiscard]] std::optional<WindowNumber> windowNumber(const Parts& window);
 
+  // Typing over a field.
+  [[nodiscard]] bool typesText(const Parts& object, const AtspiFacts& facts);
+  [[nodiscard]] bool typeOver(const Parts& object, const std::string& text);
+  [[nodiscard]] bool takesKeys(const Parts& object);
+  [[nodiscard]] bool awaitFocus(const Parts& object);
+  [[nodiscard]] std::optional<std::string> contentOf(const Parts& object);
+  [[nodiscard]] bool selectAll(const Parts& object, const std::string& content);
+  [[nodiscard]] bool awaitContent(const Parts& object, const std::string& text,
+                                  const std::string& before);
+
   // Hit tests.
   [[nodiscard]] std::vector<Parts> hitCandidates(const LocatedWindow& window, Point point);
   [[nodiscard]] std::optional<AtspiRef> popupObject(const Parts& top, const LocatedWindow& popup,
@@ -84,6 +96,7 @@ class LinuxAccessibility final : public Accessibility {
   [[nodiscard]] std::optional<AtspiRef> placedChildAt(const Parts& object, Point point);
 
   AtspiEvents& events_;
+  InputEvents* keyboard_;
   AtspiBus bus_;
   AtspiReader reader_;
   AtspiDebts debts_;

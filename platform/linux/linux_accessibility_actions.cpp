@@ -81,9 +81,15 @@ bool LinuxAccessibility::set(const Element& element, std::string_view name, cons
 
 bool LinuxAccessibility::setText(const Parts& object, const std::string& text) {
   const FactsPtr facts = reader_.learn(object, Fact::kind);
-  if (facts && !facts->has(AtspiInterface::editableText) && facts->has(AtspiInterface::value)) {
+  if (!facts) {
+    return false;
+  }
+  if (facts->is(AtspiRole::spinButton) && !facts->has(AtspiInterface::editableText)) {
     const std::optional<double> number = numberIn(text);
     return number && setNumber(object, *number);
+  }
+  if (typesText(object, *facts)) {
+    return typeOver(object, text);
   }
   bool accepted = false;
   reader_.ask(object, [&](AtspiBatch& batch) {

@@ -1,0 +1,118 @@
+// Values of fields that take text from the keyboard alone, as those of Chromium do.
+#include <algorithm>
+#include <thread>
+
+#include "platform/linux/linux_accessibility.h"
+#include "platform/unicode.h"
+
+namespace tarqo::lnx {
+namespace {
+
+constexpr auto kPoll = std::chrono::milliseconds(10);
+
+/// Between the events of two characters. A page may handle each of them.
+constexpr auto kBetweenKeys = std::chrono::milliseconds(4);
+
+/// For the last keys to pass through the page.
+constexpr auto kArrival = std::chrono::milliseconds(500);
+
+constexpr std::uint16_t kDeleteKey = 117;
+
+}  // namespace
+
+bool LinuxAccessibility::typesText(const Parts& object, const AtspiFacts& facts) {
+  return keyboard_ != nullptr && facts.has(AtspiState::editable) &&
+         facts.has(AtspiState::focusable) && facts.has(AtspiInterface::text) &&
+         !facts.has(AtspiInterface::editableText) && reader_.toolkitOf(object) == Toolkit::chromium;
+}
+
+/// Replaces the text of a field by typing over it. Only where keys are sure to reach it: its window
+/// is the one that receives them, and it has the focus in there.
+bool LinuxAccessibility::typeOver(const Parts& object, const std::string& text) {
+  if (!takesKeys(object) || !grabFocus(object) || !awaitFocus(object)) {
+    return false;
+  }
+  const std::optional<std::string> before = contentOf(object);
+  if (!before || !selectAll(object, *before)) {
+    return false;
+  }
+  const std::unique_ptr<EventSource> source = keyboard_->makeSource(text);
+  bool typed = true;
+  const auto press = [&](const InputEvent& down, const InputEvent& up) {
+    const std::unique_ptr<CreatedEvent> first = keyboard_->create(source.get(), down);
+    const std::unique_ptr<CreatedEvent> second = keyboard_->create(source.get(), up);
+    typed = typed && first && second;
+    if (typed) {
+      keyboard_->post(*first);
+      keyboard_->post(*second);
+      std::this_thread::sleep_for(kBetweenKeys);
+    }
+  };
+  if (text.empty()) {
+    press(KeyEvent{kDeleteKey, true, 0}, KeyEvent{kDeleteKey, false, 0});
+  }
+  unicode::forEachCluster(text, [&](std::string_view cluster) {
+    const std::string character(cluster);
+    press(TextEvent{character, true}, TextEvent{character, false});
+  });
+  return typed && awaitContent(object, text, *before);
+}
+
+bool LinuxAccessibility::takesKeys(const Parts& object) {
+  const std::optional<Toplevel> top = reader_.toplevelOf(object);
+  return top && top->window && top->window->active;
+}
+
+bool LinuxAccessibility::awaitFocus(const Parts& object) {
+  const Instant deadline = std::chrono::steady_clock::now() + object.timeout;
+  while (std::chrono::steady_clock::now() < deadline) {
+    const FactsPtr facts = reader_.learn(object, Fact::kind);
+    if (!facts) {
+      return false;
+    }
+    if (facts->has(AtspiState::focused)) {
+      return true;
+    }
+    std::this_thread::sleep_for(kPoll);
+  }
+  return false;
+}
+
+std::optional<std::string> LinuxAccessibility::contentOf(const Parts& object) {
+  const FactsPtr facts = reader_.learn(object, Fact::value);
+  return facts ? facts->text : std::nullopt;
+}
+
+bool LinuxAccessibility::selectAll(const Parts& object, const std::string& content) {
+  if (content.empty()) {
+    return true;
+  }
+  bool selected = false;
+  reader_.ask(object, [&](AtspiBatch& batch) {
+    Message message = batch.make(object.ref, kText, "SetSelection");
+    if (message) {
+      const auto characters = std::ranges::count_if(
+          content, [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U; });
+      sd_bus_message_append(message.get(), "iii", 0, 0, static_cast<std::int32_t>(characters));
+    }
+    batch.send(std::move(message), [&selected](Reply reply) {
+      selected = reply.ok && readBool(reply.message).value_or(false);
+    });
+  });
+  return selected;
+}
+
+/// Whether the text arrived. A page may change what is typed (a telephone number gets its blanks),
+/// so anything but what was there before is taken for it in the end.
+bool LinuxAccessibility::awaitContent(const Parts& object, const std::string& text,
+                                      const std::string& before) {
+  const Instant deadline = std::chrono::steady_clock::now() + kArrival;
+  std::optional<std::string> now = contentOf(object);
+  while (now && *now != text && std::chrono::steady_clock::now() < deadline) {
+    std::this_thread::sleep_for(kPoll);
+    now = contentOf(object);
+  }
+  return now && (*now == text || *now != before);
+}
+
+}  // namespace tarqo::lnx
