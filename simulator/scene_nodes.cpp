@@ -282,9 +282,9 @@ Fact<App> readMenus(const Field& list) {
   Facts<App> menus;
   for (const Field& menu : list.items()) {
     (void)readFacts(menu, std::array<Member<Node>, 0>{}, {"title", "items"});
-    menus.emplace_back(
-        [title = menu.require("title").text(), items = readItems(menu.require("items"))](
-            Stage& stage, App& app) { items(stage, app.menu(title)); });
+    const std::string title = menu.require("title").text();
+    const Fact<Node> items = readItems(menu.require("items"));
+    menus.emplace_back([title, items](Stage& stage, App& app) { items(stage, app.menu(title)); });
   }
   return [menus](Stage& stage, App& app) { apply(menus, stage, app); };
 }

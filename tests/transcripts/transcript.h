@@ -10,7 +10,7 @@
 //   > {"id": 3, "method": "close"}
 //   <
 //
-// The first line that is no comment names the scene (scenes.h). ">" is a request, sent as it
+// The first line that is no comment names the scene, a file in scenes/. ">" is a request, sent as it
 // stands.
 // "<" is the response to it: JSON that the answer must equal, written as one likes. A line that
 // begins with white space continues the one above. "<" alone means that no response comes and that
