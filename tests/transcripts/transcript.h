@@ -10,11 +10,10 @@
 //   > {"id": 3, "method": "close"}
 //   <
 //
-// The first line that is no comment names the scene, a file in scenes/. ">" is a request, sent as it
-// stands.
-// "<" is the response to it: JSON that the answer must equal, written as one likes. A line that
-// begins with white space continues the one above. "<" alone means that no response comes and that
-// the conversation ends there.
+// The first line that is no comment names the scene, a file in scenes/. ">" is a request, sent as
+// it stands. "<" is the response to it: JSON that the answer must equal, written as one likes. A
+// line that begins with white space continues the one above. "<" alone means that no response comes
+// and that the conversation ends there.
 //
 // In a response, a text of this form stands for what differs from run to run:
 //   "<any>" any value    "<number>" any number    "<text>" any text that is not empty
