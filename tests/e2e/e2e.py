@@ -103,6 +103,10 @@ class App(AppLog):
     def pid(self):
         return self._process.pid
 
+    @property
+    def has_ended(self):
+        return self._process.poll() is not None
+
     def send_signal(self, number):
         self._process.send_signal(number)
 

@@ -1,0 +1,47 @@
+"""Qt, driven as a user drives it."""
+
+import unittest
+
+from e2e import QT, HelperTest, nodes_of
+from one_click import OneClickTests, OneDialogClickTests, OneMenuClickTests
+from toolkits import ClickingTests, LaunchTests, ReadingTests, ToolkitTest
+
+
+class QtTest(ToolkitTest):
+    BUNDLE = "com.tarqo.test.qt"
+    COMMAND = QT
+    NODES = frozenset({("popupbutton", "Small"), ("table", "Files"), ("list", "Fruits"),
+                       ("menuitem", "New"), ("menuitem", "PDF"), ("menuitem", "About")})
+
+
+class Launch(LaunchTests, HelperTest):
+    BUNDLE = QtTest.BUNDLE
+    NAME = "Tarqo Qt"
+    TITLE = "Tarqo Qt"
+
+
+class Reading(QtTest, ReadingTests):
+    def test_the_menu_bar_lists_enabled_commands_by_their_path(self):
+        commands = [n["command"] for n in nodes_of(self.observe()) if "command" in n]
+        self.assertEqual(commands, [["File", "New"], ["File", "Export", "PDF"],
+                                    ["File", "Export", "Image", "PNG"], ["Help", "About"]])
+
+
+class Clicking(QtTest, ClickingTests):
+    pass
+
+
+class Controls(QtTest, OneClickTests):
+    pass
+
+
+class Dialog(QtTest, OneDialogClickTests):
+    pass
+
+
+class Menus(QtTest, OneMenuClickTests):
+    pass
+
+
+if __name__ == "__main__":
+    unittest.main()
