@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <regex>
 
 #include "simulator/simulation.h"
 #include "tests/transcripts/collection.h"
@@ -15,12 +14,14 @@ const std::filesystem::path kExamples = TARQO_SIM_EXAMPLES;
 
 /// The sessions in the document: code blocks that name a scene.
 std::vector<transcripts::Transcript> documentedSessions() {
-  static const std::regex kBlock("```\\n(scene: [^`]+)```");
+  const std::string fence = "```\n";
   const std::string document = transcripts::readFile(TARQO_SIM_DOCUMENT);
   std::vector<transcripts::Transcript> sessions;
-  for (std::sregex_iterator each(document.begin(), document.end(), kBlock), end; each != end;
-       ++each) {
-    sessions.push_back(transcripts::parseTranscript((*each)[1]));
+  for (std::size_t at = document.find(fence + "scene: "); at != std::string::npos;
+       at = document.find(fence + "scene: ", at)) {
+    at += fence.size();
+    sessions.push_back(
+        transcripts::parseTranscript(document.substr(at, document.find(fence, at) - at)));
   }
   return sessions;
 }
