@@ -10,7 +10,8 @@ if(NOT APPLE)
   if(TARQO_DESKTOP)
     pkg_check_modules(SYSTEMD REQUIRED IMPORTED_TARGET libsystemd)
     pkg_check_modules(XCB REQUIRED IMPORTED_TARGET
-      xcb xcb-shm xcb-composite xcb-res xcb-damage xcb-xtest xcb-randr)
+      xcb xcb-shm xcb-composite xcb-res xcb-damage xcb-xtest xcb-randr
+      xcb-xkb)
   endif()
 endif()
 

@@ -16,6 +16,8 @@ void AtspiApplications::forgetAfterReconnect() {
     generation_ = bus_.generation();
     pids_.clear();
     toolkits_.clear();
+    channelName_.clear();
+    channel_.reset();
   }
 }
 
@@ -80,6 +82,29 @@ std::optional<Toolkit> AtspiApplications::toolkitOf(const std::string& busName, 
     return std::nullopt;
   }
   return toolkits_[busName] = toolkitNamed(name.value_or(""), version);
+}
+
+AtspiBus& AtspiApplications::channelTo(const std::string& busName, Toolkit toolkit,
+                                       Duration patience) {
+  // The bus costs GTK 3 as much time again as its answers do; the others take long enough over
+  // them.
+  if (toolkit != Toolkit::gtk3) {
+    return bus_;
+  }
+  if (channelName_ != busName) {
+    std::string address;
+    AtspiBatch batch(bus_);
+    batch.call({busName, kRootPath}, kApplication, "GetApplicationBusAddress",
+               [&address](Reply reply) {
+                 address = (reply.ok ? readText(reply.message) : std::nullopt).value_or("");
+               });
+    if (batch.run(within(patience)) != BatchOutcome::complete) {
+      return bus_;
+    }
+    channelName_ = busName;
+    channel_ = address.empty() ? nullptr : std::make_unique<AtspiBus>(std::move(address));
+  }
+  return channel_ && channel_->connection() != nullptr ? *channel_ : bus_;
 }
 
 }  // namespace tarqo::lnx

@@ -4,6 +4,7 @@
 // Worker thread only.
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <unordered_map>
@@ -32,6 +33,10 @@ class AtspiApplications {
   /// The toolkit of a connection, asked once; none while the application does not answer.
   [[nodiscard]] std::optional<Toolkit> toolkitOf(const std::string& busName, Duration patience);
 
+  /// The connection to read an application through: its own, past the bus, where it offers one and
+  /// is the faster for it, else the bus. Asked once; the bus too while there is no answer.
+  [[nodiscard]] AtspiBus& channelTo(const std::string& busName, Toolkit toolkit, Duration patience);
+
  private:
   void forgetAfterReconnect();
   void learnPids(const std::vector<AtspiRef>& roots, Duration patience);
@@ -40,6 +45,8 @@ class AtspiApplications {
   int generation_ = 0;
   std::unordered_map<std::string, Pid> pids_;  ///< Unique names are never used again.
   std::unordered_map<std::string, Toolkit> toolkits_;
+  std::string channelName_;            ///< Whose channel the next is.
+  std::unique_ptr<AtspiBus> channel_;  ///< Null for the bus.
 };
 
 }  // namespace tarqo::lnx

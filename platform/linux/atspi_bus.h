@@ -65,6 +65,12 @@ inline constexpr const char* kRootPath = "/org/a11y/atspi/accessible/root";
 
 class AtspiBus {
  public:
+  /// To the accessibility bus.
+  AtspiBus() = default;
+
+  /// To one application, past the bus, at the address it told.
+  explicit AtspiBus(std::string applicationAddress) : address_(std::move(applicationAddress)) {}
+
   /// The connection; made when there is none. Null when there is no session bus or no accessibility
   /// bus on it. Waits for at most 3 s, when the accessibility bus must be started first; after an
   /// attempt that was slow to fail, the next is made 2 s later.
@@ -73,6 +79,9 @@ class AtspiBus {
   /// The connection as it is now; null when there is none.
   [[nodiscard]] sd_bus* current() const { return bus_.get(); }
 
+  /// Whether what is sent goes to one application, whoever it is addressed to.
+  [[nodiscard]] bool isDirect() const { return !address_.empty(); }
+
   /// Gives up a connection that failed. The next use makes a new one.
   void drop();
 
@@ -80,6 +89,7 @@ class AtspiBus {
   [[nodiscard]] int generation() const { return generation_; }
 
  private:
+  std::string address_;  ///< Of one application; empty for the bus.
   BusHandle bus_;
   int generation_ = 0;
   Instant notBefore_ = kDistantPast;
@@ -90,6 +100,10 @@ class AtspiBus {
 
 /// A new connection to the accessibility bus; null when it cannot be made.
 [[nodiscard]] BusHandle openAccessibilityBus();
+
+/// A connection to one application, past the bus; null when it cannot be made. It is not awaited:
+/// what is sent before it stands is sent as soon as it does.
+[[nodiscard]] BusHandle openApplication(const std::string& address);
 
 /// The answer to one call. Read it before the handler returns.
 struct Reply {

@@ -36,13 +36,8 @@ bool AtspiDebts::openDirect(Debt& debt, const AtspiElement::Parts& object) {
   if (batch.run({now + object.timeout, object.timeout}) != BatchOutcome::complete) {
     return false;
   }
-  sd_bus* made = nullptr;
-  if (address.empty() || sd_bus_new(&made) < 0) {
-    return true;
-  }
-  BusHandle direct(made);
-  if (sd_bus_set_address(made, address.c_str()) >= 0 && sd_bus_start(made) >= 0) {
-    debt.direct = std::move(direct);
+  if (!address.empty()) {
+    debt.direct = openApplication(address);
   }
   return true;
 }

@@ -240,10 +240,11 @@ void answered(const std::shared_ptr<Question>& question) {
   }
 }
 
-void askFacts(AtspiBatch& batch, const AtspiRef& ref, Toolkit toolkit, FactSet wanted,
-              std::shared_ptr<AtspiFacts> facts, std::function<void()> done) {
-  auto question =
-      std::make_shared<Question>(Question{.batch = batch, .ref = ref, .toolkit = toolkit});
+void askFacts(AtspiBatch& batch, const FactRequest& request, std::shared_ptr<AtspiFacts> facts,
+              std::function<void()> done) {
+  auto question = std::make_shared<Question>(
+      Question{.batch = batch, .ref = request.ref, .toolkit = request.toolkit});
+  FactSet wanted = request.wanted;
   if (wanted.has(Fact::value)) {
     wanted.add(Fact::name);  // A label's text and a list's choice.
   }

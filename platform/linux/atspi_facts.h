@@ -81,10 +81,16 @@ struct AtspiFacts {
   [[nodiscard]] const std::string* attribute(std::string_view key) const;
 };
 
-/// Asks, within a batch, for those of `wanted` that are not known yet. `done` is called from the
-/// batch's run when all have been answered, or never. `facts` is kept alive until then.
-void askFacts(AtspiBatch& batch, const AtspiRef& ref, Toolkit toolkit, FactSet wanted,
-              std::shared_ptr<AtspiFacts> facts, std::function<void()> done);
+struct FactRequest {
+  AtspiRef ref;
+  Toolkit toolkit = Toolkit::other;
+  FactSet wanted;
+};
+
+/// Asks, within a batch, for those of the facts wanted that are not known yet. `done` is called
+/// from the batch's run when all have been answered, or never. `facts` is kept alive until then.
+void askFacts(AtspiBatch& batch, const FactRequest& request, std::shared_ptr<AtspiFacts> facts,
+              std::function<void()> done);
 
 /// Whether the toolkit says that the object is on the screen.
 [[nodiscard]] bool isShowing(const AtspiFacts& facts, Toolkit toolkit);

@@ -78,7 +78,11 @@ Toolkit AtspiReader::toolkitOf(const AtspiElement::Parts& object) {
 
 void AtspiReader::reach(const AtspiElement::Parts& object) {
   if (AtspiTree* tree = treeOf(object.pid)) {
-    tree->readAhead(object, toolkitOf(object));
+    const Toolkit toolkit = toolkitOf(object);
+    if (!tree->failed()) {
+      tree->readAhead(object, toolkit,
+                      applications_.channelTo(object.ref.bus, toolkit, object.timeout));
+    }
   }
 }
 
@@ -113,7 +117,7 @@ std::vector<FactsPtr> AtspiReader::learnAll(std::span<const AtspiElement::Parts>
     for (const AtspiElement::Parts& object : objects) {
       facts.push_back(tree ? tree->factsOf(object.ref) : std::make_shared<AtspiFacts>());
       if (!facts.back()->known.hasAll(wanted | Fact::kind)) {
-        askFacts(batch, object.ref, toolkit, wanted, facts.back(), {});
+        askFacts(batch, {object.ref, toolkit, wanted}, facts.back(), {});
       }
     }
   });
@@ -186,7 +190,7 @@ std::optional<Toplevel> AtspiReader::toplevelOf(const AtspiElement::Parts& objec
 
 std::unique_ptr<TreeRead> AtspiReader::readTree(const AtspiElement::Parts& window,
                                                 const TreeReadLimits& limits) {
-  tree_ = std::make_shared<AtspiTree>(bus_, window.pid, limits);
+  tree_ = std::make_shared<AtspiTree>(window.pid, limits);
   auto scope = std::make_unique<Scope>(*this, tree_);
   // The toolkit's name is the first question: an application that hangs shows here.
   static_cast<void>(windowsOf(window.pid, window.timeout));

@@ -22,8 +22,8 @@ constexpr int kCacheWorthwhile = 150;
 constexpr auto kCachePatience = std::chrono::milliseconds(1000);
 
 bool hasCache(Toolkit toolkit) {
-  // GTK 4 and Qt 5 answer with the root alone or nothing.
-  return toolkit == Toolkit::gtk3 || toolkit == Toolkit::chromium;
+  // GTK 4 and Qt 5 answer with the root alone or nothing. GTK 3 has one, but is as fast without.
+  return toolkit == Toolkit::chromium;
 }
 
 FactSet factsThatTellHidden(Toolkit toolkit) {
@@ -71,6 +71,7 @@ FactSet factsReadAhead() {
 
 struct AtspiTree::Stretch {
   AtspiBatch& batch;
+  const std::string& busName;
   Toolkit toolkit = Toolkit::other;
   int started = 0;
   int active = 0;
@@ -85,7 +86,7 @@ const std::shared_ptr<AtspiFacts>& AtspiTree::factsOf(const AtspiRef& ref) {
   return facts;
 }
 
-void AtspiTree::readAhead(const AtspiElement::Parts& object, Toolkit toolkit) {
+void AtspiTree::readAhead(const AtspiElement::Parts& object, Toolkit toolkit, AtspiBus& channel) {
   if (failed_ || factsOf(object.ref)->known.hasAll(factsReadAhead())) {
     return;
   }
@@ -94,8 +95,8 @@ void AtspiTree::readAhead(const AtspiElement::Parts& object, Toolkit toolkit) {
   int left = std::min(kStretch, static_cast<int>(limits_.elements));
   while (left > 0 && !ahead_.empty() && !failed_) {
     const bool useCache = hasCache(toolkit) && !cacheTried_;
-    AtspiBatch batch(bus_);
-    Stretch stretch{batch, toolkit};
+    AtspiBatch batch(channel);
+    Stretch stretch{batch, object.ref.bus, toolkit};
     stretch.limit = useCache ? std::min(kCacheWorthwhile, left) : left;
     start(stretch);
     if (batch.run({limits_.deadline, object.timeout}) != BatchOutcome::complete) {
@@ -104,7 +105,7 @@ void AtspiTree::readAhead(const AtspiElement::Parts& object, Toolkit toolkit) {
     }
     left -= stretch.started;
     if (useCache && left > 0 && !ahead_.empty()) {
-      readCache(object.ref.bus, object.timeout);
+      readCache(object, channel);
     }
   }
 }
@@ -119,12 +120,13 @@ void AtspiTree::start(Stretch& stretch) {
 
 void AtspiTree::open(Stretch& stretch, const Node& node) {
   const std::shared_ptr<AtspiFacts> facts = factsOf(node.ref);
-  if (facts->known.hasAll(factsReadAhead())) {
+  // What another process shows in there is read when the walk gets to it.
+  if (facts->known.hasAll(factsReadAhead()) || node.ref.bus != stretch.busName) {
     return;
   }
   ++stretch.started;
   ++stretch.active;
-  askFacts(stretch.batch, node.ref, stretch.toolkit, factsThatTellHidden(stretch.toolkit), facts,
+  askFacts(stretch.batch, {node.ref, stretch.toolkit, factsThatTellHidden(stretch.toolkit)}, facts,
            [this, &stretch, node, facts] { kindKnown(stretch, node, facts); });
 }
 
@@ -145,7 +147,7 @@ void AtspiTree::kindKnown(Stretch& stretch, const Node& node,
     start(stretch);
     return;
   }
-  askFacts(stretch.batch, node.ref, stretch.toolkit, factsReadAhead(), facts,
+  askFacts(stretch.batch, {node.ref, stretch.toolkit, factsReadAhead()}, facts,
            [this, &stretch, node, facts] {
              const std::optional<Rect> clip = clipBelow(node.clip, *facts, stretch.toolkit);
              if (facts->children) {
@@ -159,18 +161,18 @@ void AtspiTree::kindKnown(Stretch& stretch, const Node& node,
            });
 }
 
-void AtspiTree::readCache(const std::string& busName, Duration patience) {
+void AtspiTree::readCache(const AtspiElement::Parts& object, AtspiBus& channel) {
   cacheTried_ = true;
   std::vector<CacheItem> items;
-  AtspiBatch batch(bus_);
-  batch.call({busName, "/org/a11y/atspi/cache"}, "org.a11y.atspi.Cache", "GetItems",
+  AtspiBatch batch(channel);
+  batch.call({object.ref.bus, "/org/a11y/atspi/cache"}, "org.a11y.atspi.Cache", "GetItems",
              [&items](Reply reply) {
                if (reply.ok) {
                  items = readCacheItems(reply.message);
                }
              });
   // The answer is one message that takes the target long to make.
-  const Duration wait = std::max<Duration>(patience, kCachePatience);
+  const Duration wait = std::max<Duration>(object.timeout, kCachePatience);
   if (batch.run({limits_.deadline, wait}) != BatchOutcome::complete) {
     fail();
     return;

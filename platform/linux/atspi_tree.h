@@ -23,8 +23,7 @@ namespace tarqo::lnx {
 
 class AtspiTree {
  public:
-  AtspiTree(AtspiBus& bus, Pid pid, const TreeReadLimits& limits)
-      : bus_(bus), pid_(pid), limits_(limits) {}
+  AtspiTree(Pid pid, const TreeReadLimits& limits) : pid_(pid), limits_(limits) {}
 
   [[nodiscard]] Pid pid() const { return pid_; }
   [[nodiscard]] Instant deadline() const { return limits_.deadline; }
@@ -36,8 +35,9 @@ class AtspiTree {
   /// The facts of an object, as far as they are known; made when there are none.
   [[nodiscard]] const std::shared_ptr<AtspiFacts>& factsOf(const AtspiRef& ref);
 
-  /// Reads the stretch of the tree that begins with `object`, unless it was read before.
-  void readAhead(const AtspiElement::Parts& object, Toolkit toolkit);
+  /// Reads the stretch of the tree that begins with `object`, unless it was read before, through a
+  /// connection to its application.
+  void readAhead(const AtspiElement::Parts& object, Toolkit toolkit, AtspiBus& channel);
 
   std::optional<ApplicationWindows> windows;  ///< As they were when first asked for.
 
@@ -52,9 +52,8 @@ class AtspiTree {
   void start(Stretch& stretch);
   void open(Stretch& stretch, const Node& node);
   void kindKnown(Stretch& stretch, const Node& node, const std::shared_ptr<AtspiFacts>& facts);
-  void readCache(const std::string& busName, Duration patience);
+  void readCache(const AtspiElement::Parts& object, AtspiBus& channel);
 
-  AtspiBus& bus_;
   Pid pid_;
   TreeReadLimits limits_;
   bool failed_ = false;

@@ -4,23 +4,46 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
+
+#include "platform/linux/linux_key_row.h"
 
 namespace tarqo::lnx {
 namespace {
 
 constexpr std::uint8_t kLeftButton = 1;
 constexpr std::uint8_t kRightButton = 3;
+constexpr std::uint8_t kWheelUp = 4;
+constexpr std::uint8_t kWheelDown = 5;
 
-class PointerEvent final : public CreatedEvent {
+class RowSource final : public EventSource {
  public:
-  explicit PointerEvent(const MouseEvent& event) : event_(event) {}
-  [[nodiscard]] const MouseEvent& event() const { return event_; }
+  RowSource(XDisplay& display, const std::string& text)
+      : row_(std::make_shared<KeyRow>(display, text)) {}
+  RowSource(const RowSource&) = delete;
+  RowSource& operator=(const RowSource&) = delete;
+  /// Puts back what the row changed, even when an event of it still exists.
+  ~RowSource() override { row_->end(); }
+
+  [[nodiscard]] const std::shared_ptr<KeyRow>& row() const { return row_; }
 
  private:
-  MouseEvent event_;
+  std::shared_ptr<KeyRow> row_;
 };
 
-class PointerSource final : public EventSource {};
+class XEvent final : public CreatedEvent {
+ public:
+  XEvent(InputEvent event, std::shared_ptr<KeyRow> row)
+      : event_(std::move(event)), row_(std::move(row)) {}
+
+  [[nodiscard]] const InputEvent& event() const { return event_; }
+  /// Of a keyboard event.
+  [[nodiscard]] const std::shared_ptr<KeyRow>& row() const { return row_; }
+
+ private:
+  InputEvent event_;
+  std::shared_ptr<KeyRow> row_;
+};
 
 /// The pixel that a point lies in.
 std::int16_t pixel(double coordinate) {
@@ -51,31 +74,72 @@ void fakeMouse(XServer& server, const MouseEvent& event) {
   }
 }
 
+void fakeWheel(XServer& server, const ScrollEvent& event) {
+  const std::uint8_t button = event.pixels > 0 ? kWheelUp : kWheelDown;
+  for (int click = 0; click < wheelClicks(event.pixels); ++click) {
+    fakeInput(server, XCB_BUTTON_PRESS, button, {});
+    fakeInput(server, XCB_BUTTON_RELEASE, button, {});
+  }
+}
+
+bool isDown(const InputEvent& event) {
+  const auto* key = std::get_if<KeyEvent>(&event);
+  return key != nullptr && key->down;
+}
+
 }  // namespace
 
+int wheelClicks(std::int32_t pixels) {
+  const double clicks = std::abs(static_cast<double>(pixels)) / kPixelsPerClick;
+  return std::max(static_cast<int>(std::lround(clicks)), 1);
+}
+
 std::unique_ptr<EventSource> LinuxInputEvents::makeSource(const std::string& text) {
-  (void)text;
-  return std::make_unique<PointerSource>();
+  return std::make_unique<RowSource>(display_, text);
 }
 
 std::unique_ptr<CreatedEvent> LinuxInputEvents::create(EventSource* source,
                                                        const InputEvent& event) {
-  (void)source;
   const XServer* server = display_.server();
-  const auto* mouse = std::get_if<MouseEvent>(&event);
-  if (server == nullptr || !server->extensions().test || mouse == nullptr) {
+  if (server == nullptr || !server->extensions().test) {
     return nullptr;
   }
-  return std::make_unique<PointerEvent>(*mouse);
+  const auto* owner = dynamic_cast<RowSource*>(source);
+  if (const auto* text = std::get_if<TextEvent>(&event)) {
+    if (owner == nullptr || !owner->row()->prepare(*text)) {
+      return nullptr;
+    }
+    return std::make_unique<XEvent>(event, owner->row());
+  }
+  if (const auto* key = std::get_if<KeyEvent>(&event)) {
+    if (owner == nullptr && !loose_) {
+      loose_ = std::make_shared<KeyRow>(display_, "");
+    }
+    const std::shared_ptr<KeyRow>& row = owner != nullptr ? owner->row() : loose_;
+    return row->prepare(*key) ? std::make_unique<XEvent>(event, row) : nullptr;
+  }
+  return std::make_unique<XEvent>(event, nullptr);
 }
 
 void LinuxInputEvents::post(const CreatedEvent& event) {
   XServer* server = display_.server();
-  const auto* pointer = dynamic_cast<const PointerEvent*>(&event);
-  if (server == nullptr || !server->extensions().test || pointer == nullptr) {
+  const auto* created = dynamic_cast<const XEvent*>(&event);
+  if (server == nullptr || !server->extensions().test || created == nullptr) {
     return;
   }
-  fakeMouse(*server, pointer->event());
+  if (const auto* mouse = std::get_if<MouseEvent>(&created->event())) {
+    fakeMouse(*server, *mouse);
+  } else if (const auto* scroll = std::get_if<ScrollEvent>(&created->event())) {
+    fakeWheel(*server, *scroll);
+  } else if (const auto* text = std::get_if<TextEvent>(&created->event())) {
+    return created->row()->post(*text);
+  } else if (const auto* key = std::get_if<KeyEvent>(&created->event())) {
+    created->row()->post(*key);
+    if (created->row() == loose_ && !isDown(created->event())) {
+      loose_.reset();
+    }
+    return;
+  }
   server->sync();
 }
 

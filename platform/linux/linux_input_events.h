@@ -1,4 +1,5 @@
-// Pointer events by the XTEST extension, which enter the X server where a device's own would.
+// Pointer and keyboard events by the XTEST extension, which enter the X server where a device's own
+// would.
 #pragma once
 
 #include "platform/input_events.h"
@@ -6,8 +7,19 @@
 
 namespace tarqo::lnx {
 
-/// Only pointer events can be made; the creation of any other gives null. The click state needs no
-/// saying: X11 programs count the clicks of a row themselves, by time and place.
+class KeyRow;
+
+/// How many pixels of scrolling count as one click of the wheel. X11 knows clicks only; a click
+/// moves 30 to 36 pixels in GTK 3 and GTK 4, three rows in Qt, 120 pixels in Chromium.
+inline constexpr int kPixelsPerClick = 40;
+
+/// The number of clicks for so many pixels, whatever the direction: the nearest, but at least one.
+[[nodiscard]] int wheelClicks(std::int32_t pixels);
+
+/// The click state of a mouse event needs no saying: X11 programs count the clicks of a row
+/// themselves, by time and place. Text needs a source; a key without a source holds for itself.
+/// Creating a keyboard event may wait for applications to have read those before; destroying a
+/// source too. See `KeyRow`.
 class LinuxInputEvents final : public InputEvents {
  public:
   explicit LinuxInputEvents(XDisplay& display) : display_(display) {}
@@ -19,6 +31,8 @@ class LinuxInputEvents final : public InputEvents {
 
  private:
   XDisplay& display_;
+  /// The row of the keys that have no source: from the first that is down until it is up again.
+  std::shared_ptr<KeyRow> loose_;
 };
 
 }  // namespace tarqo::lnx

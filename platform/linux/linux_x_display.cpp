@@ -14,6 +14,8 @@
 #include <thread>
 #include <utility>
 
+#include "platform/linux/linux_xkb.h"
+
 namespace tarqo::lnx {
 namespace {
 
@@ -48,6 +50,7 @@ constexpr std::array<std::string_view, kAtomCount> kAtomNames = {
     "_NET_WM_WINDOW_TYPE_UTILITY",
     "_GTK_APPLICATION_ID",
     "_GTK_FRAME_EXTENTS",
+    "_TARQO_BORROWED_KEYS",
     "WM_CHANGE_STATE",
 };
 
@@ -91,8 +94,8 @@ std::unique_ptr<XServer> XServer::connect() {
 
 void XServer::readExtensions() {
   xcb_connection_t* c = raw();
-  const std::array<xcb_extension_t*, 5> all = {&xcb_composite_id, &xcb_randr_id, &xcb_res_id,
-                                               &xcb_shm_id, &xcb_test_id};
+  const std::array<xcb_extension_t*, 6> all = {&xcb_composite_id, &xcb_randr_id, &xcb_res_id,
+                                               &xcb_shm_id,       &xcb_test_id,  &xcb_xkb_id};
   for (xcb_extension_t* extension : all) {
     xcb_prefetch_extension_data(c, extension);
   }
@@ -124,6 +127,11 @@ void XServer::readExtensions() {
                                  isLocalSocket(xcb_get_file_descriptor(c));
   }
   extensions_.test = present(&xcb_test_id);
+  if (present(&xcb_xkb_id)) {
+    const auto use = take<xcb_xkb_use_extension_reply_t>(
+        xcb_xkb_use_extension(c, XCB_XKB_MAJOR_VERSION, XCB_XKB_MINOR_VERSION));
+    extensions_.keyboard = use && use->supported != 0;
+  }
 }
 
 void XServer::readAtoms() {

@@ -57,6 +57,7 @@ enum class XAtom : std::uint8_t {
   netWmWindowTypeUtility,
   gtkApplicationId,
   gtkFrameExtents,
+  tarqoBorrowedKeys,
   wmChangeState,
 };
 inline constexpr std::size_t kAtomCount = static_cast<std::size_t>(XAtom::wmChangeState) + 1;
@@ -64,6 +65,7 @@ inline constexpr std::size_t kAtomCount = static_cast<std::size_t>(XAtom::wmChan
 /// Which extensions the server has, in a version that serves.
 struct XExtensions {
   bool composite = false;
+  bool keyboard = false;  ///< XKB.
   bool randrMonitors = false;
   bool resourcePids = false;
   bool shmDescriptors = false;  ///< Shared memory passed as a file descriptor, over a local socket.

@@ -91,14 +91,26 @@ class KeyLog(QtCore.QObject):
     # The names that X gives to keys.
     NAMES = {"Esc": "Escape", "Enter": "KP_Enter", "Backspace": "BackSpace", "Del": "Delete",
              "PgUp": "Page_Up", "PgDown": "Page_Down", "Space": "space"}
+    # A sequence of a modifier alone has no name that can be written down.
+    MODIFIER_KEYS = {QtCore.Qt.Key_Control: "Control_L", QtCore.Qt.Key_Alt: "Alt_L",
+                     QtCore.Qt.Key_Shift: "Shift_L", QtCore.Qt.Key_Meta: "Super_L",
+                     QtCore.Qt.Key_Super_L: "Super_L"}
+
+    def name_of(self, event):
+        if event.key() in self.MODIFIER_KEYS:
+            return self.MODIFIER_KEYS[event.key()]
+        text = event.text()
+        if text.isprintable() and text.strip():
+            return text
+        name = QtGui.QKeySequence(event.key()).toString()
+        if len(name) == 1 and not event.modifiers() & QtCore.Qt.ShiftModifier:
+            return name.lower()
+        return self.NAMES.get(name, name)
 
     def eventFilter(self, watched, event):
         if event.type() == QtCore.QEvent.KeyPress and isinstance(watched, QtGui.QWindow):
             held = "".join(name for mask, name in self.MODIFIERS if event.modifiers() & mask)
-            name = event.text()
-            if name == " " or not name.isprintable() or not name:
-                name = QtGui.QKeySequence(event.key()).toString()
-            log_line("key " + held + self.NAMES.get(name, name))
+            log_line("key " + held + self.name_of(event))
         return False
 
 

@@ -1,0 +1,183 @@
+#include "platform/linux/linux_borrowed_keys.h"
+
+#include <signal.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <thread>
+
+#include "platform/linux/linux_x_modifiers.h"
+#include "platform/linux/linux_x_properties.h"
+
+namespace tarqo::lnx {
+namespace {
+
+/// The keys that a helper which is no more has left behind. The note holds its process id and then
+/// the keys; a note of a living helper is respected.
+std::vector<xcb_keycode_t> abandonedKeys(XServer& server) {
+  const auto note = server.take<xcb_get_property_reply_t>(
+      askProperty(server, server.root(), server.atom(XAtom::tarqoBorrowedKeys), kXListLength));
+  const std::span<const std::uint32_t> numbers = numbersOf(note);
+  if (numbers.empty()) {
+    return {};
+  }
+  const auto owner = static_cast<pid_t>(numbers.front());
+  if (owner != getpid() && kill(owner, 0) == 0) {
+    return {};
+  }
+  std::vector<xcb_keycode_t> keys;
+  for (const std::uint32_t key : numbers.subspan(1)) {
+    keys.push_back(static_cast<xcb_keycode_t>(key));
+  }
+  return keys;
+}
+
+template <typename T>
+bool contains(const std::vector<T>& list, const T& value) {
+  return std::find(list.begin(), list.end(), value) != list.end();
+}
+
+}  // namespace
+
+void BorrowedKeys::findKeys(XServer& server) {
+  const std::optional<Keymap> keymap = readKeymap(server);
+  if (!keymap) {
+    return;
+  }
+  keys_.emplace();
+  const std::vector<Keymap> devices = readKeymapsOfDevices(server);
+  const std::vector<xcb_keycode_t> abandoned = abandonedKeys(server);
+  const std::vector<xcb_keycode_t> modifying = keysOfModifiers(server);
+  for (std::size_t i = 0; i < keymap->keys.size(); ++i) {
+    const auto key = static_cast<xcb_keycode_t>(keymap->first + i);
+    const bool hasMeaning = std::any_of(devices.begin(), devices.end(), [&](const Keymap& each) {
+      return !each.of(key).isEmpty();
+    });
+    if (contains(abandoned, key)) {
+      (*keys_)[key] = {KeySymbols{}, keymap->keys[i], {}};
+    } else if (!hasMeaning && keymap->keys[i].isEmpty() && !contains(modifying, key)) {
+      (*keys_)[key] = {keymap->keys[i], std::nullopt, {}};
+    }
+  }
+}
+
+std::size_t BorrowedKeys::capacity() {
+  XServer* server = display_.server();
+  if (!keys_ && server != nullptr && server->extensions().keyboard) {
+    findKeys(*server);
+  }
+  return keys_ ? keys_->size() : 0;
+}
+
+std::optional<xcb_keycode_t> BorrowedKeys::find(const KeySymbols& meaning) const {
+  if (keys_) {
+    for (const auto& [key, state] : *keys_) {
+      if (state.lent == meaning) {
+        return key;
+      }
+    }
+  }
+  return std::nullopt;
+}
+
+bool BorrowedKeys::lend(const std::vector<KeySymbols>& wanted, std::size_t urgent) {
+  const std::size_t count = std::min(capacity(), wanted.size());
+  if (count < std::min(urgent, wanted.size())) {
+    return false;
+  }
+  const auto isLent = [this](const KeySymbols& meaning) { return find(meaning).has_value(); };
+  if (std::all_of(wanted.begin(), wanted.begin() + static_cast<std::ptrdiff_t>(urgent), isLent)) {
+    return true;
+  }
+  const std::vector<KeySymbols> lending(wanted.begin(),
+                                        wanted.begin() + static_cast<std::ptrdiff_t>(count));
+  std::vector<std::map<xcb_keycode_t, Key>::iterator> free;
+  for (auto key = keys_->begin(); key != keys_->end(); ++key) {
+    if (!key->second.lent || !contains(lending, *key->second.lent)) {
+      free.push_back(key);
+    }
+  }
+  std::stable_sort(free.begin(), free.end(), [](const auto& a, const auto& b) {
+    return a->second.lastUse < b->second.lastUse;
+  });
+  std::map<xcb_keycode_t, KeyChange> changes;
+  std::vector<const Key*> changing;
+  auto next = free.begin();
+  for (const KeySymbols& meaning : lending) {
+    if (!isLent(meaning)) {
+      changes[(*next)->first] = {(*next)->second.now(), meaning};
+      changing.push_back(&(*next)->second);
+      ++next;
+    }
+  }
+  awaitReaders(changing);
+  XServer* server = display_.server();
+  if (server == nullptr) {
+    return false;
+  }
+  for (const auto& [key, change] : changes) {
+    keys_->at(key).lent = change.to;
+  }
+  note(*server);
+  const bool lent = rebind(*server, changes);
+  std::this_thread::sleep_for(kMeaningLearned);
+  return lent;
+}
+
+void BorrowedKeys::touch(xcb_keycode_t key) {
+  if (keys_ && keys_->contains(key)) {
+    keys_->at(key).lastUse = SteadyClock::now();
+  }
+}
+
+void BorrowedKeys::awaitReaders(const std::vector<const Key*>& keys) {
+  SteadyClock::time_point lastUse;
+  for (const Key* key : keys) {
+    lastUse = std::max(lastUse, key->lastUse);
+  }
+  std::this_thread::sleep_until(lastUse + kMeaningHeld);
+}
+
+void BorrowedKeys::note(XServer& server) {
+  std::vector<std::uint32_t> numbers{static_cast<std::uint32_t>(getpid())};
+  for (const auto& [key, state] : *keys_) {
+    if (state.lent) {
+      numbers.push_back(key);
+    }
+  }
+  const xcb_atom_t property = server.atom(XAtom::tarqoBorrowedKeys);
+  if (numbers.size() == 1) {
+    xcb_delete_property(server.raw(), server.root(), property);
+  } else {
+    xcb_change_property(server.raw(), XCB_PROP_MODE_REPLACE, server.root(), property,
+                        XCB_ATOM_CARDINAL, 32, static_cast<std::uint32_t>(numbers.size()),
+                        numbers.data());
+  }
+  xcb_flush(server.raw());
+}
+
+void BorrowedKeys::giveBack() {
+  std::map<xcb_keycode_t, KeyChange> changes;
+  std::vector<const Key*> changing;
+  if (keys_) {
+    for (auto& [key, state] : *keys_) {
+      if (state.lent) {
+        changes[key] = {*state.lent, state.own};
+        changing.push_back(&state);
+      }
+    }
+  }
+  if (changes.empty()) {
+    return;
+  }
+  awaitReaders(changing);
+  XServer* server = display_.server();
+  if (server != nullptr && rebind(*server, changes)) {
+    for (const auto& [key, change] : changes) {
+      keys_->at(key).lent.reset();
+    }
+    note(*server);
+  }
+}
+
+}  // namespace tarqo::lnx
