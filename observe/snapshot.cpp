@@ -148,11 +148,7 @@ Json Session::snapshot(const Json& args) {
   NodeList list{makeSnapshotId(platform_.random), Json::array(), nodes_};
   WalkFrames frames;
   TreeWalk walk(platform_, budget, list, frames);
-  {
-    const auto scope = platform_.accessibility.readTree(window, {budget.deadline, budget.maxNodes});
-    walk.walkWindow(window);
-  }
-  walk.addFocused(app);
+  walk.walkWindow(app, window);
   const std::optional<Json> ocr = recognitionStatus(args, window, frames, list);
   if (booleanMember(args, "menubar").value_or(true)) {
     MenuWalk(platform_, budget.maxNodes, list).walkMenuBar(app);

@@ -29,8 +29,16 @@ void NodeList::emit(Json node, StoredNode stored) {
   nodes.push_back(std::move(node));
 }
 
+void TreeWalk::walkWindow(const Element& app, const Element& window) {
+  scope_ = platform_.accessibility.readTree(window, {budget_.deadline, budget_.maxNodes});
+  walk(window, nullptr, 0);
+  addFocused(app);
+  scope_.reset();
+}
+
 bool TreeWalk::exhausted() const {
-  return list_.nodes.size() >= budget_.maxNodes || platform_.clock.now() >= budget_.deadline;
+  return silenced() || list_.nodes.size() >= budget_.maxNodes ||
+         platform_.clock.now() >= budget_.deadline;
 }
 
 // The members that a node of the tree and the focused element share. A secure element's frame joins
@@ -68,6 +76,10 @@ void TreeWalk::walk(const Element& element, const Json& parentId, int depth) {
   }
   Accessibility& ax = platform_.accessibility;
   const Description description = describe(ax, element);
+  if (description.attrs.empty() && silenced()) {
+    list_.truncated = true;
+    return;
+  }
   if (isHidden(description)) {
     return;
   }
@@ -115,9 +127,12 @@ void TreeWalk::walk(const Element& element, const Json& parentId, int depth) {
 }
 
 void TreeWalk::addFocused(const Element& app) {
+  if (list_.nodes.size() >= budget_.maxNodes || silenced()) {
+    return;
+  }
   Accessibility& ax = platform_.accessibility;
   const auto focused = elementValue(attribute(ax, app, "AXFocusedUIElement"));
-  if (!focused || list_.nodes.size() >= budget_.maxNodes) {
+  if (!focused) {
     return;
   }
   const auto& listed = list_.table.entries();

@@ -1,6 +1,7 @@
 // The walk of a window's accessibility tree into numbered nodes, within its budgets.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -51,21 +52,23 @@ class TreeWalk {
   TreeWalk(const Platform& platform, const WalkBudget& budget, NodeList& list, WalkFrames& frames)
       : platform_(platform), budget_(budget), list_(list), frames_(frames) {}
 
-  /// Lists `window` and all under it.
-  void walkWindow(const Element& window) { walk(window, nullptr, 0); }
-
-  /// Lists the element with the keyboard focus when the walk has missed it and text goes into it.
-  void addFocused(const Element& app);
+  /// Lists `window` of `app` and all under it, and the element with the keyboard focus when the
+  /// walk has missed it and text goes into it. Ends early, as truncated, when the target stops
+  /// answering.
+  void walkWindow(const Element& app, const Element& window);
 
  private:
+  void addFocused(const Element& app);
   void walk(const Element& element, const Json& parentId, int depth);
   bool exhausted() const;
+  bool silenced() const { return scope_ && scope_->incomplete(); }
   Json nodeOf(const Element& element, const Description& description, const Json& parentId);
 
   const Platform& platform_;
   const WalkBudget& budget_;
   NodeList& list_;
   WalkFrames& frames_;
+  std::unique_ptr<TreeRead> scope_;  ///< Open while the window is walked.
 };
 
 }  // namespace tarqo

@@ -108,6 +108,9 @@ struct TreeReadLimits {
 class TreeRead {
  public:
   virtual ~TreeRead() = default;
+
+  /// True once the target has failed to answer in time: what looks empty from then on need not be.
+  [[nodiscard]] virtual bool incomplete() const = 0;
 };
 
 class Accessibility {

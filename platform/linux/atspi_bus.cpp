@@ -2,6 +2,8 @@
 
 #include <cstdlib>
 
+#include "platform/linux/bus_readiness.h"
+
 namespace tarqo::lnx {
 namespace {
 
@@ -24,7 +26,8 @@ BusHandle connect(const std::string& address) {
   }
   BusHandle bus(made);
   if (sd_bus_set_address(made, address.c_str()) < 0 || sd_bus_set_bus_client(made, 1) < 0 ||
-      sd_bus_set_method_call_timeout(made, kHelloMicroseconds) < 0 || sd_bus_start(made) < 0) {
+      sd_bus_set_method_call_timeout(made, kHelloMicroseconds) < 0 || sd_bus_start(made) < 0 ||
+      !becomesReady(made, std::chrono::microseconds(kHelloMicroseconds))) {
     return nullptr;
   }
   // A bus that accepts connections but never says hello must not be taken for one that works.
@@ -50,7 +53,8 @@ std::optional<std::string> accessibilityBusAddress() {
   if (sd_bus_open_user(&opened) >= 0) {
     const BusHandle session(opened);
     sd_bus_message* made = nullptr;
-    if (sd_bus_message_new_method_call(opened, &made, "org.a11y.Bus", "/org/a11y/bus",
+    if (becomesReady(opened, std::chrono::microseconds(kHelloMicroseconds)) &&
+        sd_bus_message_new_method_call(opened, &made, "org.a11y.Bus", "/org/a11y/bus",
                                        "org.a11y.Bus", "GetAddress") >= 0) {
       const Message call(made);
       sd_bus_message* answer = nullptr;
@@ -106,10 +110,10 @@ void AtspiBus::drop() { bus_.reset(); }
 
 Message AtspiBatch::make(const AtspiRef& target, const char* interface, const char* member) {
   sd_bus* bus = bus_.connection();
+  const char* name = bus_.isDirect() ? nullptr : target.bus.c_str();
   sd_bus_message* made = nullptr;
-  if (bus == nullptr ||
-      sd_bus_message_new_method_call(bus, &made, target.bus.c_str(), target.path.c_str(), interface,
-                                     member) < 0) {
+  if (bus == nullptr || sd_bus_message_new_method_call(bus, &made, name, target.path.c_str(),
+                                                       interface, member) < 0) {
     return nullptr;
   }
   return Message(made);

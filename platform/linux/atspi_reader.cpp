@@ -8,6 +8,10 @@ namespace {
 /// How far up the window of an object is looked for.
 constexpr int kMaxDepth = 100;
 
+/// How long an application that failed to answer is left alone: each further question of the same
+/// request would cost the same wait.
+constexpr auto kLeftAlone = std::chrono::milliseconds(500);
+
 /// Matches objects to windows and puts them in the windows' order.
 ApplicationWindows matched(std::vector<Toplevel> toplevels,
                            const std::vector<LocatedWindow>& windows) {
@@ -41,6 +45,8 @@ class AtspiReader::Scope final : public TreeRead {
     }
   }
 
+  [[nodiscard]] bool incomplete() const override { return tree_->failed(); }
+
  private:
   AtspiReader& reader_;
   std::shared_ptr<AtspiTree> tree_;
@@ -52,10 +58,13 @@ AtspiTree* AtspiReader::treeOf(Pid pid) {
 
 bool AtspiReader::failed(Pid pid) {
   const AtspiTree* tree = treeOf(pid);
-  return tree != nullptr && tree->failed();
+  const auto silent = silentUntil_.find(pid);
+  return (tree != nullptr && tree->failed()) ||
+         (silent != silentUntil_.end() && std::chrono::steady_clock::now() < silent->second);
 }
 
 void AtspiReader::noteFailure(Pid pid) {
+  silentUntil_[pid] = std::chrono::steady_clock::now() + kLeftAlone;
   if (AtspiTree* tree = treeOf(pid)) {
     tree->fail();
   }
@@ -93,11 +102,13 @@ bool AtspiReader::ask(const AtspiElement::Parts& object,
   }
   AtspiBatch batch(bus_);
   fill(batch);
-  if (batch.run(limitsFor(object)) != BatchOutcome::complete) {
+  const BatchOutcome outcome = batch.run(limitsFor(object));
+  if (outcome == BatchOutcome::timedOut) {
     noteFailure(object.pid);
-    return false;
+  } else if (outcome == BatchOutcome::lost && treeOf(object.pid) != nullptr) {
+    treeOf(object.pid)->fail();
   }
-  return true;
+  return outcome == BatchOutcome::complete;
 }
 
 FactsPtr AtspiReader::learn(const AtspiElement::Parts& object, FactSet wanted) {
@@ -161,12 +172,27 @@ const ApplicationWindows& AtspiReader::windowsOf(Pid pid, Duration patience) {
       toplevels.push_back({objects[i].ref, toolkitOf(objects[i]), facts[i], std::nullopt});
     }
   }
+  std::vector<Toplevel>& known = known_[pid];
+  if (failed(pid)) {
+    toplevels = known;  // It hangs, but its windows are still where the X server shows them.
+  } else {
+    known = toplevels;
+  }
   moment_ = matched(std::move(toplevels), locator_.windowsOf(pid));
   momentPid_ = pid;
   if (tree != nullptr && !tree->failed()) {
     tree->windows = moment_;
   }
   return moment_;
+}
+
+FactsPtr AtspiReader::factsOfSilentWindow(const AtspiElement::Parts& object) {
+  if (!failed(object.pid)) {
+    return nullptr;
+  }
+  const std::vector<Toplevel>& known = known_[object.pid];
+  const auto found = std::ranges::find(known, object.ref, &Toplevel::ref);
+  return found == known.end() ? nullptr : found->facts;
 }
 
 std::optional<Toplevel> AtspiReader::toplevelOf(const AtspiElement::Parts& object) {

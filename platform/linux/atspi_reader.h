@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <unordered_map>
 #include <vector>
 
 #include "platform/accessibility.h"
@@ -36,6 +37,10 @@ class AtspiReader {
 
   /// The top-level objects of a process with their windows.
   [[nodiscard]] const ApplicationWindows& windowsOf(Pid pid, Duration patience);
+
+  /// What a window told before its application stopped answering; null when it answers, and when
+  /// the object is no window.
+  [[nodiscard]] FactsPtr factsOfSilentWindow(const AtspiElement::Parts& object);
 
   /// The top-level object that an object lies in; none when it cannot be found.
   [[nodiscard]] std::optional<Toplevel> toplevelOf(const AtspiElement::Parts& object);
@@ -73,6 +78,8 @@ class AtspiReader {
   AtspiApplications applications_;
   WindowLocator& locator_;
   std::shared_ptr<AtspiTree> tree_;
+  std::unordered_map<Pid, Instant> silentUntil_;          ///< Who failed to answer.
+  std::unordered_map<Pid, std::vector<Toplevel>> known_;  ///< As last told, without places.
   Pid momentPid_ = 0;
   ApplicationWindows moment_;
 };

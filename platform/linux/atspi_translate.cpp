@@ -64,14 +64,18 @@ bool nameIsPlaceholder(const AtspiView& view) {
   return from != nullptr && *from == "placeholder";
 }
 
-/// GTK 4 names a control with a mnemonic twice, the first time with the mark ("_OK OK").
-std::string_view withoutMnemonic(std::string_view name) {
+/// GTK 4 names a control with a label of its own twice, the first time with the mark of its
+/// mnemonic if it has one ("_OK OK", "7 7").
+std::string_view namedOnce(std::string_view name) {
   const std::size_t half = name.size() / 2;
-  if (name.size() < 4 || name.size() % 2 != 0 || name[half] != ' ') {
+  if (name.size() < 3 || name[half] != ' ') {
     return name;
   }
   const std::string_view plain = name.substr(half + 1);
   std::string marked(name.substr(0, half));
+  if (marked == plain) {
+    return plain;
+  }
   const std::size_t mark = marked.find('_');
   return mark != std::string::npos && marked.erase(mark, 1) == plain ? plain : name;
 }
@@ -215,10 +219,10 @@ bool isWindow(const AtspiFacts& facts) {
 bool isSecure(const AtspiFacts& facts) { return facts.is(AtspiRole::passwordText); }
 
 std::string_view shownName(const AtspiFacts& facts, Toolkit toolkit) {
-  if (toolkit != Toolkit::gtk4) {
+  if (toolkit != Toolkit::gtk4 || facts.is(AtspiRole::label)) {
     return facts.name;
   }
-  return isClassName(facts.name) ? std::string_view() : withoutMnemonic(facts.name);
+  return isClassName(facts.name) ? std::string_view() : namedOnce(facts.name);
 }
 
 AxRole axRole(const AtspiView& view) {

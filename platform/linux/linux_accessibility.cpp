@@ -55,10 +55,22 @@ std::vector<std::optional<Value>> LinuxAccessibility::attributes(
   reader_.reach(object);
   const FactsPtr facts = reader_.learn(object, wanted);
   if (!facts) {
-    return {};
+    // Where a window is the X server tells, whether or not the application answers.
+    return reader_.factsOfSilentWindow(object) ? placesOf(object, names)
+                                               : std::vector<std::optional<Value>>();
   }
   for (const std::string_view name : names) {
     values.push_back(objectAttribute(object, facts, name));
+  }
+  return values;
+}
+
+std::vector<std::optional<Value>> LinuxAccessibility::placesOf(
+    const Parts& window, std::span<const std::string_view> names) {
+  std::vector<std::optional<Value>> values;
+  for (const std::string_view name : names) {
+    const bool place = name == "AXPosition" || name == "AXSize" || name == "AXMinimized";
+    values.push_back(place ? windowAttribute(window, name) : std::nullopt);
   }
   return values;
 }

@@ -2,6 +2,8 @@
 
 #include <cstdint>
 
+#include "platform/linux/bus_readiness.h"
+
 namespace tarqo::lnx {
 namespace {
 
@@ -15,24 +17,6 @@ struct DropMessage {
   void operator()(sd_bus_message* message) const { sd_bus_message_unref(message); }
 };
 using Message = std::unique_ptr<sd_bus_message, DropMessage>;
-
-/// Brings a connection that was begun to the point where calls can be made. Without this the first
-/// call would wait for a stuck bus as long as the bus likes.
-bool becomesReady(sd_bus* bus) {
-  const auto deadline = std::chrono::steady_clock::now() + kAnswerTime;
-  while (sd_bus_is_ready(bus) == 0) {
-    const auto left = std::chrono::duration_cast<std::chrono::microseconds>(
-        deadline - std::chrono::steady_clock::now());
-    const int progress = sd_bus_process(bus, nullptr);
-    if (progress < 0 || left.count() <= 0) {
-      return false;
-    }
-    if (progress == 0 && sd_bus_wait(bus, static_cast<std::uint64_t>(left.count())) < 0) {
-      return false;
-    }
-  }
-  return sd_bus_is_ready(bus) > 0;
-}
 
 struct Call {
   const char* service;
@@ -89,7 +73,7 @@ sd_bus* OptionalService::bus() {
     const int result =
         kind_ == Bus::system ? sd_bus_open_system(&opened) : sd_bus_open_user(&opened);
     bus_.reset(opened);
-    if (result < 0 || !becomesReady(opened)) {
+    if (result < 0 || !becomesReady(opened, kAnswerTime)) {
       wasAbsent();
     }
   }

@@ -1,5 +1,9 @@
 #include "platform/linux/linux_permissions.h"
 
+#include <utility>
+
+#include "platform/linux/bus_readiness.h"
+
 namespace tarqo::lnx {
 namespace {
 
@@ -14,8 +18,10 @@ BusHandle sessionBus() {
   if (sd_bus_open_user(&opened) < 0) {
     return nullptr;
   }
+  BusHandle bus(opened);
   sd_bus_set_method_call_timeout(opened, kAnswerMicroseconds);
-  return BusHandle(opened);
+  return becomesReady(opened, std::chrono::microseconds(kAnswerMicroseconds)) ? std::move(bus)
+                                                                              : nullptr;
 }
 
 bool isSwitchedOn() {

@@ -62,6 +62,8 @@ class ReadAhead final : public TreeRead {
   ReadAhead& operator=(const ReadAhead&) = delete;
   ~ReadAhead() override { service_.copies_.clear(); }
 
+  [[nodiscard]] bool incomplete() const override { return false; }
+
  private:
   AccessibilityService& service_;
 };
