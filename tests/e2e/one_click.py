@@ -6,8 +6,10 @@ in the application's own log what was activated.
 
 import contextlib
 import os
+import signal
 import subprocess
 import sys
+import threading
 import time
 
 import x_windows
@@ -84,6 +86,47 @@ class OneClickTests(OneClick):
                                           ("Plain", "checkbox", "toggled"),
                                           ("Save", "button", "clicked")):
                     self.expect_once(self.node(name, role), start)
+
+
+class OneStalledClickTests(OneClick):
+    """Mixin: an application that stands still at any moment of a click, for any while.
+
+    A press that it has taken but not confirmed looks like one that it did not get.
+    """
+
+    def expect_at_most_once(self, name, role, start, delay, pause):
+        """Clicks; `delay` seconds later the application stands still for `pause` seconds."""
+        node = self.node(name, role)
+        self.app.forget()
+
+        def stall():
+            time.sleep(delay)
+            self.app.send_signal(signal.SIGSTOP)
+            time.sleep(pause)
+            self.app.send_signal(signal.SIGCONT)
+
+        staller = threading.Thread(target=stall)
+        staller.start()
+        result = None
+        with contextlib.suppress(HelperError):
+            result = self.call("click", nodeId=node["id"])
+        staller.join()
+        self.settled()
+        count = len(self.app.lines(start))
+        told = "%r after %.2f s for %.1f s: %r" % (result, delay, pause, self.app.lines())
+        self.assertLessEqual(count, 1, told)
+        if result:
+            self.assertEqual(count, 1, told)
+
+    def test_a_button(self):
+        for pause in (0.4, 1.2):
+            for delay in (0.0, 0.13, 0.15, 0.2):
+                self.expect_at_most_once("Quiet", "button", "clicked", delay, pause)
+
+    def test_a_check_box(self):
+        for pause in (0.4, 1.2):
+            for delay in (0.14, 0.3):
+                self.expect_at_most_once("Plain", "checkbox", "toggled", delay, pause)
 
 
 class OneDialogClickTests(OneClick):

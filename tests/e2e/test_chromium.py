@@ -3,7 +3,8 @@
 import unittest
 
 from e2e import CHROMIUM, HelperTest, nodes_of
-from one_click import OneClickTests, OneDialogClickTests, OneOpenMenuClickTests
+from one_click import (
+    OneClickTests, OneDialogClickTests, OneOpenMenuClickTests, OneStalledClickTests)
 from toolkits import ClickingTests, LaunchTests, ReadingTests, ToolkitTest
 
 
@@ -33,6 +34,10 @@ class Clicking(ChromiumTest, ClickingTests):
 
 
 class Controls(ChromiumTest, OneClickTests):
+    pass
+
+
+class Stalled(ChromiumTest, OneStalledClickTests):
     pass
 
 

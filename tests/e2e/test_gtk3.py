@@ -3,7 +3,8 @@
 import unittest
 
 from e2e import GTK3, HelperError, HelperTest, nodes_of
-from one_click import OneClick, OneClickTests, OneDialogClickTests, OneMenuClickTests
+from one_click import (
+    OneClick, OneClickTests, OneDialogClickTests, OneMenuClickTests, OneStalledClickTests)
 from toolkits import ClickingTests, LaunchTests, ReadingTests, ToolkitTest
 
 
@@ -52,6 +53,10 @@ class Clicking(Gtk3Test, ClickingTests):
 
 
 class Controls(Gtk3Test, OneClickTests):
+    pass
+
+
+class Stalled(Gtk3Test, OneStalledClickTests):
     pass
 
 

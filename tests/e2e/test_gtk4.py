@@ -3,7 +3,8 @@
 import unittest
 
 from e2e import GTK4, HelperTest
-from one_click import OneClickTests, OneDialogClickTests, OneOpenMenuClickTests
+from one_click import (
+    OneClickTests, OneDialogClickTests, OneOpenMenuClickTests, OneStalledClickTests)
 from toolkits import ClickingTests, LaunchTests, ReadingTests, ToolkitTest
 
 
@@ -28,6 +29,10 @@ class Clicking(Gtk4Test, ClickingTests):
 
 
 class Controls(Gtk4Test, OneClickTests):
+    pass
+
+
+class Stalled(Gtk4Test, OneStalledClickTests):
     pass
 
 

@@ -3,7 +3,7 @@
 import unittest
 
 from e2e import QT, HelperTest, nodes_of
-from one_click import OneClickTests, OneDialogClickTests, OneMenuClickTests
+from one_click import OneClickTests, OneDialogClickTests, OneMenuClickTests, OneStalledClickTests
 from toolkits import ClickingTests, LaunchTests, ReadingTests, ToolkitTest
 
 
@@ -32,6 +32,10 @@ class Clicking(QtTest, ClickingTests):
 
 
 class Controls(QtTest, OneClickTests):
+    pass
+
+
+class Stalled(QtTest, OneStalledClickTests):
     pass
 
 
