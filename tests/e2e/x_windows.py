@@ -26,8 +26,8 @@ def _numbers(text):
 
 
 def windows_of(pid):
-    """The managed windows of a process, hindmost first: identifiers as text."""
-    listed = re.findall(r"0x[0-9a-f]+", _ask("xprop", "-root", "_NET_CLIENT_LIST_STACKING"))
+    """The managed windows of a process, oldest first: identifiers as text."""
+    listed = re.findall(r"0x[0-9a-f]+", _ask("xprop", "-root", "_NET_CLIENT_LIST"))
     return [w for w in listed if _numbers(_ask("xprop", "-id", w, "_NET_WM_PID")) == [pid]]
 
 
