@@ -45,14 +45,14 @@ class LinuxPlatform final : public PlatformHost {
   XWindowLocator locator_{applications_};
   LinuxMainLoop mainLoop_;
   AtspiEvents events_{mainLoop_};
-  LinuxAccessibility accessibility_{locator_, events_};
+  LinuxInputEvents inputEvents_{applications_.display()};
+  LinuxAccessibility accessibility_{locator_, events_, &inputEvents_};
   LinuxWorkspace workspace_{applications_};
   LinuxBundles bundles_{applications_};
   LinuxProcesses processes_;
   LinuxScreenCapture capture_;
   LinuxPermissions permissions_{capture_};
   LinuxWindowServer windowServer_{applications_};
-  LinuxInputEvents inputEvents_{applications_.display()};
   NoTextRecognizer recognizer_;
   LinuxImages images_;
   LinuxClock clock_;

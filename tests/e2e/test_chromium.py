@@ -11,8 +11,6 @@ from toolkits import ClickingTests, LaunchTests, ReadingTests, ToolkitTest
 class ChromiumTest(ToolkitTest):
     BUNDLE = "com.tarqo.test.chromium"
     COMMAND = CHROMIUM
-    # Chromium takes no text by way of accessibility.
-    EDITABLE = False
     NODES = frozenset({("link", "Below"), ("searchbox", "Search"), ("webarea", "Tarqo page")})
 
 
