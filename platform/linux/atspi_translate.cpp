@@ -17,7 +17,7 @@ struct AttributeRow {
 
 const AttributeRow kAttributes[] = {
     {"AXRole", Fact::kind},
-    {"AXSubrole", Fact::kind | Fact::attributes},
+    {"AXSubrole", Fact::kind | Fact::attributes | Fact::children},
     {"AXTitle", Fact::name | Fact::attributes},
     {"AXDescription", Fact::description},
     {"AXPlaceholderValue", Fact::name | Fact::description | Fact::attributes},

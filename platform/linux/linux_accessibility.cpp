@@ -105,6 +105,9 @@ std::optional<Value> LinuxAccessibility::objectAttribute(const Parts& object, co
     return Value{makeElement(
         {.pid = object.pid, .timeout = object.timeout, .ref = top->ref, .window = top->ref})};
   }
+  if (name == "AXSubrole" && hasSearchIcon(object, *facts)) {
+    return Value{std::string("AXSearchField")};
+  }
   if (name == "AXHidden" && isWindow(*facts)) {
     // A window in its icon is minimised, not hidden.
     return std::nullopt;

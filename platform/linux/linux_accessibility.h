@@ -67,6 +67,7 @@ class LinuxAccessibility final : public Accessibility {
 
   // Attributes that lead to other elements, and places.
   [[nodiscard]] std::optional<Rect> frameOf(const Parts& object, const AtspiFacts& facts);
+  [[nodiscard]] bool hasSearchIcon(const Parts& object, const AtspiFacts& facts);
   [[nodiscard]] std::optional<Point> offsetOf(const Parts& object);
   [[nodiscard]] Values childrenOf(const Parts& object, const AtspiFacts& facts);
   [[nodiscard]] std::vector<AtspiRef> shownChildren(const Parts& object, const AtspiFacts& facts);

@@ -80,6 +80,18 @@ std::optional<Point> LinuxAccessibility::offsetOf(const Parts& object) {
   return screenOffset(*top);
 }
 
+/// GTK 3 tells a search entry from another by nothing but the icon in it.
+bool LinuxAccessibility::hasSearchIcon(const Parts& object, const AtspiFacts& facts) {
+  if (!facts.is(AtspiRole::text) || !facts.has(AtspiState::editable) || !facts.children ||
+      facts.children->empty() || reader_.toolkitOf(object) != Toolkit::gtk3) {
+    return false;
+  }
+  Parts icon = object;
+  icon.ref = facts.children->front();
+  const FactsPtr its = reader_.learn(icon, Fact::kind | Fact::name);
+  return its && its->name.starts_with("edit-find");
+}
+
 std::vector<AtspiRef> LinuxAccessibility::shownChildren(const Parts& object,
                                                         const AtspiFacts& facts) {
   std::vector<AtspiRef> children = facts.children.value_or(std::vector<AtspiRef>());
