@@ -15,7 +15,7 @@ class Gtk3Test(ToolkitTest):
     OPTIONS = ("--block", "50")
     NODES = frozenset({
         ("button", "Slow"), ("radiobutton", "Red"), ("popupbutton", "Small"),
-        ("textbox", "Search"), ("textbox", "Notes"), ("slider", "Volume"), ("tab", "Data"),
+        ("searchbox", "Search"), ("textbox", "Notes"), ("slider", "Volume"), ("tab", "Data"),
         ("menuitem", "New"), ("menuitem", "PDF"), ("menuitem", "About")})
 
 
