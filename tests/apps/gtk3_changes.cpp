@@ -10,8 +10,8 @@
 #include <utility>
 #include <vector>
 
-#include "tests/apps/gtk3_log.h"
 #include "tests/apps/gtk3_pages.h"
+#include "tests/apps/gtk3_watch.h"
 #include "tests/apps/gtk3_windows.h"
 
 namespace tarqo::gtk3app {
@@ -45,7 +45,8 @@ std::vector<GtkWidget*> allWidgets() {
 }
 
 /// The widget of that name; a label only where nothing else has it, since controls hold one.
-GtkWidget* find(const std::string& name) {
+GtkWidget* find(std::string name) {
+  std::ranges::replace(name, '_', ' ');
   GtkWidget* label = nullptr;
   for (GtkWidget* widget : allWidgets()) {
     const gchar* known = atk_object_get_name(gtk_widget_get_accessible(widget));
@@ -313,35 +314,19 @@ Condition replace(Stage& /*stage*/, const Words& words) {
   return always;
 }
 
-// What arrives.
-
-const char* kindOf(const GdkEvent& event) {
-  switch (static_cast<int>(event.type)) {
-    case GDK_BUTTON_PRESS:
-      return "press";
-    case GDK_BUTTON_RELEASE:
-      return "release";
-    case GDK_KEY_PRESS:
-      return "key";
-    case GDK_SCROLL:
-      return "scroll";
-    default:
-      return nullptr;
+Condition scroll(Stage& /*stage*/, const Words& words) {
+  GtkWidget* widget = find(words[1]);
+  GtkWidget* area =
+      widget != nullptr ? gtk_widget_get_ancestor(widget, GTK_TYPE_SCROLLED_WINDOW) : nullptr;
+  if (area != nullptr) {
+    gtk_adjustment_set_value(gtk_scrolled_window_get_vadjustment(GTK_SCROLLED_WINDOW(area)),
+                             number(words[2]));
   }
-}
-
-void logAndHandle(GdkEvent* event, gpointer /*data*/) {
-  if (const char* kind = kindOf(*event); kind != nullptr) {
-    GtkWidget* receiver = gtk_get_event_widget(event);
-    const gchar* name =
-        receiver != nullptr ? atk_object_get_name(gtk_widget_get_accessible(receiver)) : nullptr;
-    logLine(std::string("event ") + kind + " " + (name != nullptr ? name : "unnamed"));
-  }
-  gtk_main_do_event(event);
+  return when(area != nullptr);
 }
 
 Condition watch(Stage& /*stage*/, const Words& /*words*/) {
-  gdk_event_handler_set(logAndHandle, nullptr, nullptr);
+  watchEvents();
   return always;
 }
 
@@ -354,8 +339,8 @@ constexpr std::array kChanges{
     Change{"dismiss", 0, dismiss},   Change{"tab", 1, tab},         Change{"rename", 2, rename},
     Change{"enable", 1, enable},     Change{"disable", 1, enable},  Change{"show", 1, show},
     Change{"hide", 1, show},         Change{"swap", 2, swap},       Change{"detach", 1, detach},
-    Change{"attach", 0, attach},     Change{"replace", 1, replace}, Change{"watch", 0, watch},
-    Change{"sync", 0, sync},
+    Change{"attach", 0, attach},     Change{"replace", 1, replace}, Change{"scroll", 2, scroll},
+    Change{"watch", 0, watch},       Change{"sync", 0, sync},
 };
 
 }  // namespace

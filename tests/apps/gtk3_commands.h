@@ -7,20 +7,20 @@ namespace tarqo::gtk3app {
 
 /// Carries out the lines of standard input, one after another, until its end. Each is answered by
 /// one line: "done COMMAND" when the X server has the change, "failed COMMAND" when it never came
-/// or the line is wrong. Names are those that widgets show; they hold no blanks.
+/// or the line is wrong. Names are those that widgets show; "_" stands for a blank in them.
 ///
-///   move X Y · resize WIDTH HEIGHT · raise · minimise · above on|off   `window`
-///   open TITLE X Y · close TITLE                                       another window
+///   move X Y · resize WIDTH HEIGHT · raise · minimise · above on|off       `window`
+///   open TITLE X Y · close TITLE             another window
 ///   cover X Y WIDTH HEIGHT · uncover         a popup that no window manager knows
 ///   dismiss                                  closes all menus
 ///   tab NAME                                 shows that page
+///   scroll NAME Y                            the area that holds it, to Y pixels from its top
 ///   rename NAME NEW · enable NAME · disable NAME · show NAME · hide NAME
 ///   swap NAME NAME                           two of one row
-///   detach NAME · attach NAME                takes it out of its row, and brings it back
-///   replace NAME                             by a new one at the same place
-///   watch                                    logs "event KIND" for each press, release, key,
-///   scroll sync                                     nothing; all that arrived before has been
-///   handled
+///   detach NAME · attach                     takes it out of its row, and brings it back
+///   replace NAME                             by a new button at the same place
+///   watch                                    as in gtk3_watch.h
+///   sync                                     nothing; what arrived before has been handled
 void readCommands(GtkWindow* window);
 
 }  // namespace tarqo::gtk3app
