@@ -39,14 +39,14 @@ class Hanging(HelperTest):
 
     def expect_whole(self):
         self.app.send_signal(signal.SIGCONT)
-        wait_until(lambda: len(nodes_of(self.observe())) == self.whole, 5,
+        wait_until(lambda: len(nodes_of(self.observe(ocr=False))) == self.whole, 5,
                    "the tree is whole again")
         self.assertFalse(self.observe()["snapshot"]["truncated"])
 
     def test_an_application_that_hangs_already(self):
         self.app.send_signal(signal.SIGSTOP)
         for image in (False, True):
-            answer, seconds = self.timed("observe", image=image, timeoutMs=1000)
+            answer, seconds = self.timed("observe", image=image, ocr=False, timeoutMs=1000)
             self.assertLess(seconds, 1 + MESSAGING_SECONDS + MENU_BAR_SECONDS + SLACK_SECONDS)
             if isinstance(answer, HelperError):
                 self.assertEqual(answer.code, "no_window")
