@@ -76,6 +76,9 @@ Json Server::result(const std::string& method, const Json& args) {
       Row{"geometry", [](Server& s, const Json&) { return s.session_.geometry(); }},
       Row{"settle", [](Server& s, const Json& a) { return s.session_.settle(a); }},
       Row{"click", [](Server& s, const Json& a) { return s.session_.click(a); }},
+      Row{"showMenu", [](Server& s, const Json& a) { return s.session_.showMenu(a); }},
+      Row{"hover", [](Server& s, const Json& a) { return s.session_.hover(a); }},
+      Row{"input", [](Server& s, const Json& a) { return s.session_.input(a); }},
   };
   for (const Row& row : kMethods) {
     if (row.name == method) {

@@ -35,7 +35,9 @@ TEST(TranscriptCollection, HoldsASuccessAndARefusalOfEveryMethod) {
                                 "preflight refuses", "connect succeeds",     "connect refuses",
                                 "observe succeeds",  "observe refuses",      "geometry succeeds",
                                 "geometry refuses",  "settle succeeds",      "settle refuses",
-                                "click succeeds",    "click refuses",        "close ends"};
+                                "click succeeds",    "click refuses",        "showMenu succeeds",
+                                "showMenu refuses",  "hover succeeds",       "hover refuses",
+                                "input succeeds",    "input refuses",        "close ends"};
   for (const std::string& name : transcriptNames()) {
     for (const Exchange& exchange : transcriptNamed(name).exchanges) {
       const Json request = Json::parse(exchange.request, nullptr, false);
