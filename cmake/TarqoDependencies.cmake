@@ -12,6 +12,8 @@ if(NOT APPLE)
     pkg_check_modules(XCB REQUIRED IMPORTED_TARGET
       xcb xcb-shm xcb-composite xcb-res xcb-damage xcb-xtest xcb-randr
       xcb-xkb)
+    # Declarations alone: the helper loads the library when it is first needed.
+    pkg_check_modules(TESSERACT REQUIRED tesseract lept)
   endif()
 endif()
 

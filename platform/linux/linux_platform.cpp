@@ -12,6 +12,7 @@
 #include "platform/linux/linux_processes.h"
 #include "platform/linux/linux_random.h"
 #include "platform/linux/linux_screen_capture.h"
+#include "platform/linux/linux_text_recognizer.h"
 #include "platform/linux/linux_window_server.h"
 #include "platform/linux/linux_workspace.h"
 #include "platform/linux/x_window_locator.h"
@@ -20,17 +21,6 @@
 namespace tarqo {
 namespace lnx {
 namespace {
-
-/// Stands in until text recognition is there.
-class NoTextRecognizer final : public TextRecognizer {
- public:
-  std::variant<std::vector<RecognizedLine>, std::string> recognize(
-      const Image& /*image*/) override {
-    return "This build of the helper cannot recognise text in pictures. Observe with \"ocr\": "
-           "false "
-           "to see what the accessibility tree tells.";
-  }
-};
 
 class LinuxPlatform final : public PlatformHost {
  public:
@@ -53,7 +43,7 @@ class LinuxPlatform final : public PlatformHost {
   LinuxScreenCapture capture_;
   LinuxPermissions permissions_{capture_};
   LinuxWindowServer windowServer_{applications_};
-  NoTextRecognizer recognizer_;
+  LinuxTextRecognizer recognizer_;
   LinuxImages images_;
   LinuxClock clock_;
   LinuxRandom random_;

@@ -1,0 +1,126 @@
+#include "platform/linux/linux_text_regions.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <random>
+
+#include "tests/platform/text_picture.h"
+
+namespace tarqo::lnx {
+namespace {
+
+constexpr const char* kKorean = "NanumGothic 16px";
+
+void expectNear(const PixelBox& found, const PixelBox& drawn) {
+  EXPECT_NEAR(found.left, drawn.left, 1);
+  EXPECT_NEAR(found.top, drawn.top, 1);
+  EXPECT_NEAR(found.right, drawn.right, 1);
+  EXPECT_NEAR(found.bottom, drawn.bottom, 1);
+}
+
+/// Given from left to right.
+void expectLines(const TextPicture& picture, const std::vector<PixelBox>& drawn) {
+  TextRegions regions = findTextRegions(picture.view());
+  EXPECT_TRUE(regions.pictures.empty());
+  std::ranges::stable_sort(regions.lines, {}, &PixelBox::left);
+  ASSERT_EQ(regions.lines.size(), drawn.size());
+  for (std::size_t i = 0; i < drawn.size(); ++i) {
+    expectNear(regions.lines[i], drawn[i]);
+  }
+}
+
+TEST(TextRegions, AreNoneWithoutInk) { expectLines(TextPicture(300, 100, 0x808080), {}); }
+
+TEST(TextRegions, HoldAllWordsOfALine) {
+  TextPicture picture(700, 100, 0xFFFFFF);
+  const PixelBox line = picture.write(20, 20, "It's \"so\" far, i.e. 3 - 2 = 1; yes?");
+  expectLines(picture, {line});
+}
+
+TEST(TextRegions, HoldTheStrokesAndRingsOfHangul) {
+  TextPicture picture(500, 100, 0xFFFFFF);
+  const PixelBox line = picture.write(20, 20, "그으로 을를 회의 흐름, 이응", 0x202020, kKorean);
+  expectLines(picture, {line});
+}
+
+TEST(TextRegions, HoldWordsOfAFixedWidthFont) {
+  TextPicture picture(500, 100, 0xFFFFFF);
+  expectLines(picture, {picture.write(20, 20, "done: 3 of 7 files", 0, "DejaVu Sans Mono 16px")});
+}
+
+TEST(TextRegions, KeepLinesOfAParagraphApart) {
+  TextPicture picture(500, 100, 0xFFFFFF);
+  const PixelBox first = picture.write(20, 20, "gypsy jumping, jpg");
+  expectLines(picture, {first, picture.write(24, 37, "Tall island (bold) list")});
+}
+
+TEST(TextRegions, KeepColumnsOfATableApart) {
+  TextPicture picture(500, 100, 0xFFFFFF);
+  const PixelBox first = picture.write(20, 20, "Name");
+  expectLines(picture, {first, picture.write(first.right + 20, 20, "Make")});
+}
+
+TEST(TextRegions, KeepTextOnDifferentSurfacesApart) {
+  TextPicture picture(500, 100, 0xFFFFFF);
+  picture.fill({100, 0, 500, 100}, 0x203050);
+  const PixelBox first = picture.write(60, 30, "Total");
+  expectLines(picture, {first, picture.write(104, 30, "Hotel", 0xFFFFFF)});
+}
+
+TEST(TextRegions, FindLightTextOnAButtonWithoutItsBorder) {
+  TextPicture picture(300, 100, 0xF6F5F4);
+  picture.fill({100, 30, 200, 66}, 0x3584E4).frame({100, 30, 200, 66}, 0x1B4A80);
+  expectLines(picture, {picture.write(128, 39, "Apply", 0xFFFFFF)});
+}
+
+TEST(TextRegions, LeaveOutRulesAndTextCursors) {
+  TextPicture picture(500, 100, 0xFFFFFF);
+  picture.fill({0, 60, 500, 61}, 0xC0C0C0).fill({300, 20, 301, 38}, 0);
+  expectLines(picture, {picture.write(20, 20, "Search")});
+}
+
+TEST(TextRegions, HoldSingleLettersAndDigits) {
+  TextPicture picture(300, 100, 0xFFFFFF);
+  const PixelBox first = picture.write(40, 20, "7");
+  expectLines(picture, {first, picture.write(140, 20, "X")});
+}
+
+TEST(TextRegions, AreTheSameLinesAtTwiceTheScale) {
+  TextPicture picture(1000, 200, 0xFFFFFF);
+  const PixelBox line =
+      picture.write(40, 40, "It's \"so\" 그으로 far?", 0x202020, "NanumGothic 28px");
+  expectLines(picture, {line});
+}
+
+TEST(TextRegions, AreTheLinesOfThePage) {
+  TextPicture picture(textpage::kWidthPx, textpage::kHeightPx, 0xFFFFFF);
+  const auto drawn = picture.drawPage();
+  const TextRegions regions = findTextRegions(picture.view());
+  EXPECT_EQ(regions.lines.size(), drawn.size());
+  for (const textpage::DrawnLine& line : drawn) {
+    EXPECT_TRUE(std::ranges::any_of(regions.lines, [&](const PixelBox& box) {
+      return std::abs(box.left - line.x) <= 4 && std::abs(box.top - line.y) <= 4 &&
+             std::abs(box.right - line.x - line.width) <= 4 &&
+             std::abs(box.bottom - line.y - line.height) <= 4;
+    })) << line.text;
+  }
+}
+
+TEST(TextRegions, AreAPictureWhereThereIsNothingButNoise) {
+  TextPicture picture(400, 300, 0xFFFFFF);
+  std::minstd_rand random(1);
+  for (int y = 0; y < 300; ++y) {
+    for (int x = 100; x < 400; ++x) {
+      picture.fill({x, y, x + 1, y + 1}, static_cast<std::uint32_t>(random() & 0xFFFFFFU));
+    }
+  }
+  const TextRegions regions = findTextRegions(picture.view());
+  EXPECT_TRUE(regions.lines.empty());
+  ASSERT_EQ(regions.pictures.size(), 1U);
+  EXPECT_EQ(regions.pictures[0], (PixelBox{100, 0, 400, 300}));
+}
+
+}  // namespace
+}  // namespace tarqo::lnx
