@@ -14,12 +14,8 @@
 
 #ifdef __clang__
 #define TARQO_SDK_SINCE(version) __attribute__((availability(macos, introduced = version)))
-#define TARQO_SDK_UNTIL(since, deprecatedIn, obsoletedIn)                           \
-  __attribute__((availability(macos, introduced = since, deprecated = deprecatedIn, \
-                              obsoleted = obsoletedIn)))
 #else
 #define TARQO_SDK_SINCE(version)
-#define TARQO_SDK_UNTIL(since, deprecatedIn, obsoletedIn)
 #endif
 
 extern "C" {

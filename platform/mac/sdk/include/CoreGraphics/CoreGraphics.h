@@ -32,7 +32,6 @@ typedef struct CGRect CGRect;
 extern const CGRect CGRectNull;
 
 typedef struct CGImage* CGImageRef;
-typedef struct CGDataProvider* CGDataProviderRef;
 typedef struct CGDisplayMode* CGDisplayModeRef;
 typedef struct __CGEvent* CGEventRef;
 typedef struct __CGEventSource* CGEventSourceRef;
@@ -73,10 +72,6 @@ extern const CFStringRef kCGWindowAlpha;
 extern const CFStringRef kCGWindowName;
 bool CGRectMakeWithDictionaryRepresentation(CFDictionaryRef _Nullable dictionary,
                                             CGRect* _Nullable rect);
-
-TARQO_SDK_UNTIL(10.5, 14.0, 15.0)
-CGImageRef _Nullable CGWindowListCreateImage(CGRect screenBounds, CGWindowListOption listOption,
-                                             CGWindowID windowId, CGWindowImageOption imageOption);
 
 /// The header says 10.15, but the symbols link from 11.0 on.
 TARQO_SDK_SINCE(10.15) bool CGPreflightScreenCaptureAccess(void);
