@@ -1,23 +1,27 @@
 """The figures of the README: each beside what a user would pick instead, in one run.
 
-    bench.py HELPER GTK3_APP
+    bench.py HELPER GTK3_APP TEXT_APP
 
 Timings of one machine vary; the ratio of two things measured in turns varies less, so that is what
 to look at. Needs a desktop: run it through script/bench.
 """
 
+import collections
 import os
 import statistics
 import subprocess
 import sys
+import tempfile
 import time
 
 from tarqo_client import Helper, nodes_of
 
 NODES = 1500
 ROUNDS = 7
+TEXT_ROUNDS = 3
 WINDOW = "1280x800"
 BUNDLE = "com.tarqo.test.gtk3"
+TEXT_BUNDLE = "com.tarqo.test.text"
 
 
 def milliseconds(deed):
@@ -92,23 +96,39 @@ def row(what, ours, peer, theirs):
           flush=True)
 
 
-def main():
-    program, application = sys.argv[1:3]
-    app = subprocess.Popen(
-        [application, "--nodes", str(NODES), "--geometry", WINDOW + "+0+0", "--title", "Bench"],
-        stdout=subprocess.PIPE, text=True)
-    try:
-        for line in app.stdout:
+class Application:
+    """An application of ours that runs inside a `with` statement; `lines` is what it printed until
+    it was ready."""
+
+    def __init__(self, *command):
+        self._process = subprocess.Popen(command, stdout=subprocess.PIPE, text=True)
+        self.lines = []
+        for line in self._process.stdout:
             if line.strip() == "ready":
                 break
-        measure(program, os.path.basename(application))
-    finally:
-        app.terminate()
-        app.wait()
+            self.lines.append(line.strip())
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *unused):
+        self._process.terminate()
+        self._process.wait()
+        self._process.stdout.close()
+
+
+def main():
+    program, application, text_application = sys.argv[1:4]
+    print("| what | tarqo-ax | peer | peer's time | ratio |\n|---|---|---|---|---|")
+    with Application(application, "--nodes", str(NODES), "--geometry", WINDOW + "+0+0",
+                     "--title", "Bench"):
+        idle = measure(program, os.path.basename(application))
+    with Application(text_application, "--geometry", WINDOW + "+0+0", "--title", "Bench") as app:
+        measure_text(program, app.lines)
+    print("\nResident memory while idle after connect: %.1f MiB" % idle)
 
 
 def measure(program, application_name):
-    print("| what | tarqo-ax | peer | peer's time | ratio |\n|---|---|---|---|---|")
     with Helper(program) as helper:
         helper.call("connect", {"bundleId": BUNDLE})
         counts = {}
@@ -140,7 +160,40 @@ def measure(program, application_name):
     with Helper(program) as helper:
         helper.call("connect", {"bundleId": BUNDLE})
         time.sleep(0.5)
-        print("\nResident memory while idle after connect: %.1f MiB" % resident_mib(helper.pid))
+        return resident_mib(helper.pid)
+
+
+def words_right(drawn, read):
+    """How many of the words drawn were read, anywhere."""
+    return (collections.Counter(drawn) & collections.Counter(read)).total()
+
+
+def measure_text(program, drawn_lines):
+    """Reads a window without accessible text, by the helper and by the command of Tesseract."""
+    drawn = [word for line in drawn_lines for word in line.split('"', 1)[1].rstrip('"').split()]
+    read = {}
+    with Helper(program) as helper, tempfile.TemporaryDirectory() as folder:
+        helper.call("connect", {"bundleId": TEXT_BUNDLE})
+        picture = os.path.join(folder, "window.png")
+        window = str(bench_window())
+
+        def observe():
+            nodes = nodes_of(helper.call("observe", {"menubar": False}, timeout=120))
+            read["ours"] = [word for node in nodes for word in node["name"].split()]
+
+        def command():
+            subprocess.run(["import", "-window", window, picture], check=True)
+            result = subprocess.run(
+                ["tesseract", picture, "-", "-l", "kor+eng"], check=True, capture_output=True,
+                text=True, env={**os.environ, "OMP_THREAD_LIMIT": "1"})  # Faster than with more.
+            read["theirs"] = result.stdout.split()
+
+        ours, theirs = in_turns(observe, command, TEXT_ROUNDS)
+    row("%d lines of text read from the pixels of a window" % len(drawn_lines), ours,
+        "ImageMagick `import`, then `tesseract -l kor+eng`", theirs)
+    ours, theirs = (words_right(drawn, read[who]) for who in ("ours", "theirs"))
+    print("| words right, of %d Korean and English ones | %d | the same | %d | %.2f |"
+          % (len(drawn), ours, theirs, ours / theirs))
 
 
 def bench_window():
