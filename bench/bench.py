@@ -149,12 +149,12 @@ def measure(program, application_name):
         ours, theirs = in_turns(
             lambda: helper.call("observe", image),
             lambda: subprocess.run(["import", "-window", window, "png:/dev/null"], check=True))
-        row("window image %s captured, encoded, sent" % WINDOW, ours, "ImageMagick import", theirs)
+        row("window image %s captured, encoded, sent" % WINDOW, ours, "ImageMagick `import`", theirs)
 
     ours, theirs = in_turns(
         first_response(program),
         lambda: subprocess.run(["/usr/bin/python3", "-c", "import pyatspi"], check=True))
-    row("first response after process start, to its end", ours, "python3 -c 'import pyatspi'",
+    row("first response after process start, to its end", ours, "`python3 -c 'import pyatspi'`",
         theirs)
 
     with Helper(program) as helper:

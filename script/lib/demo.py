@@ -1,8 +1,9 @@
-"""Plays the typical exchange with the helper against a real application, and shows it."""
+"""Plays the typical exchange with the helper against real applications, and shows it."""
 
 import base64
 import json
 import os
+import subprocess
 import sys
 import threading
 import time
@@ -10,8 +11,20 @@ import time
 import annotate
 from tarqo_client import Helper, HelperError, find_node, nodes_of
 
-APPLICATION = "org.gnome.Calculator"
+CALCULATOR = "org.gnome.Calculator"
 KEYS = ["7", "×", "6", "="]
+
+VIEWER = "org.gnome.eog"
+VIEWER_PROGRAM = "eog"
+# Drawn as a picture, so that no accessibility tree tells a word of it.
+PICTURE_LINES = [
+    ("DejaVu Sans", 24, "Server room on the second floor"),
+    ("DejaVu Sans", 15, "Temperature is 21 degrees and all four fans are running."),
+    ("NanumGothic", 20, "서버실 온도는 정상입니다"),
+    ("NanumGothic", 15, "다음 점검은 월요일 오전에 예정되어 있습니다"),
+]
+# What the viewer may need to start and show the picture.
+VIEWER_SECONDS = 20
 
 
 class Progress:
@@ -70,8 +83,31 @@ class Demo:
             raise HelperError(response["error"])
         return response["result"]
 
-    def observe(self, name):
-        result = self.play("observe")
+    def wait_for_window(self, application, title, seconds):
+        """Waits, without showing it, until an application that is starting has the window."""
+        deadline = time.monotonic() + seconds
+        with Progress("waiting for " + title):
+            while time.monotonic() < deadline:
+                try:
+                    self._helper.call("connect", {"bundleId": application, "launch": False})
+                    window = nodes_of(self._helper.call("observe", {"image": False, "ocr": False}))
+                    if window and title in window[0]["name"]:
+                        return
+                except HelperError:
+                    pass  # It has no window yet.
+                time.sleep(0.1)
+        sys.exit("%s shows no window %s within %d s" % (application, title, seconds))
+
+    def connect(self, application):
+        targets = self.play("listTargets")["targets"]
+        if not any(target["bundleId"] == application for target in targets):
+            sys.exit("%s is not installed" % application)
+        self.play("preflight")
+        self.play("connect", {"bundleId": application})
+        self.play("settle")
+
+    def observe(self, name, args=None):
+        result = self.play("observe", args)
         path = os.path.join(self._folder, name)
         with open(path + ".png", "wb") as file:
             file.write(base64.b64decode(result["image"]["base64"]))
@@ -110,28 +146,63 @@ def changes(before, after):
             yield text
 
 
+def press_keys(demo):
+    demo.connect(CALCULATOR)
+    first = demo.observe("before")
+    last = first
+    for key in KEYS:
+        demo.click(last, key)
+        last = demo.observe("after")
+    print("\nWhat the clicks on %s changed in the window:" % " ".join(KEYS))
+    changed = list(changes(first, last))
+    for role, name, value in changed:
+        print("  %s %r%s" % (role, name, " = %r" % value if value and value != name else ""))
+    if not changed:
+        sys.exit("  nothing: the clicks had no effect")
+
+
+def write_picture(path):
+    y = 0
+    with open(path, "w", encoding="utf-8") as file:
+        file.write('<svg xmlns="http://www.w3.org/2000/svg" width="560" height="190">\n'
+                   '<rect width="560" height="190" fill="#f4f6f8"/>\n')
+        for font, size, text in PICTURE_LINES:
+            y += 40
+            file.write('<text x="24" y="%d" font-family="%s" font-size="%dpx" fill="#223">%s</text>\n'
+                       % (y, font, size, text))
+        file.write("</svg>\n")
+
+
+def read_picture(demo, folder):
+    """Reads the text in a picture that an image viewer shows."""
+    picture = os.path.join(folder, "notice.svg")
+    write_picture(picture)
+    viewer = subprocess.Popen([VIEWER_PROGRAM, picture], stdin=subprocess.DEVNULL,
+                              stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    try:
+        demo.wait_for_window(VIEWER, os.path.basename(picture), VIEWER_SECONDS)
+        demo.connect(VIEWER)
+        # The window has controls with names, so recognition must be asked for.
+        observation = demo.observe("picture", {"forceOcr": True})
+        wanted = [text for _, _, text in PICTURE_LINES]
+        read = {n["name"] for n in nodes_of(observation)}.intersection(wanted)
+        print("\nThe lines of the picture, which the accessibility tree does not tell:")
+        for text in wanted:
+            print("  %s %r" % ("read     " if text in read else "not read ", text))
+        if not read:
+            sys.exit("  none was read")
+    finally:
+        viewer.terminate()
+        viewer.wait()
+
+
 def main():
     program, folder = sys.argv[1:3]
     demo = Demo(program, folder)
     try:
         demo.play("host")
-        targets = demo.play("listTargets")["targets"]
-        if not any(target["bundleId"] == APPLICATION for target in targets):
-            sys.exit("%s is not installed" % APPLICATION)
-        demo.play("preflight")
-        demo.play("connect", {"bundleId": APPLICATION})
-        demo.play("settle")
-        first = demo.observe("before")
-        last = first
-        for key in KEYS:
-            demo.click(last, key)
-            last = demo.observe("after")
-        print("\nWhat the clicks on %s changed in the window:" % " ".join(KEYS))
-        changed = list(changes(first, last))
-        for role, name, value in changed:
-            print("  %s %r%s" % (role, name, " = %r" % value if value and value != name else ""))
-        if not changed:
-            sys.exit("  nothing: the clicks had no effect")
+        press_keys(demo)
+        read_picture(demo, folder)
     finally:
         demo.close()
     print("\nPictures and the full transcript: %s" % folder)
