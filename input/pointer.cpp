@@ -15,7 +15,7 @@ using namespace std::chrono_literals;
 constexpr double kMinFrameSide = 1;
 
 constexpr Duration kHoverRest = 450ms;
-constexpr Duration kMenuOpens = 250ms;
+constexpr Duration kActionOpensMenu = 250ms;
 
 constexpr std::string_view kPress = "AXPress";
 constexpr std::string_view kShowMenu = "AXShowMenu";
@@ -142,7 +142,7 @@ Json Session::showMenu(const Json& args) {
   Accessibility& ax = platform_.accessibility;
   Json result = {{"method", "accessibility"}, {"nodeId", nodeId}};
   if (offers(actionNames(ax, stored.element), kShowMenu) && ax.perform(stored.element, kShowMenu)) {
-    platform_.clock.turn(kMenuOpens);
+    platform_.clock.turn(kActionOpensMenu);
   } else {
     verifyPointer(point, stored.element);
     rightPress(point);

@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::int64_t kDefaultMaxNodes = 1500;
 constexpr std::int64_t kDefaultMaxDepth = 40;
-constexpr std::int64_t kDefaultTimeoutMs = 4000;
+constexpr std::int64_t kDefaultWalkMs = 4000;
 
 std::int64_t clampedArgument(const Json& args, const char* key, std::int64_t otherwise,
                              std::pair<std::int64_t, std::int64_t> range) {
@@ -27,7 +27,7 @@ WalkBudget walkBudget(const Json& args, Instant start) {
       static_cast<std::size_t>(clampedArgument(args, "maxNodes", kDefaultMaxNodes, {1, 10000}));
   budget.maxDepth = static_cast<int>(clampedArgument(args, "maxDepth", kDefaultMaxDepth, {0, 100}));
   budget.deadline = start + std::chrono::milliseconds(clampedArgument(
-                                args, "timeoutMs", kDefaultTimeoutMs, {100, 30000}));
+                                args, "timeoutMs", kDefaultWalkMs, {100, 30000}));
   return budget;
 }
 

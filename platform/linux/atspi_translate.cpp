@@ -135,7 +135,7 @@ std::optional<Value> identifier(const AtspiView& view) {
   return id == nullptr ? std::nullopt : textOrNone(*id);
 }
 
-std::optional<Value> onOff(const AtspiFacts& facts) {
+std::optional<Value> checkedState(const AtspiFacts& facts) {
   if (facts.has(AtspiState::indeterminate)) {
     return Value{2.0};
   }
@@ -171,7 +171,7 @@ std::optional<Value> value(const AtspiView& view) {
                  ? std::nullopt
                  : textOrNone(std::string(shownName(view.facts, view.toolkit)));
     case ValueSource::onOff:
-      return onOff(facts);
+      return checkedState(facts);
     case ValueSource::quantity:
       return facts.number && std::isfinite(*facts.number) ? std::optional(Value{*facts.number})
                                                           : std::nullopt;

@@ -7,7 +7,7 @@ namespace tarqo::lnx {
 namespace {
 
 /// The deepest tree that a popup is looked for in.
-constexpr int kMaxDepth = 60;
+constexpr int kMaxAncestors = 60;
 
 /// A menu bar has few siblings; longer lists of children are not looked through for one.
 constexpr std::size_t kMenuBarSiblings = 32;
@@ -65,7 +65,7 @@ std::optional<Point> LinuxAccessibility::offsetOf(const Parts& object) {
   }
   const ApplicationWindows& windows = reader_.windowsOf(object.pid, object.timeout);
   Parts at = object;
-  for (int depth = 0; depth < kMaxDepth && !windows.popups.empty(); ++depth) {
+  for (int depth = 0; depth < kMaxAncestors && !windows.popups.empty(); ++depth) {
     const FactsPtr facts = reader_.learn(at, Fact::extents | Fact::parent);
     const std::optional<Rect> extents = facts ? plausible(facts->extents) : std::nullopt;
     const LocatedWindow* popup = extents ? popupOfSize(windows, *extents) : nullptr;

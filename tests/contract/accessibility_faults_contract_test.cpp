@@ -9,13 +9,13 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr std::array<std::string_view, 2> kNames = {"AXRole", "AXTitle"};
+constexpr std::array<std::string_view, 2> kRoleAndTitle = {"AXRole", "AXTitle"};
 
 class FaultsContract : public TargetContract {
  protected:
   void expectNothing(const Element& element) {
     EXPECT_FALSE(ax.attribute(element, "AXRole"));
-    EXPECT_TRUE(ax.attributes(element, kNames).empty());
+    EXPECT_TRUE(ax.attributes(element, kRoleAndTitle).empty());
     EXPECT_TRUE(ax.actionNames(element).empty());
     EXPECT_FALSE(ax.perform(element, "AXPress"));
     EXPECT_FALSE(ax.set(element, "AXValue", Value{"x"}));
@@ -54,7 +54,7 @@ TEST_F(FaultsContract, GiveNothingOfAHungApplicationAfterTheTimeout) {
   target->hang();
 
   const Duration single = timeOf([&] { EXPECT_FALSE(ax.attribute(save, "AXRole")); });
-  const Duration batch = timeOf([&] { EXPECT_TRUE(ax.attributes(save, kNames).empty()); });
+  const Duration batch = timeOf([&] { EXPECT_TRUE(ax.attributes(save, kRoleAndTitle).empty()); });
   const Duration actions = timeOf([&] { EXPECT_TRUE(ax.actionNames(save).empty()); });
 
   EXPECT_LT(single, kMessagingTimeout + 100ms);

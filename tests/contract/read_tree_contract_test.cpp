@@ -9,7 +9,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr std::array<std::string_view, 13> kNames = {
+constexpr std::array<std::string_view, 13> kWalkNames = {
     "AXRole",    "AXSubrole",    "AXTitle", "AXDescription", "AXPlaceholderValue",
     "AXEnabled", "AXPosition",   "AXSize",  "AXSelected",    "AXFocused",
     "AXHidden",  "AXIdentifier", "AXURL"};
@@ -50,7 +50,7 @@ class ReadTreeContract : public TargetContract {
 
   [[nodiscard]] Seen see(const Element& element) const {
     Seen seen;
-    for (const auto& value : ax.attributes(element, kNames)) {
+    for (const auto& value : ax.attributes(element, kWalkNames)) {
       const auto* text = value ? value->as<std::string>() : nullptr;
       const auto* flag = value ? value->as<bool>() : nullptr;
       seen.texts += text != nullptr ? *text : flag != nullptr ? (*flag ? "+" : "-") : "";

@@ -9,16 +9,16 @@ using namespace std::chrono_literals;
 
 using sim::Lines;
 
-constexpr const char* kExpired =
-    "stale_snapshot: This node reference expired. Take a new snapshot before hovering.";
-constexpr const char* kChanged =
-    "stale_snapshot: The captured element changed. Take a new snapshot before acting.";
-constexpr const char* kNoFrame = "not_visible: The element no longer has a visible frame";
-
 /// The button's middle is at 240,212. Connecting ends at 120 ms of virtual time, and so does
 /// bringing the application forward at 240 ms.
 class Hover : public ConnectedScene {
  protected:
+  static constexpr const char* kExpired =
+      "stale_snapshot: This node reference expired. Take a new snapshot before hovering.";
+  static constexpr const char* kChanged =
+      "stale_snapshot: The captured element changed. Take a new snapshot before acting.";
+  static constexpr const char* kNoFrame = "not_visible: The element no longer has a visible frame";
+
   Hover() { desktop.input().pointer.location = Point{180, 152}; }
 
   std::string hoverFailure(const std::string& id) { return failure("hover", {{"nodeId", id}}); }

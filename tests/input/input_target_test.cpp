@@ -9,17 +9,18 @@ using namespace std::chrono_literals;
 
 using sim::Lines;
 
-constexpr const char* kExpired = "stale_snapshot: Use a current node reference.";
-constexpr const char* kChanged = "stale_target: The input target changed or is protected.";
-constexpr const char* kNotVisible = "not_visible: Input target is not visible.";
-constexpr const char* kUnknownKind = "invalid_argument: Provide bounded vertical scroll input.";
-constexpr const char* kNotFrontmost =
-    "target_covered: The application did not come to the front, so keys would go elsewhere. Bring "
-    "it forward (open_target) and try again.";
-
 /// Connecting ends at 120 ms of virtual time, and bringing the application forward at 240 ms.
 class InputTarget : public ConnectedScene {
  protected:
+  static constexpr const char* kExpired = "stale_snapshot: Use a current node reference.";
+  static constexpr const char* kChanged = "stale_target: The input target changed or is protected.";
+  static constexpr const char* kNotVisible = "not_visible: Input target is not visible.";
+  static constexpr const char* kUnknownKind =
+      "invalid_argument: Provide bounded vertical scroll input.";
+  static constexpr const char* kNotFrontmost =
+      "target_covered: The application did not come to the front, so keys would go elsewhere. "
+      "Bring it forward (open_target) and try again.";
+
   // One request of each kind for a node, which must be refused.
   static std::vector<Json> requestsFor(const std::string& id) {
     return {{{"nodeId", id}, {"kind", "type"}, {"text", "x"}},
@@ -211,7 +212,7 @@ TEST_F(InputTarget, NeedsAnyFrameThatIsNotEmpty) {
 }
 
 TEST_F(InputTarget, OfTextAndScrollingIsProvenByThePointer) {
-  for (const std::size_t kind : {0, 2}) {
+  for (const std::size_t kind : {0U, 2U}) {
     const std::string id = idOf("hello");
     sim::Node& over = window.label("Saved").at({180, 230, 400, 60});
     EXPECT_EQ(inputFailure(requestsFor(id)[kind]),

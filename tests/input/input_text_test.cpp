@@ -9,10 +9,9 @@ using namespace std::chrono_literals;
 
 using sim::Lines;
 
-constexpr const char* kUnbounded =
+constexpr const char* kTextUnbounded =
     "invalid_argument: Provide bounded text without control characters.";
-constexpr const char* kNoKeyEvent = "input_failed: Could not create a key event.";
-constexpr const char* kNotFrontmost =
+constexpr const char* kKeysGoElsewhere =
     "target_covered: The application did not come to the front, so keys would go elsewhere. Bring "
     "it forward (open_target) and try again.";
 
@@ -27,6 +26,8 @@ std::string repeated(std::string_view text, int times) {
 /// Connecting ends at 120 ms of virtual time, and bringing the application forward at 240 ms.
 class InputText : public ConnectedScene {
  protected:
+  static constexpr const char* kNoKeyEvent = "input_failed: Could not create a key event.";
+
   Json typing(const std::string& name, const std::string& text, Json more = Json::object()) {
     more["nodeId"] = idOf(name);
     more["kind"] = "type";
@@ -57,31 +58,31 @@ class InputText : public ConnectedScene {
 // What text is taken.
 
 TEST_F(InputText, NeedsAText) {
-  EXPECT_EQ(failure("input", {{"nodeId", idOf("hello")}, {"kind", "type"}}), kUnbounded);
-  EXPECT_EQ(refusal(7), kUnbounded);
-  EXPECT_EQ(refusal(nullptr), kUnbounded);
-  EXPECT_EQ(refusal(""), kUnbounded);
+  EXPECT_EQ(failure("input", {{"nodeId", idOf("hello")}, {"kind", "type"}}), kTextUnbounded);
+  EXPECT_EQ(refusal(7), kTextUnbounded);
+  EXPECT_EQ(refusal(nullptr), kTextUnbounded);
+  EXPECT_EQ(refusal(""), kTextUnbounded);
 }
 
 TEST_F(InputText, MayHaveTwoThousandUtf16Units) {
   const std::string fits = repeated("한", 2000);
   EXPECT_EQ(type("hello", fits).at("sent"), fits);
   field.value("hello");
-  EXPECT_EQ(refusal(repeated("a", 2001)), kUnbounded);
+  EXPECT_EQ(refusal(repeated("a", 2001)), kTextUnbounded);
 }
 
 TEST_F(InputText, CountsCharactersBeyondTheBasicPlaneTwice) {
   EXPECT_EQ(type("hello", repeated("😀", 1000)).at("method"), "accessibility");
   field.value("hello");
-  EXPECT_EQ(refusal(repeated("😀", 1000) + "a"), kUnbounded);
+  EXPECT_EQ(refusal(repeated("😀", 1000) + "a"), kTextUnbounded);
 }
 
 TEST_F(InputText, HasNoControlOrFormatCharacters) {
   for (const char* text : {"a\nb", "a\rb", "\t", "\x1b", "\x7f", "\u0085", "a\u200bb", "\u200d",
                            "\u200e", "\u00ad", "\ufeff", "👨\u200d👩"}) {
-    EXPECT_EQ(refusal(text), kUnbounded) << text;
+    EXPECT_EQ(refusal(text), kTextUnbounded) << text;
   }
-  EXPECT_EQ(refusal(std::string("a\0b", 3)), kUnbounded);
+  EXPECT_EQ(refusal(std::string("a\0b", 3)), kTextUnbounded);
 }
 
 TEST_F(InputText, MayHaveAnyOtherCharacter) {
@@ -97,7 +98,7 @@ TEST_F(InputText, IsReadAfterTheProofs) {
 
 TEST_F(InputText, IsReadBeforeTheFieldIsAsked) {
   field.settable("AXValue", false);
-  EXPECT_EQ(refusal(""), kUnbounded);
+  EXPECT_EQ(refusal(""), kTextUnbounded);
 }
 
 // Into a text field: its value.
@@ -170,7 +171,7 @@ TEST_F(InputText, IsSubmittedByAnExplicitTrueOnly) {
 TEST_F(InputText, SubmittedNeedsTheForegroundOnceTheValueIsSet) {
   const Json request = typing("hello", "x", {{"submit", true}});
   desktop.after(110ms, [&] { desktop.app("com.example.Other").bringToFront(); });
-  EXPECT_EQ(failure("input", request), kNotFrontmost);
+  EXPECT_EQ(failure("input", request), kKeysGoElsewhere);
   EXPECT_EQ(field.readText("AXValue"), "x");
   EXPECT_EQ(desktop.posted(), Lines{});
 }
@@ -214,7 +215,7 @@ TEST_F(InputText, IsTypedByWhatPeopleTakeForOneCharacter) {
 TEST_F(InputText, ByKeystrokesNeedsTheForeground) {
   const Json request = typing("page", "x");
   desktop.after(110ms, [&] { desktop.app("com.example.Other").bringToFront(); });
-  EXPECT_EQ(failure("input", request), kNotFrontmost);
+  EXPECT_EQ(failure("input", request), kKeysGoElsewhere);
   EXPECT_EQ(desktop.posted(), Lines{});
 }
 
@@ -285,11 +286,11 @@ TEST_F(TextIntoRecognisedText, NeedsTheForegroundAndNoHitTest) {
 
 TEST_F(TextIntoRecognisedText, IsRefusedBehindAnotherApplication) {
   desktop.after(110ms, [&] { desktop.app("com.example.Other").bringToFront(); });
-  EXPECT_EQ(failure("input", {{"nodeId", id}, {"kind", "type"}, {"text", "x"}}), kNotFrontmost);
+  EXPECT_EQ(failure("input", {{"nodeId", id}, {"kind", "type"}, {"text", "x"}}), kKeysGoElsewhere);
 }
 
 TEST_F(TextIntoRecognisedText, IsBoundedToo) {
-  EXPECT_EQ(failure("input", {{"nodeId", id}, {"kind", "type"}, {"text", "a\n"}}), kUnbounded);
+  EXPECT_EQ(failure("input", {{"nodeId", id}, {"kind", "type"}, {"text", "a\n"}}), kTextUnbounded);
 }
 
 TEST_F(TextIntoRecognisedText, AnUnknownKindIsRefusedAfterTheProofOfThePoint) {

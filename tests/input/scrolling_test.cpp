@@ -9,13 +9,13 @@ using namespace std::chrono_literals;
 
 using sim::Lines;
 
-constexpr const char* kUnbounded = "invalid_argument: Provide bounded scroll input.";
-constexpr const char* kTooSmall = "input_failed: Swipe target is too small.";
-
 /// The field's middle is at 300,252. Connecting ends at 120 ms of virtual time, and bringing the
 /// application forward at 240 ms. The inner area of the window is 744 x 544 points at 128,108.
 class Scrolling : public ConnectedScene {
  protected:
+  static constexpr const char* kUnbounded = "invalid_argument: Provide bounded scroll input.";
+  static constexpr const char* kTooSmall = "input_failed: Swipe target is too small.";
+
   Json scrolling(const Json& deltas) {
     Json request = deltas;
     request["nodeId"] = idOf("hello");

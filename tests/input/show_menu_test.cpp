@@ -9,16 +9,16 @@ using namespace std::chrono_literals;
 
 using sim::Lines;
 
-constexpr const char* kExpired =
-    "stale_snapshot: This node reference expired. Take a new snapshot before opening its menu.";
-constexpr const char* kChanged =
-    "stale_snapshot: The captured element changed. Take a new snapshot before acting.";
-constexpr const char* kNoFrame = "not_visible: The element no longer has a visible frame";
-
 /// The button's middle is at 240,212. Connecting ends at 120 ms of virtual time, and so does
 /// bringing the application forward at 240 ms.
 class ShowMenu : public ConnectedScene {
  protected:
+  static constexpr const char* kExpired =
+      "stale_snapshot: This node reference expired. Take a new snapshot before opening its menu.";
+  static constexpr const char* kChanged =
+      "stale_snapshot: The captured element changed. Take a new snapshot before acting.";
+  static constexpr const char* kNoFrame = "not_visible: The element no longer has a visible frame";
+
   std::string menuFailure(const std::string& id) { return failure("showMenu", {{"nodeId", id}}); }
   Json showMenu() { return result("showMenu", {{"nodeId", idOf("Save")}}); }
 };

@@ -8,7 +8,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-class Serve : public Scene {
+class ServeLine : public Scene {
  protected:
   /// The response line as it would be written.
   std::string line(const std::string& request) {
@@ -23,27 +23,27 @@ std::string refusal(const std::string& error, const std::string& id) {
   return R"({"error":)" + error + R"(,"id":)" + id + "}";
 }
 
-TEST_F(Serve, AnswersHostWithItsIdAndWhetherAHostIsKnown) {
+TEST_F(ServeLine, AnswersHostWithItsIdAndWhetherAHostIsKnown) {
   EXPECT_EQ(line(R"({"id": 7, "method": "host"})"),
             R"({"id":7,"result":{"host":{"name":"MCP 호스트"},"known":false}})");
 }
 
-TEST_F(Serve, AnswersARequestWithoutIdWithNull) {
+TEST_F(ServeLine, AnswersARequestWithoutIdWithNull) {
   EXPECT_EQ(line(R"({"method": "listTargets"})"), R"({"id":null,"result":{"targets":[]}})");
 }
 
-TEST_F(Serve, RefusesAnUnknownMethod) {
+TEST_F(ServeLine, RefusesAnUnknownMethod) {
   EXPECT_EQ(line(R"({"id": "a", "method": "nothing"})"), refusal(kUnknownMethod, "\"a\""));
 }
 
-TEST_F(Serve, RefusesAMethodThatIsNoTextOrMissing) {
+TEST_F(ServeLine, RefusesAMethodThatIsNoTextOrMissing) {
   for (const char* method :
        {R"(,"method":5)", R"(,"method":null)", R"(,"method":["host"])", R"(,"method":true)", ""}) {
     EXPECT_EQ(line(R"({"id":1)" + std::string(method) + "}"), refusal(kUnknownMethod, "1"));
   }
 }
 
-TEST_F(Serve, ComparesMethodNamesExactly) {
+TEST_F(ServeLine, ComparesMethodNamesExactly) {
   for (const char* method : {"Host", "host ", " host", "hos", "hosts", "", "host\\u0000"}) {
     EXPECT_EQ(line(R"({"id":1,"method":")" + std::string(method) + "\"}"),
               refusal(kUnknownMethod, "1"))
@@ -51,13 +51,13 @@ TEST_F(Serve, ComparesMethodNamesExactly) {
   }
 }
 
-TEST_F(Serve, RefusesAnArrayAsNoRequest) {
+TEST_F(ServeLine, RefusesAnArrayAsNoRequest) {
   EXPECT_EQ(line("[1,2]"),
             refusal(R"({"code":"invalid_request","message":"Expected one JSON request per line"})",
                     "null"));
 }
 
-TEST_F(Serve, AnswersWhatIsNoJsonWithANativeErrorAndNullId) {
+TEST_F(ServeLine, AnswersWhatIsNoJsonWithANativeErrorAndNullId) {
   for (const char* request : {"", " ", "hello", R"({"id":1,)", "5", "\"host\"", "null"}) {
     const Json response = serveLine(request);
     EXPECT_EQ(response["error"]["code"], "native_error") << request;
@@ -68,19 +68,19 @@ TEST_F(Serve, AnswersWhatIsNoJsonWithANativeErrorAndNullId) {
   }
 }
 
-TEST_F(Serve, CloseAsksForTheEndWithoutAResponse) {
+TEST_F(ServeLine, CloseAsksForTheEndWithoutAResponse) {
   const Served served = server.serve(R"({"id": 1, "method": "close"})");
   EXPECT_TRUE(served.close);
   EXPECT_EQ(served.response, std::nullopt);
 }
 
-TEST_F(Serve, NoOtherRequestAsksForTheEnd) {
+TEST_F(ServeLine, NoOtherRequestAsksForTheEnd) {
   for (const char* request : {R"({"method":"Close"})", R"({"method":"host"})", "", "[]"}) {
     EXPECT_FALSE(server.serve(request).close) << request;
   }
 }
 
-TEST_F(Serve, EchoesIdsOfEveryType) {
+TEST_F(ServeLine, EchoesIdsOfEveryType) {
   for (const char* id :
        {"0", "-1", "9223372036854775807", "18446744073709551615", "-9223372036854775808", "1.5",
         "\"text\"", "\"\"", "true", "false", "null", R"([1,"a",null])", R"({"a":{"b":[]}})"}) {
@@ -89,15 +89,15 @@ TEST_F(Serve, EchoesIdsOfEveryType) {
   }
 }
 
-TEST_F(Serve, WritesAWholeIdWithoutAFraction) {
+TEST_F(ServeLine, WritesAWholeIdWithoutAFraction) {
   EXPECT_EQ(line(R"({"method":"nothing","id":100.0})"), refusal(kUnknownMethod, "100"));
 }
 
-TEST_F(Serve, EscapesSlashesInTheId) {
+TEST_F(ServeLine, EscapesSlashesInTheId) {
   EXPECT_EQ(line(R"({"method":"nothing","id":"a/b"})"), refusal(kUnknownMethod, R"("a\/b")"));
 }
 
-TEST_F(Serve, ArgsThatAreNoObjectCountAsEmpty) {
+TEST_F(ServeLine, ArgsThatAreNoObjectCountAsEmpty) {
   const sim::App& terminal = desktop.hostedBy("com.example.Terminal", "Terminal");
   const std::string known = R"({"id":1,"result":{"host":{"bundleId":"com.example.Terminal","name":)"
                             R"("Terminal","pid":)" +
@@ -107,7 +107,7 @@ TEST_F(Serve, ArgsThatAreNoObjectCountAsEmpty) {
   }
 }
 
-TEST_F(Serve, SortsTheKeysOfEveryObject) {
+TEST_F(ServeLine, SortsTheKeysOfEveryObject) {
   desktop.permissions().trusted = false;
   EXPECT_EQ(
       line(R"({"method":"connect","id":{"b":1,"a":2}})"),
@@ -117,26 +117,26 @@ TEST_F(Serve, SortsTheKeysOfEveryObject) {
       R"(Accessibility, then run again.","permission":"accessibility"},"id":{"a":2,"b":1}})");
 }
 
-TEST_F(Serve, AFailureWithoutDetailHasACodeAndAMessageOnly) {
+TEST_F(ServeLine, AFailureWithoutDetailHasACodeAndAMessageOnly) {
   EXPECT_EQ(line(R"({"id":1,"method":"settle"})"),
             refusal(R"({"code":"app_closed","message":"The application closed; reconnect before )"
                     R"(continuing."})",
                     "1"));
 }
 
-TEST_F(Serve, ARequestAfterAFailureIsServedAsAlways) {
+TEST_F(ServeLine, ARequestAfterAFailureIsServedAsAlways) {
   (void)line("not JSON");
   (void)line(R"({"method":"settle"})");
   EXPECT_EQ(serveLine(R"({"id":2,"method":"host"})")["id"], 2);
 }
 
-TEST_F(Serve, IgnoresArgsAndOtherKeysThatAMethodDoesNotKnow) {
+TEST_F(ServeLine, IgnoresArgsAndOtherKeysThatAMethodDoesNotKnow) {
   EXPECT_EQ(line(R"({"id":1,"method":"listTargets","args":{"pid":2,"x":[]},"extra":1})"),
             R"({"id":1,"result":{"targets":[]}})");
 }
 
 // Nothing the methods report is infinite by itself, but a text recogniser may say anything.
-TEST_F(Serve, WritesNothingForAResultThatJsonCannotExpress) {
+TEST_F(ServeLine, WritesNothingForAResultThatJsonCannotExpress) {
   desktop.app("com.example.Game").window({100, 100, 400, 300});
   desktop.recognizer().lines = {{"Start", {0.1, 0.1, 0.2, 0.1}, std::nanf("")}};
   (void)result("connect", {{"bundleId", "com.example.Game"}});
@@ -144,7 +144,7 @@ TEST_F(Serve, WritesNothingForAResultThatJsonCannotExpress) {
   EXPECT_EQ(serveLine(R"({"id":2,"method":"geometry"})")["id"], 2);
 }
 
-TEST_F(Serve, SaysThatALineWasTooLongInAResponseOfItsOwn) {
+TEST_F(ServeLine, SaysThatALineWasTooLongInAResponseOfItsOwn) {
   const Json response = Json::parse(Server::requestTooLarge());
   EXPECT_EQ(response["id"], nullptr);
   EXPECT_EQ(response["error"]["code"], "native_error");

@@ -132,7 +132,7 @@ TEST(Keymap, HasNothingBeyondItsKeysAndLevels) {
 
 TEST(Keymap, LendsAMeaningToAWholeKey) {
   const KeySymbols key = KeySymbols::typing('a', 'A');
-  for (const std::size_t layout : {0, 1, 3}) {
+  for (const std::size_t layout : {0U, 1U, 3U}) {
     EXPECT_EQ(key.at(layout, 0), static_cast<xcb_keysym_t>('a'));
     EXPECT_EQ(key.at(layout, 1), static_cast<xcb_keysym_t>('A'));
   }
