@@ -137,5 +137,14 @@ TEST(FailureCoverage, ShowsEveryComposedFailure) {
   }
 }
 
+TEST(FailureCoverage, IsExplainedCodeByCode) {
+  const std::string page = readFile(TARQO_TROUBLESHOOTING);
+  for (const std::string& text : raised()) {
+    const std::string code = text.substr(0, text.find(':'));
+    EXPECT_NE(page.find("\n### " + code + "\n"), std::string::npos) << code;
+    EXPECT_NE(page.find("[`" + code + "`](#" + code + ")"), std::string::npos) << code;
+  }
+}
+
 }  // namespace
 }  // namespace tarqo::transcripts
