@@ -16,6 +16,16 @@ namespace {
 constexpr int kFlatStep = 12;
 /// Smaller surfaces are the inside of letters or of icons.
 constexpr int kMinSurfacePx = 1000;
+/// A flat shape of at most this height, and of at most twice its height in width, that nothing
+/// stands on is a letter or an icon: large letters are no less flat than the ground.
+constexpr int kMaxShapePx = 120;
+constexpr int kMaxShapeAspect = 2;
+/// ... unless it fills its place, as an empty button or a colour to choose does and no letter but a
+/// slender stroke.
+constexpr double kRectangleFill = 0.95;
+constexpr int kMinStrokeAspect = 3;
+/// Lower ink may be a speck of the smoothed edge between two surfaces.
+constexpr int kMinGlyphPx = 5;
 /// Ink with less of its outline on one surface divides surfaces.
 constexpr double kOutlineOnOneSurface = 0.8;
 
@@ -48,6 +58,7 @@ struct Run {
   int begin = 0;
   int end = 0;
   int set = 0;
+  bool isSolid = false;  ///< Of ink: holds a shape as large as a surface.
 };
 /// The runs of one row, from left to right.
 using RowOfRuns = std::vector<Run>;
@@ -101,11 +112,48 @@ class FlatRuns {
   }
 
   [[nodiscard]] std::vector<RowOfRuns>& rows() { return rows_; }
-  [[nodiscard]] bool isSurface(const Run& run) const {
-    return areas_[static_cast<std::size_t>(run.set)] >= kMinSurfacePx;
+  [[nodiscard]] bool isSurface(const Run& run) const { return isLarge(run) && !isShape(run); }
+  /// A shape found by `findShapes`.
+  [[nodiscard]] bool isShape(const Run& run) const { return setOf(run).isShape; }
+
+  /// Takes for shapes, no longer for surfaces, what looks so and has none of the ink standing on
+  /// it; whether there are any.
+  bool findShapes(const std::vector<InkPart>& ink) {
+    for (const InkPart& part : ink) {
+      if (part.surface >= 0 && !part.divides && part.box.height() >= kMinGlyphPx) {
+        measures_[static_cast<std::size_t>(part.surface)].isGround = true;
+      }
+    }
+    bool found = false;
+    for (Measure& set : measures_) {
+      set.isShape = set.areaPx >= kMinSurfacePx && !set.isGround && looksLikeShape(set);
+      found = found || set.isShape;
+    }
+    return found;
   }
 
  private:
+  /// Of a set of runs.
+  struct Measure {
+    PixelBox box;
+    int areaPx = 0;
+    bool isGround = false;
+    bool isShape = false;
+  };
+
+  static bool looksLikeShape(const Measure& set) {
+    const int width = set.box.width();
+    const int height = set.box.height();
+    const auto [low, high] = std::minmax({width, height});
+    return height <= kMaxShapePx && width <= kMaxShapeAspect * height &&
+           (set.areaPx < kRectangleFill * width * height || high >= kMinStrokeAspect * low);
+  }
+
+  [[nodiscard]] const Measure& setOf(const Run& run) const {
+    return measures_[static_cast<std::size_t>(run.set)];
+  }
+  [[nodiscard]] bool isLarge(const Run& run) const { return setOf(run).areaPx >= kMinSurfacePx; }
+
   void splitRow(Row row, int widthPx, RowOfRuns& runs) {
     for (int x = 0; x < widthPx; ++x) {
       if (x == 0 || !isFlat(row, x, row, x - 1)) {
@@ -133,18 +181,24 @@ class FlatRuns {
   }
 
   void measure() {
-    for (RowOfRuns& runs : rows_) {
-      for (Run& run : runs) {
+    for (std::size_t y = 0; y < rows_.size(); ++y) {
+      for (Run& run : rows_[y]) {
         run.set = sets_.rootOf(run.set);
-        areas_.resize(std::max(areas_.size(), static_cast<std::size_t>(run.set) + 1));
-        areas_[static_cast<std::size_t>(run.set)] += run.end - run.begin;
+        measures_.resize(std::max(measures_.size(), static_cast<std::size_t>(run.set) + 1));
+        Measure& set = measures_[static_cast<std::size_t>(run.set)];
+        const PixelBox box{run.begin, static_cast<int>(y), run.end, static_cast<int>(y) + 1};
+        if (set.areaPx == 0) {
+          set.box = box;
+        }
+        set.box.add(box);
+        set.areaPx += run.end - run.begin;
       }
     }
   }
 
   std::vector<RowOfRuns> rows_;
   DisjointSets sets_;
-  std::vector<int> areas_;  ///< By set.
+  std::vector<Measure> measures_;  ///< By set.
 };
 
 /// Joins what is not surface to parts, and counts on which surfaces each borders.
@@ -199,6 +253,7 @@ class InkFinder {
         ink.push_back({run.begin, run.begin, sets_.add()});
       }
       ink.back().end = run.end;
+      ink.back().isSolid = ink.back().isSolid || flat_.isShape(run);
     }
     return ink;
   }
@@ -214,6 +269,7 @@ class InkFinder {
     Part& part = partOf(run);
     part.ink.box.add(box);
     part.ink.areaPx += run.end - run.begin;
+    part.ink.isSolid = part.ink.isSolid || run.isSolid;
   }
 
   /// Counts the surfaces that runs of ink touch in a row: beside them, with a reach of 1, or right
@@ -266,7 +322,8 @@ void PixelBox::add(const PixelBox& other) {
 
 std::vector<InkPart> findInk(const png::BgrxView& image) {
   FlatRuns flat(image);
-  return InkFinder(flat).parts();
+  std::vector<InkPart> ink = InkFinder(flat).parts();
+  return flat.findShapes(ink) ? InkFinder(flat).parts() : ink;
 }
 
 }  // namespace tarqo::lnx

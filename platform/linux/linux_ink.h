@@ -23,6 +23,9 @@ struct PixelBox {
   [[nodiscard]] int width() const { return right - left; }
   [[nodiscard]] int height() const { return bottom - top; }
   void add(const PixelBox& other);
+  [[nodiscard]] bool contains(const PixelBox& other) const {
+    return left <= other.left && top <= other.top && right >= other.right && bottom >= other.bottom;
+  }
   bool operator==(const PixelBox&) const = default;
 };
 
@@ -32,6 +35,7 @@ struct InkPart {
   int areaPx = 0;
   int surface = -1;      ///< Which surface it stands on, by a number of its own; -1: on none.
   bool divides = false;  ///< It touches several surfaces, as the border of a button does.
+  bool isSolid = false;  ///< It has an area like a surface in it, as large letters and icons do.
 };
 
 /// The parts by their tops; none in a picture without pixels.

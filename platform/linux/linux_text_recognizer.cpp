@@ -16,7 +16,7 @@ constexpr double kPictureScale = 2;
 constexpr int kMaxEnlargedPx = 2'000'000;
 /// Tesseract refuses images that are longer on a side.
 constexpr int kMaxSidePx = 32767;
-/// What it sees in textures scores less.
+/// What it sees in textures and icons scores less.
 constexpr float kMinPictureConfidence = 75;
 
 using Language = Tesseract::Language;
@@ -28,8 +28,19 @@ class PictureReader {
 
   [[nodiscard]] std::vector<RecognizedLine> read() {
     const TextRegions regions = findTextRegions(image_);
+    std::vector<PixelBox> headlines;
+    for (const PixelBox& line : regions.large) {
+      if (readLine(line, kMinPictureConfidence)) {
+        headlines.push_back(line);
+      }
+    }
     for (const PixelBox& line : regions.lines) {
-      readLine(line);
+      // What is inside large letters is a part of them.
+      const bool isPart = std::ranges::any_of(
+          headlines, [&](const PixelBox& headline) { return headline.contains(line); });
+      if (!isPart) {
+        readLine(line, 0);
+      }
     }
     for (const PixelBox& picture : regions.pictures) {
       readPicture(picture);
@@ -38,7 +49,8 @@ class PictureReader {
   }
 
  private:
-  void readLine(const PixelBox& box) {
+  /// Whether there is text in the box that is as sure as that.
+  bool readLine(const PixelBox& box, float minConfidence) {
     const LineImage line = lineImage(image_, box);
     std::string text;
     float confidence = 100;
@@ -46,9 +58,11 @@ class PictureReader {
       text += (text.empty() ? "" : " ") + part.text;
       confidence = std::min(confidence, part.confidence);
     }
-    if (!text.empty()) {
-      add(repaired(text, line.pixels), line.box, confidence);
+    if (text.empty() || confidence < minConfidence) {
+      return false;
     }
+    add(repaired(text, line.pixels), line.box, confidence);
+    return true;
   }
 
   /// The text after a second look in one language, where that may be better.

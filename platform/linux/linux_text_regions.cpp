@@ -41,6 +41,7 @@ struct Group {
   PixelBox box;
   int surface = 0;
   int parts = 1;
+  bool isSolid = false;  ///< Some of it is large enough for an icon.
 };
 
 int gapBetween(const PixelBox& a, const PixelBox& b) {
@@ -61,6 +62,7 @@ bool standSideBySide(const Group& a, const Group& b) {
 void join(Group& group, const Group& other) {
   group.box.add(other.box);
   group.parts += other.parts;
+  group.isSolid = group.isSolid || other.isSolid;
 }
 
 /// One pass from left to right: each group joins the nearest one before it that it stands beside.
@@ -162,8 +164,8 @@ bool isPicture(const InkPart& part) {
 bool isLine(const Group& group) {
   const double height = group.box.height();
   const double aspect = group.box.width() / height;
-  return height >= kMinLinePx &&
-         (group.parts > 1 || (aspect >= kMinLoneAspect && aspect <= kMaxLoneAspect));
+  return height >= kMinLinePx && (group.parts > 1 || (!group.isSolid && aspect >= kMinLoneAspect &&
+                                                      aspect <= kMaxLoneAspect));
 }
 
 std::vector<Group> linesOf(std::vector<Group> glyphs) {
@@ -192,19 +194,19 @@ TextRegions findTextRegions(const png::BgrxView& image) {
       regions.pictures.push_back(part.box);
     } else if (part.surface >= 0 && part.box.height() <= kMaxGlyphPx && !isRule(part) &&
                !(part.divides && large)) {
-      glyphs.push_back({part.box, part.surface, 1});
+      glyphs.push_back({part.box, part.surface, 1, part.isSolid});
     }
   }
   const std::vector<Group> lines = linesOf(std::move(glyphs));
   if (lines.size() > kMaxLines) {
-    return {{}, {{0, 0, image.widthPx, image.heightPx}}};
+    return {{}, {}, {{0, 0, image.widthPx, image.heightPx}}};
   }
   for (const Group& line : lines) {
-    regions.lines.push_back(line.box);
+    (line.isSolid ? regions.large : regions.lines).push_back(line.box);
   }
-  std::ranges::sort(regions.lines, [](const PixelBox& a, const PixelBox& b) {
-    return std::pair(a.top, a.left) < std::pair(b.top, b.left);
-  });
+  for (std::vector<PixelBox>* boxes : {&regions.lines, &regions.large}) {
+    std::ranges::sort(*boxes, {}, [](const PixelBox& box) { return std::pair(box.top, box.left); });
+  }
   return regions;
 }
 

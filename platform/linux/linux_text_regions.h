@@ -13,6 +13,7 @@ namespace tarqo::lnx {
 
 struct TextRegions {
   std::vector<PixelBox> lines;     ///< What looks like a line of glyphs, by their tops.
+  std::vector<PixelBox> large;     ///< The same of large glyphs; a row of icons may be among them.
   std::vector<PixelBox> pictures;  ///< What has no surfaces to tell ink from: photos, noise.
 };
 

@@ -189,6 +189,15 @@ TEST(TextRecognizer, ReadsLightTextOnButtons) {
   EXPECT_EQ(textsIn(picture), (std::vector<std::string>{"Apply", "확인"}));
 }
 
+TEST(TextRecognizer, ReadsLettersAsLargeAsSurfaces) {
+  TextPicture picture(1280, 560, 0x102040);
+  picture.write(40, 40, "GAME OVER", 0xFFE040, "DejaVu Sans Bold 120px");
+  picture.write(60, 300, "게임 시작 12:45", 0xFFFFFF, "NanumGothic Bold 90px");
+  picture.write(80, 500, "Press any key to continue", 0xFFFFFF);
+  EXPECT_EQ(textsIn(picture), (std::vector<std::string>{"GAME OVER", "게임 시작 12:45",
+                                                        "Press any key to continue"}));
+}
+
 TEST(TextRecognizer, KeepsTheCellsOfATableApart) {
   TextPicture picture(500, 100, 0xFFFFFF);
   picture.write(20, 20, "Annual report");

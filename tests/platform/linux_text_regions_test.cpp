@@ -75,6 +75,26 @@ TEST(TextRegions, FindLightTextOnAButtonWithoutItsBorder) {
   expectLines(picture, {picture.write(128, 39, "Apply", 0xFFFFFF)});
 }
 
+TEST(TextRegions, HoldLargeFlatLettersApartFromSmallOnes) {
+  TextPicture picture(700, 200, 0xFFFFFF);
+  const PixelBox large = picture.write(20, 20, "Welcome", 0, "DejaVu Sans Bold 80px");
+  const PixelBox small = picture.write(20, 150, "to the tour");
+  const TextRegions regions = findTextRegions(picture.view());
+  ASSERT_EQ(regions.large.size(), 1U);
+  expectNear(regions.large.front(), large);
+  ASSERT_FALSE(regions.lines.empty());
+  expectNear(regions.lines.back(), small);
+}
+
+TEST(TextRegions, LeaveOutEmptyButtonsAndLoneIcons) {
+  TextPicture picture(700, 200, 0xFFFFFF);
+  picture.fill({20, 20, 80, 60}, 0x3584E4).fill({100, 20, 160, 60}, 0xC01C28);
+  // A folder.
+  picture.fill({300, 20, 330, 30}, 0x3584E4).fill({300, 30, 364, 74}, 0x3584E4);
+  expectLines(picture, {});
+  EXPECT_TRUE(findTextRegions(picture.view()).large.empty());
+}
+
 TEST(TextRegions, LeaveOutRulesAndTextCursors) {
   TextPicture picture(500, 100, 0xFFFFFF);
   picture.fill({0, 60, 500, 61}, 0xC0C0C0).fill({300, 20, 301, 38}, 0);
