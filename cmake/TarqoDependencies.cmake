@@ -1,12 +1,14 @@
 # Libraries from the package manager, each behind one target.
 
 find_package(nlohmann_json 3.11 REQUIRED)
+find_package(PNG REQUIRED)
 find_package(Threads REQUIRED)
 
-if(NOT APPLE)
+if(APPLE)
+  enable_language(OBJCXX)
+else()
   find_package(PkgConfig REQUIRED)
   pkg_check_modules(ICU REQUIRED IMPORTED_TARGET icu-uc icu-i18n)
-  pkg_check_modules(PNG REQUIRED IMPORTED_TARGET libpng)
   if(TARQO_DESKTOP)
     pkg_check_modules(SYSTEMD REQUIRED IMPORTED_TARGET libsystemd)
     pkg_check_modules(XCB REQUIRED IMPORTED_TARGET

@@ -8,12 +8,15 @@ set(TARQO_SANITIZE "" CACHE STRING "Sanitizers to build with, as -fsanitize take
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_OBJCXX_STANDARD 20)
+set(CMAKE_OBJCXX_STANDARD_REQUIRED ON)
+set(CMAKE_OBJCXX_EXTENSIONS OFF)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
 add_library(tarqo_options INTERFACE)
 target_include_directories(tarqo_options INTERFACE ${CMAKE_SOURCE_DIR})
 target_compile_options(tarqo_options INTERFACE
-  $<$<COMPILE_LANGUAGE:CXX>:-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor
+  $<$<COMPILE_LANGUAGE:CXX,OBJCXX>:-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor
   -Woverloaded-virtual>
   $<$<BOOL:${TARQO_WERROR}>:-Werror>)
 # GCC 12 takes inlined string concatenation for overlapping or endless copies (its bug 105651), and

@@ -94,6 +94,16 @@ CFStringRef __CFStringMakeConstantString(const char* text);
 #define CFSTR(literal) __CFStringMakeConstantString("" literal "")
 #endif
 
+// Not confirmed by Apple's current documentation, so to be seen on a Mac: the types are those of
+// the sources of CFString and CFCharacterSet that Apple publishes.
+typedef const struct __CFCharacterSet* CFCharacterSetRef;
+typedef uint32_t UTF32Char;
+enum CFCharacterSetPredefinedSet : CFIndex { kCFCharacterSetControl = 1 };  ///< Cc and Cf.
+
+CFRange CFStringGetRangeOfComposedCharactersAtIndex(CFStringRef text, CFIndex index);
+CFCharacterSetRef CFCharacterSetGetPredefined(CFCharacterSetPredefinedSet which);
+Boolean CFCharacterSetIsLongCharacterMember(CFCharacterSetRef set, UTF32Char character);
+
 // Booleans and numbers are of different types, also when a boolean was made as an NSNumber.
 CFTypeID CFBooleanGetTypeID(void);
 Boolean CFBooleanGetValue(CFBooleanRef boolean);
@@ -143,6 +153,9 @@ CFURLRef _Nullable CFURLCopyAbsoluteURL(CFURLRef url);
 
 const UInt8* CFDataGetBytePtr(CFDataRef data);
 CFIndex CFDataGetLength(CFDataRef data);
+/// To be seen on a Mac, as above.
+CFDataRef _Nullable CFDataCreate(CFAllocatorRef _Nullable allocator, const UInt8* bytes,
+                                 CFIndex length);
 CFMutableDataRef _Nullable CFDataCreateMutable(CFAllocatorRef _Nullable allocator,
                                                CFIndex capacity);
 
