@@ -59,6 +59,9 @@ struct Tesseract::Library {
   decltype(::TessResultIteratorGetUTF8Text)* text = nullptr;
   decltype(::TessResultIteratorConfidence)* confidence = nullptr;
   decltype(::TessPageIteratorBoundingBox)* box = nullptr;
+  decltype(::TessMonitorCreate)* createMonitor = nullptr;
+  decltype(::TessMonitorDelete)* destroyMonitor = nullptr;
+  decltype(::TessMonitorSetDeadlineMSecs)* setDeadline = nullptr;
   decltype(::TessDeleteText)* destroyText = nullptr;
   decltype(::TessDeleteTextArray)* destroyTexts = nullptr;
 
@@ -86,7 +89,9 @@ struct Tesseract::Engine {
 
   /// Whether every one of the languages was loaded: the library is content with one of them.
   [[nodiscard]] bool load(const std::string& dataFolder, const char* languages, int count) const;
-  [[nodiscard]] std::vector<ReadText> read(const GrayImage& image, TessPageSegMode layout) const;
+  /// None when it takes longer than `limit`; 0: none is set.
+  [[nodiscard]] std::vector<ReadText> read(const GrayImage& image, TessPageSegMode layout,
+                                           std::chrono::milliseconds limit) const;
   [[nodiscard]] std::vector<ReadText> collect(TessPageIteratorLevel level) const;
 
   const Library& library;
@@ -110,6 +115,9 @@ bool Tesseract::Library::resolveAll(void* handle) {
   resolve(handle, "TessResultIteratorGetUTF8Text", text);
   resolve(handle, "TessResultIteratorConfidence", confidence);
   resolve(handle, "TessPageIteratorBoundingBox", box);
+  resolve(handle, "TessMonitorCreate", createMonitor);
+  resolve(handle, "TessMonitorDelete", destroyMonitor);
+  resolve(handle, "TessMonitorSetDeadlineMSecs", setDeadline);
   resolve(handle, "TessDeleteText", destroyText);
   resolve(handle, "TessDeleteTextArray", destroyTexts);
   resolve(handle, "leptSetStderrHandler", setMessageHandler);
@@ -118,7 +126,8 @@ bool Tesseract::Library::resolveAll(void* handle) {
          loadedLanguages != nullptr && setLayout != nullptr && setImage != nullptr &&
          setResolution != nullptr && recognize != nullptr && results != nullptr &&
          destroyResults != nullptr && next != nullptr && page != nullptr && text != nullptr &&
-         confidence != nullptr && box != nullptr && destroyText != nullptr &&
+         confidence != nullptr && box != nullptr && createMonitor != nullptr &&
+         destroyMonitor != nullptr && setDeadline != nullptr && destroyText != nullptr &&
          destroyTexts != nullptr && setMessageHandler != nullptr;
 }
 
@@ -148,16 +157,19 @@ bool Tesseract::Engine::load(const std::string& dataFolder, const char* language
   return found == count;
 }
 
-std::vector<ReadText> Tesseract::Engine::read(const GrayImage& image,
-                                              TessPageSegMode layout) const {
+std::vector<ReadText> Tesseract::Engine::read(const GrayImage& image, TessPageSegMode layout,
+                                              std::chrono::milliseconds limit) const {
   if (library.setParallelLevels != nullptr) {
     library.setParallelLevels(0);  // Holds for the calling thread alone.
   }
   library.setLayout(api, layout);
   library.setImage(api, image.bytes.data(), image.widthPx, image.heightPx, 1, image.widthPx);
   library.setResolution(api, kPixelsAnInch);
-  return library.recognize(api, nullptr) == 0 ? collect(tesseract::RIL_TEXTLINE)
-                                              : std::vector<ReadText>();
+  const std::unique_ptr<ETEXT_DESC, decltype(library.destroyMonitor)> monitor(
+      library.createMonitor(), library.destroyMonitor);
+  library.setDeadline(monitor.get(), static_cast<int>(limit.count()));
+  return library.recognize(api, monitor.get()) == 0 ? collect(tesseract::RIL_TEXTLINE)
+                                                    : std::vector<ReadText>();
 }
 
 std::vector<ReadText> Tesseract::Engine::collect(TessPageIteratorLevel level) const {
@@ -239,14 +251,15 @@ const Tesseract::Engine* Tesseract::engineFor(Language language) {
 
 std::vector<ReadText> Tesseract::readLine(const GrayImage& image, Language language) {
   const Engine* engine = engineFor(language);
-  return engine != nullptr ? engine->read(image, tesseract::PSM_SINGLE_LINE)
+  return engine != nullptr ? engine->read(image, tesseract::PSM_SINGLE_LINE, {})
                            : std::vector<ReadText>();
 }
 
 std::vector<ReadText> Tesseract::lastWords() const { return both_->collect(tesseract::RIL_WORD); }
 
-std::vector<ReadText> Tesseract::readScattered(const GrayImage& image) {
-  return both_->read(image, tesseract::PSM_SPARSE_TEXT);
+std::vector<ReadText> Tesseract::readScattered(const GrayImage& image,
+                                               std::chrono::milliseconds limit) {
+  return both_->read(image, tesseract::PSM_SPARSE_TEXT, limit);
 }
 
 }  // namespace tarqo::lnx

@@ -8,6 +8,7 @@
 // One thread at a time.
 #pragma once
 
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <string>
@@ -47,8 +48,10 @@ class Tesseract {
   /// The words of the line read last in both languages. Korean may be torn apart in them.
   [[nodiscard]] std::vector<ReadText> lastWords() const;
 
-  /// The lines that stand anywhere in a picture, without those that are blank.
-  [[nodiscard]] std::vector<ReadText> readScattered(const GrayImage& image);
+  /// The lines that stand anywhere in a picture, without those that are blank. None when that takes
+  /// longer than `limit`, of which the library takes notice between two words.
+  [[nodiscard]] std::vector<ReadText> readScattered(const GrayImage& image,
+                                                    std::chrono::milliseconds limit);
 
  private:
   struct Library;

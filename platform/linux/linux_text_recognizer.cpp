@@ -1,6 +1,7 @@
 #include "platform/linux/linux_text_recognizer.h"
 
 #include <algorithm>
+#include <chrono>
 #include <exception>
 #include <utility>
 
@@ -16,6 +17,9 @@ constexpr double kPictureScale = 2;
 constexpr int kMaxEnlargedPx = 2'000'000;
 /// Tesseract refuses images that are longer on a side.
 constexpr int kMaxSidePx = 32767;
+/// A picture that takes longer is no text but a texture: of noise Tesseract makes hundreds of
+/// lines.
+constexpr std::chrono::seconds kPictureLimit(3);
 /// What it sees in textures and icons scores less.
 constexpr float kMinPictureConfidence = 75;
 
@@ -92,7 +96,7 @@ class PictureReader {
     const double scale =
         box.height() <= kMaxEnlargedPx / std::max(box.width(), 1) ? kPictureScale : 1;
     const GrayImage pixels = enlarged(grayOf(image_, box), scale);
-    for (const ReadText& read : tesseract_.readScattered(pixels)) {
+    for (const ReadText& read : tesseract_.readScattered(pixels, kPictureLimit)) {
       const auto inImage = [scale](int px) { return static_cast<int>(px / scale); };
       if (read.confidence >= kMinPictureConfidence) {
         add(read.text,

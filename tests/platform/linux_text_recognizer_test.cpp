@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -196,6 +197,17 @@ TEST(TextRecognizer, ReadsLettersAsLargeAsSurfaces) {
   picture.write(80, 500, "Press any key to continue", 0xFFFFFF);
   EXPECT_EQ(textsIn(picture), (std::vector<std::string>{"GAME OVER", "게임 시작 12:45",
                                                         "Press any key to continue"}));
+}
+
+TEST(TextRecognizer, ReadsAPictureWithinALimitOrNotAtAll) {
+  TextPicture picture(400, 60, 0xFFFFFF);
+  const PixelBox whole{0, 0, 400, 60};
+  picture.write(20, 20, "Some words to read");
+  Tesseract tesseract("");
+  ASSERT_EQ(tesseract.prepare(), std::nullopt);
+  const GrayImage pixels = enlarged(grayOf(picture.view(), whole), 2);
+  EXPECT_TRUE(tesseract.readScattered(pixels, std::chrono::milliseconds(1)).empty());
+  EXPECT_EQ(tesseract.readScattered(pixels, std::chrono::minutes(1)).size(), 1U);
 }
 
 TEST(TextRecognizer, KeepsTheCellsOfATableApart) {
