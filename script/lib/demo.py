@@ -13,6 +13,9 @@ from tarqo_client import Helper, HelperError, find_node, nodes_of
 
 CALCULATOR = "org.gnome.Calculator"
 KEYS = ["7", "×", "6", "="]
+# Enough that the first line of the calculator's history is out of sight.
+TYPED = ["12*12", "2^10", "81/3", "1000-1"]
+SCROLL_BACK = -500  # Pixels, up; up to 400 would be a pull with the pointer.
 
 VIEWER = "org.gnome.eog"
 VIEWER_PROGRAM = "eog"
@@ -49,8 +52,16 @@ class Progress:
         self._thread.join()
 
 
+def is_node(value):
+    return isinstance(value, dict) and "rawRole" in value
+
+
 def abridged(value, depth=0):
-    """A response short enough to read: long texts and lists are cut, and say so."""
+    """A response short enough to read: long texts and lists are cut, and say so; of a node only
+    what names it is left."""
+    if is_node(value):
+        kept = {key: value[key] for key in ("id", "role", "name", "value") if value.get(key)}
+        return dict(kept, **{"...": "%d more" % (len(value) - len(kept))})
     if isinstance(value, str):
         return value if len(value) <= 100 else value[:60] + "... (%d characters)" % len(value)
     if isinstance(value, list):
@@ -123,11 +134,31 @@ class Demo:
             names = [n["name"] for n in nodes_of(observation) if n["role"] == "button"]
             sys.exit("There is no button called %s, only %s" % (name, ", ".join(names)))
         self.play("click", {"nodeId": node["id"]})
-        self.play("settle")
+        self.play("settle", {"quietMs": 300})
+
+    def type(self, observation, text):
+        """Types into the first text field, and submits."""
+        typing = {"kind": "type", "text": text, "submit": True}
+        try:
+            self.play("input", dict(typing, nodeId=first_node(observation, "textbox")["id"]))
+        except HelperError as refused:
+            # The calculator has shown a result since it was observed, so this is another text.
+            if refused.code != "stale_target":
+                raise
+            observation = self.observe("again")
+            self.play("input", dict(typing, nodeId=first_node(observation, "textbox")["id"]))
+        self.play("settle", {"quietMs": 300})
 
     def close(self):
         self._helper.close()
         self._transcript.close()
+
+
+def first_node(observation, role):
+    for node in nodes_of(observation):
+        if node["role"] == role:
+            return node
+    sys.exit("There is no %s in the window" % role)
 
 
 def texts(observation):
@@ -146,6 +177,15 @@ def changes(before, after):
             yield text
 
 
+def show_changes(what, before, after):
+    print("\nWhat %s changed in the window:" % what)
+    changed = [(role, name, value) for role, name, value in changes(before, after) if name]
+    for role, name, value in changed:
+        print("  %s %r%s" % (role, name, " = %r" % value if value and value != name else ""))
+    if not changed:
+        sys.exit("  nothing: it had no effect")
+
+
 def press_keys(demo):
     demo.connect(CALCULATOR)
     first = demo.observe("before")
@@ -153,12 +193,20 @@ def press_keys(demo):
     for key in KEYS:
         demo.click(last, key)
         last = demo.observe("after")
-    print("\nWhat the clicks on %s changed in the window:" % " ".join(KEYS))
-    changed = list(changes(first, last))
-    for role, name, value in changed:
-        print("  %s %r%s" % (role, name, " = %r" % value if value and value != name else ""))
-    if not changed:
-        sys.exit("  nothing: the clicks had no effect")
+    show_changes("the clicks on " + " ".join(KEYS), first, last)
+    return last
+
+
+def type_and_scroll(demo, first):
+    last = first
+    for text in TYPED:
+        demo.type(last, text)
+        last = demo.observe("typed")
+    show_changes("typing %s" % ", ".join(TYPED), first, last)
+    history = first_node(last, "list")
+    demo.play("input", {"nodeId": history["id"], "kind": "scroll", "deltaY": SCROLL_BACK})
+    demo.play("settle")
+    show_changes("scrolling back", last, demo.observe("scrolled"))
 
 
 def write_picture(path):
@@ -201,7 +249,7 @@ def main():
     demo = Demo(program, folder)
     try:
         demo.play("host")
-        press_keys(demo)
+        type_and_scroll(demo, press_keys(demo))
         read_picture(demo, folder)
     finally:
         demo.close()
