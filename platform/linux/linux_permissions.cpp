@@ -62,10 +62,18 @@ bool LinuxPermissions::accessibilityTrusted() {
   if (!busAnswers()) {
     return false;
   }
-  if (switchedOnIn_ != bus_.generation() && isSwitchedOn()) {
+  if (switchedOnIn_ == bus_.generation()) {
+    return true;
+  }
+  bool on = isSwitchedOn();
+  if (!on && switchedOnIn_ >= 0) {
+    promptForAccessibility();  // It was on: the bus has come back without it.
+    on = isSwitchedOn();
+  }
+  if (on) {
     switchedOnIn_ = bus_.generation();
   }
-  return switchedOnIn_ == bus_.generation();
+  return on;
 }
 
 void LinuxPermissions::promptForAccessibility() {

@@ -13,7 +13,8 @@ class LinuxPermissions final : public Permissions {
   /// `capture` is kept by reference and outlives this.
   explicit LinuxPermissions(LinuxScreenCapture& capture) : capture_(capture) {}
 
-  /// One round trip to the bus; more, up to seconds, when the bus must be started first.
+  /// One round trip to the bus; more, up to seconds, when the bus must be started first. A bus that
+  /// was switched on and comes back switched off is switched on again.
   bool accessibilityTrusted() override;
 
   /// Switches accessibility on for the session, so that applications offer their interfaces.

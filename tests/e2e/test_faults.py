@@ -52,10 +52,32 @@ class Hanging(HelperTest):
                 self.assertEqual(answer.code, "no_window")
             else:
                 self.assertTrue(answer["snapshot"]["truncated"])
+        # What its window shows can still be read.
+        shown = self.observe(timeoutMs=1000)
+        self.assertTrue(shown["snapshot"]["truncated"])
+        self.assertIn("Label 11", {n["name"] for n in nodes_of(shown) if "confidence" in n})
         settled, seconds = self.timed("settle")
         self.assertEqual(settled["heard"], [])
         self.assertLess(seconds, 1)
         self.expect_whole()
+
+    def test_an_application_that_hangs_in_the_middle_of_the_walk(self):
+        cut = 0
+        for milliseconds in (40, 80, 120, 160, 200, 250):
+            stopper = threading.Timer(
+                milliseconds / 1000, self.app.send_signal, [signal.SIGSTOP])
+            stopper.start()
+            answer, seconds = self.timed("observe", ocr=False, timeoutMs=1000)
+            stopper.join()
+            self.assertLess(seconds, 1 + MESSAGING_SECONDS + MENU_BAR_SECONDS + SLACK_SECONDS)
+            self.assertNotIsInstance(answer, HelperError)
+            self.assertLessEqual(len(nodes_of(answer)), self.whole)
+            if answer["snapshot"]["truncated"]:
+                cut += 1
+                self.assertIn("The UI tree was truncated by the configured observation budget.",
+                              answer["omissions"])
+            self.expect_whole()
+        self.assertGreater(cut, 0)
 
     def test_a_click_on_what_hangs_is_no_success_and_comes_once(self):
         self.app.close()
@@ -182,6 +204,17 @@ class LosingTheDesktop(HelperTest):
         self.desktop.start_accessibility()
         self.expect_all_back()
 
+    def test_an_accessibility_bus_that_comes_back_switched_off(self):
+        self.desktop.end_accessibility()
+        self.assertFalse(self.is_trusted())
+        self.desktop.start_accessibility()
+        self.desktop.ask(
+            "dbus-send", "--session", "--print-reply", "--dest=org.a11y.Bus", "/org/a11y/bus",
+            "org.freedesktop.DBus.Properties.Set", "string:org.a11y.Status", "string:IsEnabled",
+            "variant:boolean:false")
+        self.assertTrue(self.is_trusted())
+        self.expect_all_back()
+
     def test_an_accessibility_bus_that_hangs(self):
         for pid in self.desktop.accessibility_processes():
             os.kill(pid, signal.SIGSTOP)
@@ -194,6 +227,8 @@ class LosingTheDesktop(HelperTest):
 
     def test_the_session_bus(self):
         self.desktop.end_session_bus()
+        # The accessibility bus goes with it, a moment later.
+        wait_until(lambda: not self.is_trusted(), 5, "the loss is noticed")
         self.expect_failures({"ax_not_trusted"})
         error = self.fails("connect", bundleId=BUNDLE)
         self.assertEqual(
