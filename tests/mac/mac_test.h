@@ -1,0 +1,38 @@
+// The ground of every test of the macOS backend's C half: a fresh system, and at the end the proof
+// that every reference was given back, once.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "tests/mac/standin/accessibility.h"
+#include "tests/mac/standin/core_foundation.h"
+#include "tests/mac/standin/heap.h"
+#include "tests/mac/standin/quartz.h"
+
+namespace tarqo::mac {
+
+class MacTest : public testing::Test {
+ protected:
+  MacTest() { startAnew(); }
+
+  /// What the test itself holds is gone by now, since its members are those of a derived class.
+  ~MacTest() override {
+    startAnew();
+    EXPECT_EQ(standin::Heap::instance().living(), std::vector<std::string>{});
+    standin::Heap::instance().forgetEnded();
+  }
+
+  standin::Applications& applications = standin::Applications::instance();
+  standin::Quartz& quartz = standin::Quartz::instance();
+
+ private:
+  void startAnew() {
+    applications.reset();
+    quartz.reset();
+  }
+};
+
+}  // namespace tarqo::mac
