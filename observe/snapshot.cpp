@@ -26,8 +26,8 @@ WalkBudget walkBudget(const Json& args, Instant start) {
   budget.maxNodes =
       static_cast<std::size_t>(clampedArgument(args, "maxNodes", kDefaultMaxNodes, {1, 10000}));
   budget.maxDepth = static_cast<int>(clampedArgument(args, "maxDepth", kDefaultMaxDepth, {0, 100}));
-  budget.deadline = start + std::chrono::milliseconds(clampedArgument(
-                                args, "timeoutMs", kDefaultWalkMs, {100, 30000}));
+  budget.deadline = start + std::chrono::milliseconds(
+                                clampedArgument(args, "timeoutMs", kDefaultWalkMs, {100, 30000}));
   return budget;
 }
 
