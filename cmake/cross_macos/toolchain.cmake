@@ -34,6 +34,4 @@ set(CMAKE_EXE_LINKER_FLAGS_INIT "-F${sdk}/Frameworks -L${sdk}/lib")
 
 # Packages are found here and nowhere on this system.
 set(CMAKE_FIND_ROOT_PATH ${CMAKE_CURRENT_LIST_DIR})
-set(nlohmann_json_DIR ${CMAKE_CURRENT_LIST_DIR})
 set(CMAKE_MODULE_PATH ${CMAKE_CURRENT_LIST_DIR})
-set(GTest_DIR ${CMAKE_CURRENT_LIST_DIR})

@@ -60,6 +60,7 @@ Pid spawn(const std::string& program, const std::vector<std::string>& arguments)
   std::vector<std::string> texts{program};
   texts.insert(texts.end(), arguments.begin(), arguments.end());
   std::vector<char*> words;
+  words.reserve(texts.size() + 1);
   for (std::string& text : texts) {
     words.push_back(text.data());
   }

@@ -15,6 +15,8 @@ ROOT = os.getcwd()
 BACKEND = "platform/mac/"
 SDK = os.path.join(ROOT, BACKEND, "sdk")
 PROGRAM = "tarqo-ax"
+TEST_PROGRAMS = ("tests/contract/contract_tests_mac",
+                 "tests/apps/TarqoContract.app/Contents/MacOS/TarqoContract")
 
 
 def run(command, folder=None):
@@ -75,25 +77,43 @@ def resource_flags(zig):
     return flags
 
 
-def analyze(build, zig, sources, texts=None):
-    """Lets clang's analyzer look for leaked and over-released references, for the newest system, so
-    that what was taken out since is an error. Yields (file, what it said)."""
-    flags = resource_flags(zig) + [
+def clang_flags(zig, source):
+    """For the newest system, so that what was taken out since is an error."""
+    return resource_flags(zig) + [
         "-target", "arm64-apple-macos26", "-std=c++20", "-fobjc-arc", "-fblocks", "-I", ROOT,
         "-isystem", os.path.join(SDK, "include"), "-D__MAC_OS_X_VERSION_MAX_ALLOWED=260000",
-        "-Werror", "--analyze", "-Xclang", "-analyzer-output=text", "-Xclang", "-analyzer-werror",
-        "-o", os.devnull]
+        "-Werror", "-x", "objective-c++" if source.endswith(".mm") else "c++"]
+
+
+def each(sources, look):
+    """What `look` says of every file, as (file, complaint); empty when it has none."""
+    with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
+        return list(pool.map(look, sources))
+
+
+def analyze(zig, sources, texts=None):
+    """Lets clang's analyzer look for leaked and over-released references."""
+    flags = ["--analyze", "-Xclang", "-analyzer-output=text", "-Xclang", "-analyzer-werror",
+             "-o", os.devnull]
     for option in ("core", "osx", "cplusplus", "deadcode", "nullability"):
         flags += ["-Xclang", "-analyzer-checker=" + option]
 
-    def one(source):
+    def look(source):
         path = (texts or {}).get(source, os.path.join(ROOT, source))
-        language = ["-x", "objective-c++" if source.endswith(".mm") else "c++"]
-        done = run(["clang++"] + flags + language + [path])
+        done = run(["clang++"] + clang_flags(zig, source) + flags + [path])
         return source, done.stdout if done.returncode != 0 else ""
 
-    with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
-        return list(pool.map(one, sources))
+    return each(sources, look)
+
+
+def tidy(zig, sources):
+    """The project's own rules, but for those of the analyzer, which has looked already."""
+    def look(source):
+        done = run(["clang-tidy", "--quiet", "--checks=-clang-analyzer-*", source, "--"]
+                   + clang_flags(zig, source))
+        return source, done.stdout if re.search(r"(warning|error):", done.stdout) else ""
+
+    return each(sources, look)
 
 
 GIVES = re.compile(r"\b(?:AX|CF|CG)\w*(?:Create|Copy)\w*\(")
@@ -147,7 +167,8 @@ def report(llvm, builds):
               % (build.arch, len(build.backend_files()), build.other_files()))
     by_arch = [imports(llvm, os.path.join(b.folder, PROGRAM)) for b in builds]
     used = {}
-    for found in by_arch:
+    for found in by_arch + [imports(llvm, os.path.join(builds[0].folder, other))
+                            for other in TEST_PROGRAMS]:
         for library, symbols in found.items():
             used.setdefault(library, set()).update(symbols)
     failed = False
@@ -273,7 +294,7 @@ class Proof:
         path = self.path(what.replace(" ", "-") + os.path.splitext(source)[1])
         with open(path, "w", encoding="utf-8") as file:
             file.write(self.spoilt(source, old, new))
-        (_, said), = analyze(self._build, self._zig, [source], {source: path})
+        (_, said), = analyze(self._zig, [source], {source: path})
         self.expect(what, subprocess.CompletedProcess([], 1 if said else 0, said), word)
 
     def references(self):
@@ -312,7 +333,8 @@ def main():
     passed = report(llvm, builds)
 
     files = builds[0].backend_files()
-    complaints = [(source, said) for source, said in analyze(builds[0], zig, files) if said]
+    looked = analyze(zig, files) + tidy(zig, files)
+    complaints = [(source, said) for source, said in looked if said]
     for source in files:
         complaints += [(source, "a reference that nobody holds: " + call)
                        for call in references_not_held(Proof.text(source))]

@@ -19,7 +19,7 @@ namespace tarqo::contract {
 ///   - the button "Disabled", which is disabled;
 ///   - the text field "Name", empty and editable;
 ///   - a password field;
-/// and a menu bar whose first menu, "File", has at least one item with a title.
+/// and a menu bar whose menu "File" has at least one item with a title.
 class ContractTarget {
  public:
   virtual ~ContractTarget() = default;

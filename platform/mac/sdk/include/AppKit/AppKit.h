@@ -3,6 +3,7 @@
 // As in CoreFoundation.h. What changes with time here changes only while the main run loop runs.
 #pragma once
 
+#include <AppKit/AppKitControls.h>
 #include <Foundation/Foundation.h>
 
 #pragma clang assume_nonnull begin

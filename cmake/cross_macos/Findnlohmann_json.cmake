@@ -1,4 +1,4 @@
-set(nlohmann_json_VERSION 3.11)
+set(nlohmann_json_FOUND TRUE)
 if(NOT TARGET nlohmann_json::nlohmann_json)
   add_library(nlohmann_json::nlohmann_json INTERFACE IMPORTED)
   target_include_directories(nlohmann_json::nlohmann_json SYSTEM INTERFACE ${TARQO_HEADERS})

@@ -1,0 +1,11 @@
+# From the sources that come with the distribution's package.
+set(googletest /usr/src/googletest/googletest)
+if(NOT TARGET GTest::gtest)
+  add_library(cross_gtest STATIC EXCLUDE_FROM_ALL ${googletest}/src/gtest-all.cc)
+  target_include_directories(cross_gtest SYSTEM PUBLIC ${TARQO_HEADERS} PRIVATE ${googletest})
+  add_library(GTest::gtest ALIAS cross_gtest)
+  add_library(cross_gtest_main STATIC EXCLUDE_FROM_ALL ${googletest}/src/gtest_main.cc)
+  target_link_libraries(cross_gtest_main PUBLIC cross_gtest)
+  add_library(GTest::gtest_main ALIAS cross_gtest_main)
+endif()
+set(GTest_FOUND TRUE)
