@@ -17,6 +17,12 @@ constexpr auto kConnectPatience = std::chrono::seconds(1);
 /// Events that may wait for their sender's process id.
 constexpr std::size_t kMaxWaiting = 200;
 
+/// Objects asked for their role at once. A page that comes to show announces all that is on it.
+constexpr std::size_t kMaxQuestions = 32;
+
+/// Menus remembered as open, of one process.
+constexpr std::size_t kMaxMenus = 8;
+
 constexpr std::string_view kEventPrefix = "org.a11y.atspi.Event.";
 
 }  // namespace
@@ -56,7 +62,8 @@ class AtspiEvents::Handle final : public Observer {
       return false;
     }
     const auto rows = eventRows();
-    if (std::ranges::find(rows, notification, &EventRow::notification) == rows.end()) {
+    if (notification != kMenuOpened && notification != kMenuClosed &&
+        std::ranges::find(rows, notification, &EventRow::notification) == rows.end()) {
       return false;
     }
     const std::lock_guard lock(subscriber_->lock);
@@ -105,19 +112,30 @@ std::optional<AtspiRef> AtspiEvents::lastFocus(Pid pid) {
   return found == focus_.end() ? std::nullopt : std::optional(found->second);
 }
 
+std::vector<AtspiRef> AtspiEvents::openMenus(Pid pid) {
+  const std::lock_guard lock(lock_);
+  const auto found = menus_.find(pid);
+  return found == menus_.end() ? std::vector<AtspiRef>() : found->second;
+}
+
 bool AtspiEvents::connected() {
   if (bus_ && sd_bus_is_open(bus_.get()) > 0) {
     return true;
   }
+  disconnect();
+  bus_ = openAccessibilityBus();
+  if (bus_ && !subscribe()) {
+    disconnect();
+  }
+  return bus_ != nullptr;
+}
+
+void AtspiEvents::disconnect() {
   slots_.clear();
   pids_.clear();
   waiting_.clear();
-  bus_ = openAccessibilityBus();
-  if (bus_ && !subscribe()) {
-    slots_.clear();
-    bus_.reset();
-  }
-  return bus_ != nullptr;
+  bus_.reset();
+  questions_.clear();  // The connection's callbacks, which are gone with it, point at them.
 }
 
 bool AtspiEvents::subscribe() {
@@ -171,8 +189,7 @@ void AtspiEvents::serve() {
     processed = sd_bus_process(bus_.get(), nullptr);
   }
   if (processed < 0) {
-    slots_.clear();
-    bus_.reset();
+    disconnect();
   }
 }
 
@@ -254,6 +271,9 @@ int AtspiEvents::onPid(sd_bus_message* reply, void* self, sd_bus_error* /*error*
 }
 
 void AtspiEvents::deliver(Pid pid, const Unsorted& event) {
+  if (mayBeOfMenu(*event.row) && isObserved(pid)) {
+    followMenu(pid, event);
+  }
   if (event.row->notification == "AXFocusedUIElementChanged") {
     if (!event.gained && event.row->detail == "focused") {
       return;
@@ -262,6 +282,65 @@ void AtspiEvents::deliver(Pid pid, const Unsorted& event) {
     focus_[pid] = event.object;
   }
   notify(pid, event.row->notification, &event.object);
+}
+
+void AtspiEvents::followMenu(Pid pid, const Unsorted& event) {
+  if (!event.gained) {
+    bool closed = false;
+    {
+      const std::lock_guard lock(lock_);
+      closed = std::erase(menus_[pid], event.object) > 0;
+    }
+    if (closed) {
+      notify(pid, kMenuClosed, &event.object);
+    }
+    return;
+  }
+  if (questions_.size() >= kMaxQuestions) {
+    return;
+  }
+  RoleQuestion& question = questions_.emplace_back(RoleQuestion{this, pid, event});
+  if (sd_bus_call_method_async(bus_.get(), nullptr, event.object.bus.c_str(),
+                               event.object.path.c_str(), "org.a11y.atspi.Accessible", "GetRole",
+                               onRole, &question, "") < 0) {
+    questions_.pop_back();
+  }
+}
+
+int AtspiEvents::onRole(sd_bus_message* reply, void* question, sd_bus_error* /*error*/) {
+  auto* asked = static_cast<RoleQuestion*>(question);
+  AtspiEvents& events = *asked->events;
+  try {
+    const RoleQuestion known = *asked;
+    events.questions_.remove_if([asked](const RoleQuestion& each) { return &each == asked; });
+    const auto role =
+        sd_bus_message_is_method_error(reply, nullptr) == 0 ? readNumber(reply) : std::nullopt;
+    if (role && isOfMenu(*known.event.row, static_cast<std::uint32_t>(*role))) {
+      events.menuOpened(known.pid, known.event.object);
+    }
+  } catch (...) {
+    // Out of memory: one event less, nothing may pass through the C library.
+  }
+  return 1;
+}
+
+void AtspiEvents::menuOpened(Pid pid, const AtspiRef& menu) {
+  {
+    const std::lock_guard lock(lock_);
+    std::vector<AtspiRef>& open = menus_[pid];
+    std::erase(open, menu);
+    open.insert(open.begin(), menu);
+    open.resize(std::min(open.size(), kMaxMenus));
+  }
+  notify(pid, kMenuOpened, &menu);
+}
+
+bool AtspiEvents::isObserved(Pid pid) {
+  const std::lock_guard lock(lock_);
+  return std::ranges::any_of(subscribers_, [pid](const auto& entry) {
+    const std::shared_ptr<Subscriber> subscriber = entry.lock();
+    return subscriber && subscriber->pid == pid;
+  });
 }
 
 void AtspiEvents::notify(Pid pid, std::string_view name, const AtspiRef* object) {

@@ -5,7 +5,7 @@
 // and made again, when it was lost, by the next one.
 #pragma once
 
-#include <deque>
+#include <list>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -38,6 +38,10 @@ class AtspiEvents final : public LoopSource {
   /// The object of a process that said last that it has the focus, while the process is observed.
   [[nodiscard]] std::optional<AtspiRef> lastFocus(Pid pid);
 
+  /// The menus of a process that said that they opened, and not that they closed, while the process
+  /// was observed: the newest few, the last opened first. Some may be gone without a word.
+  [[nodiscard]] std::vector<AtspiRef> openMenus(Pid pid);
+
   int descriptor() override;
   short events() override;
   std::optional<Instant> deadline() override;
@@ -54,13 +58,25 @@ class AtspiEvents final : public LoopSource {
     bool gained = false;
   };
 
+  /// What an event's object is was asked, and not answered yet.
+  struct RoleQuestion {
+    AtspiEvents* events = nullptr;
+    Pid pid = 0;
+    Unsorted event;
+  };
+
   [[nodiscard]] bool connected();
   [[nodiscard]] bool subscribe();
   static int onSignal(sd_bus_message* signal, void* self, sd_bus_error* error);
   static int onPid(sd_bus_message* reply, void* self, sd_bus_error* error);
+  static int onRole(sd_bus_message* reply, void* question, sd_bus_error* error);
   void take(sd_bus_message* signal);
   void askPid(const std::string& sender);
   void deliver(Pid pid, const Unsorted& event);
+  void followMenu(Pid pid, const Unsorted& event);
+  void menuOpened(Pid pid, const AtspiRef& menu);
+  void disconnect();
+  [[nodiscard]] bool isObserved(Pid pid);
   void notify(Pid pid, std::string_view name, const AtspiRef* object);
 
   LinuxMainLoop& loop_;
@@ -68,10 +84,12 @@ class AtspiEvents final : public LoopSource {
   std::vector<Slot> slots_;
   std::unordered_map<std::string, Pid> pids_;
   std::unordered_map<std::string, std::vector<Unsorted>> waiting_;
+  std::list<RoleQuestion> questions_;
 
   std::mutex lock_;  ///< Guards what follows; the worker adds and removes.
   std::vector<std::weak_ptr<Subscriber>> subscribers_;
   std::map<Pid, AtspiRef> focus_;
+  std::map<Pid, std::vector<AtspiRef>> menus_;
 };
 
 }  // namespace tarqo::lnx

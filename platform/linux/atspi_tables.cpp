@@ -210,6 +210,20 @@ constexpr EventRow kEvents[] = {
   {"Window", "Move",                "",                 "window:move",                           "AXWindowMoved"},
   {"Window", "Activate",            "",                 "window:activate",                       "AXApplicationActivated"},
 };
+
+struct MenuEventRow {
+  std::string_view detail;
+  AtspiRole role;
+};
+
+// How toolkits say that a menu opened: all of these are changes of a state.
+constexpr MenuEventRow kMenuEvents[] = {
+  {"showing",  AtspiRole::menu},       // Chromium
+  {"showing",  AtspiRole::popupMenu},  // Qt
+  {"focused",  AtspiRole::menu},       // GTK 3, of a context menu
+  {"selected", AtspiRole::menu},       // GTK 3, in the menu bar
+  {"expanded", AtspiRole::menuItem},   // GTK 4, in the menu bar
+};
 // clang-format on
 
 constexpr std::uint32_t kWindowRoles[] = {2, 9, 16, 19, 22, 23, 69};
@@ -298,6 +312,18 @@ const EventRow* eventRow(std::string_view interface, std::string_view member,
     }
   }
   return nullptr;
+}
+
+bool mayBeOfMenu(const EventRow& row) {
+  return row.member == "StateChanged" &&
+         std::ranges::find(kMenuEvents, row.detail, &MenuEventRow::detail) != std::end(kMenuEvents);
+}
+
+bool isOfMenu(const EventRow& row, std::uint32_t role) {
+  return row.member == "StateChanged" &&
+         std::ranges::any_of(kMenuEvents, [&](const MenuEventRow& each) {
+           return each.detail == row.detail && static_cast<std::uint32_t>(each.role) == role;
+         });
 }
 
 }  // namespace tarqo::lnx

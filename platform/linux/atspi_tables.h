@@ -136,4 +136,14 @@ struct EventRow {
 [[nodiscard]] const EventRow* eventRow(std::string_view interface, std::string_view member,
                                        std::string_view detail);
 
+inline constexpr std::string_view kMenuOpened = "AXMenuOpened";
+inline constexpr std::string_view kMenuClosed = "AXMenuClosed";
+
+/// Whether an event of that row may be about a menu that opened or closed, which the role tells.
+[[nodiscard]] bool mayBeOfMenu(const EventRow& row);
+
+/// Whether an event of that row, on an object of that role, says that a menu opened; or, when it
+/// tells the end of a state, that it closed.
+[[nodiscard]] bool isOfMenu(const EventRow& row, std::uint32_t role);
+
 }  // namespace tarqo::lnx

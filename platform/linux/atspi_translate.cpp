@@ -1,6 +1,7 @@
 #include "platform/linux/atspi_translate.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <sstream>
 
@@ -270,6 +271,20 @@ bool hasFocus(const AtspiFacts& facts, Toolkit toolkit) {
   return facts.has(AtspiState::focused) && !falseClaim;
 }
 
+namespace {
+
+/// Whether enough of an object shows in an area to be found there: its centre, of what holds others
+/// anything at all, and of what is larger than the area half the area's worth.
+bool showsIn(const Rect& area, const Rect& extents, std::string_view axRole) {
+  constexpr std::array<std::string_view, 5> kHolders{"AXGroup", "AXList", "AXTable", "AXOutline",
+                                                     "AXScrollArea"};
+  const bool holds = std::ranges::find(kHolders, axRole) != kHolders.end();
+  const double shown = area.intersection(extents).area();
+  return area.contains(extents.center()) || (holds && shown > 0) || shown >= area.area() / 2;
+}
+
+}  // namespace
+
 bool isHidden(const AtspiView& view) {
   if (view.inMenuBar) {
     return false;
@@ -283,8 +298,8 @@ bool isHidden(const AtspiView& view) {
     return false;
   }
   const std::optional<Rect> extents = plausible(view.facts.extents);
-  return !extents ||
-         (view.clip && mayBeScrolledAway(view) && !view.clip->contains(extents->center()));
+  return !extents || (view.clip && mayBeScrolledAway(view) &&
+                      !showsIn(*view.clip, *extents, roleRow(view.facts.role).axRole));
 }
 
 bool mayBeScrolledAway(const AtspiView& view) {

@@ -147,9 +147,8 @@ bool LinuxAccessibility::isSettable(const Element& element, std::string_view nam
     return true;
   }
   if (name == "AXFocused") {
-    // GTK 4 implements the call by refusing it.
     return facts->has(AtspiState::focusable) && facts->has(AtspiInterface::component) &&
-           reader_.toolkitOf(object) != Toolkit::gtk4;
+           (reader_.toolkitOf(object) != Toolkit::gtk4 || isClickedForFocus(*facts));
   }
   return name == "AXValue" &&
          (hasSettableValue(viewOf(object, *facts)) || typesText(object, *facts));

@@ -71,6 +71,8 @@ class LinuxAccessibility final : public Accessibility {
   [[nodiscard]] std::optional<Point> offsetOf(const Parts& object);
   [[nodiscard]] Values childrenOf(const Parts& object, const AtspiFacts& facts);
   [[nodiscard]] std::vector<AtspiRef> shownChildren(const Parts& object, const AtspiFacts& facts);
+  [[nodiscard]] std::vector<AtspiRef> contextMenus(const Parts& window);
+  [[nodiscard]] bool hangsNowhere(const Parts& menu);
   [[nodiscard]] std::optional<Element> parentOf(const Parts& object, const AtspiFacts& facts);
   [[nodiscard]] Parts asMet(Parts object);
 
@@ -78,6 +80,8 @@ class LinuxAccessibility final : public Accessibility {
   [[nodiscard]] bool setText(const Parts& object, const std::string& text);
   [[nodiscard]] bool setNumber(const Parts& object, double number);
   [[nodiscard]] bool grabFocus(const Parts& object);
+  [[nodiscard]] bool isClickedForFocus(const AtspiFacts& facts);
+  [[nodiscard]] bool clickForFocus(const Parts& object);
   [[nodiscard]] std::optional<WindowNumber> windowNumber(const Parts& window);
 
   // Typing over a field.
@@ -87,6 +91,7 @@ class LinuxAccessibility final : public Accessibility {
   [[nodiscard]] bool awaitFocus(const Parts& object);
   [[nodiscard]] std::optional<std::string> contentOf(const Parts& object);
   [[nodiscard]] bool selectAll(const Parts& object, const std::string& content);
+  [[nodiscard]] bool selects(const Parts& object, std::int32_t characters);
   [[nodiscard]] bool awaitContent(const Parts& object, const std::string& text,
                                   const std::string& before);
 
@@ -94,6 +99,8 @@ class LinuxAccessibility final : public Accessibility {
   [[nodiscard]] std::vector<Parts> hitCandidates(const LocatedWindow& window, Point point);
   [[nodiscard]] std::optional<AtspiRef> popupObject(const Parts& top, const LocatedWindow& popup,
                                                     Point point);
+  [[nodiscard]] std::optional<AtspiRef> shownInPopup(const Parts& start, const LocatedWindow& popup,
+                                                     Point point);
   [[nodiscard]] AtspiRef deepestAt(const Parts& start, Point point);
   [[nodiscard]] std::optional<AtspiRef> childAt(const Parts& object, Point point);
   [[nodiscard]] std::optional<AtspiRef> placedChildAt(const Parts& object, Point point);

@@ -117,13 +117,17 @@ bool LinuxAccessibility::setNumber(const Parts& object, double number) {
 }
 
 bool LinuxAccessibility::grabFocus(const Parts& object) {
+  const FactsPtr facts = reader_.learn(object, Fact::kind);
+  if (facts && hasFocus(*facts, reader_.toolkitOf(object))) {
+    return true;  // A field of GTK 3 selects all its text whenever it is given the focus.
+  }
   bool taken = false;
   reader_.ask(object, [&](AtspiBatch& batch) {
     batch.call(object.ref, kComponent, "GrabFocus", [&taken](Reply reply) {
       taken = reply.ok && readBool(reply.message).value_or(false);
     });
   });
-  return taken;
+  return taken || (reader_.toolkitOf(object) == Toolkit::gtk4 && clickForFocus(object));
 }
 
 std::optional<WindowNumber> LinuxAccessibility::windowNumber(const Parts& window) {

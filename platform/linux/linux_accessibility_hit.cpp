@@ -78,14 +78,27 @@ std::optional<AtspiRef> LinuxAccessibility::popupObject(const Parts& top,
                                                         const LocatedWindow& popup, Point point) {
   const Toolkit toolkit = reader_.toolkitOf(top);
   const bool bySize = toolkit == Toolkit::gtk4;
-  Parts start = top;
+  std::vector<AtspiRef> starts{top.ref};
   if (!bySize) {
-    const std::optional<AtspiRef> bar = menuBarBelow(top);
-    if (!bar) {
-      return std::nullopt;
+    starts = contextMenus(top);
+    if (const std::optional<AtspiRef> bar = menuBarBelow(top)) {
+      starts.push_back(*bar);
     }
-    start.ref = *bar;
   }
+  for (AtspiRef& start : starts) {
+    Parts from = top;
+    from.ref = std::move(start);
+    if (std::optional<AtspiRef> found = shownInPopup(from, popup, point)) {
+      return found;
+    }
+  }
+  return std::nullopt;
+}
+
+std::optional<AtspiRef> LinuxAccessibility::shownInPopup(const Parts& start,
+                                                         const LocatedWindow& popup, Point point) {
+  const Toolkit toolkit = reader_.toolkitOf(start);
+  const bool bySize = toolkit == Toolkit::gtk4;
   std::optional<AtspiRef> found;
   searchBelow(reader_, start, Fact::kind | Fact::extents, kPopupSearch,
               [&](const Parts& object, const AtspiFacts& facts) {

@@ -137,7 +137,54 @@ Values LinuxAccessibility::childrenOf(const Parts& object, const AtspiFacts& fac
     }
     result.push_back(Value{makeElement(std::move(child))});
   }
+  if (isWindow(facts)) {
+    for (AtspiRef& ref : contextMenus(object)) {
+      Parts menu = object;
+      menu.ref = std::move(ref);
+      menu.window = object.ref;
+      result.push_back(Value{makeElement(std::move(menu))});
+    }
+  }
   return result;
+}
+
+/// The open menus that no object of the application's windows holds: those of a right click. GTK 3
+/// and Chromium hang them on windows of their own, Qt on nothing.
+std::vector<AtspiRef> LinuxAccessibility::contextMenus(const Parts& window) {
+  std::vector<AtspiRef> result;
+  for (AtspiRef& ref : events_.openMenus(window.pid)) {
+    Parts menu = window;
+    menu.ref = ref;
+    menu.window = {};
+    const FactsPtr facts = reader_.learn(menu, Fact::kind);
+    if (facts && (facts->is(AtspiRole::menu) || facts->is(AtspiRole::popupMenu)) &&
+        isShowing(*facts, reader_.toolkitOf(menu)) && hangsNowhere(menu)) {
+      result.push_back(std::move(ref));
+    }
+  }
+  return result;
+}
+
+bool LinuxAccessibility::hangsNowhere(const Parts& menu) {
+  const std::vector<Toplevel> all = reader_.windowsOf(menu.pid, menu.timeout).toplevels;
+  Parts at = menu;
+  for (int depth = 0; depth < kMaxDepth; ++depth) {
+    const FactsPtr facts = reader_.learn(at, Fact::kind | Fact::parent);
+    if (!facts || !facts->parent || facts->parent->empty() || facts->parent->path == kRootPath) {
+      return facts != nullptr;
+    }
+    at.ref = *facts->parent;
+    const auto top = std::ranges::find(all, at.ref, &Toplevel::ref);
+    if (top != all.end()) {
+      return !top->window || top->window->overrideRedirect;
+    }
+    const FactsPtr above = reader_.learn(at, Fact::kind);
+    if (above && (isMenuLike(*above) || isMenuEntryRole(above->role)) &&
+        !above->is(AtspiRole::menuBar)) {
+      return false;  // A menu in a menu.
+    }
+  }
+  return false;
 }
 
 /// An object that was not reached from its parent, with what its parent would have told of it.

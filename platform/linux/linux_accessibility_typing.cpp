@@ -16,7 +16,11 @@ constexpr auto kBetweenKeys = std::chrono::milliseconds(4);
 /// For the last keys to pass through the page.
 constexpr auto kArrival = std::chrono::milliseconds(500);
 
+/// For a page to tell back what is selected in it.
+constexpr auto kSelectionTold = std::chrono::milliseconds(250);
+
 constexpr std::uint16_t kDeleteKey = 117;
+constexpr std::uint16_t kAKey = 0;
 
 }  // namespace
 
@@ -58,6 +62,33 @@ bool LinuxAccessibility::typeOver(const Parts& object, const std::string& text) 
   return typed && awaitContent(object, text, *before);
 }
 
+/// Whether an object of GTK 4, which refuses to give anything the focus, gets it by a click that
+/// does nothing else: a field for text.
+bool LinuxAccessibility::isClickedForFocus(const AtspiFacts& facts) {
+  return keyboard_ != nullptr && facts.has(AtspiState::editable) && facts.has(AtspiInterface::text);
+}
+
+bool LinuxAccessibility::clickForFocus(const Parts& object) {
+  const FactsPtr facts = reader_.learn(object, Fact::kind | Fact::extents);
+  if (!facts || !isClickedForFocus(*facts) || !takesKeys(object)) {
+    return false;
+  }
+  if (facts->has(AtspiState::focused)) {
+    return true;
+  }
+  const std::optional<Rect> place = frameOf(object, *facts);
+  const std::optional<Element> there = place ? elementAt(place->center()) : std::nullopt;
+  if (!there || atspiElement(*there)->parts().ref != object.ref) {
+    return false;
+  }
+  for (const MouseEventType type : {MouseEventType::leftDown, MouseEventType::leftUp}) {
+    if (const auto event = keyboard_->create(nullptr, MouseEvent{type, place->center(), 1})) {
+      keyboard_->post(*event);
+    }
+  }
+  return awaitFocus(object);
+}
+
 bool LinuxAccessibility::takesKeys(const Parts& object) {
   const std::optional<Toplevel> top = reader_.toplevelOf(object);
   return top && top->window && top->window->active;
@@ -83,20 +114,51 @@ std::optional<std::string> LinuxAccessibility::contentOf(const Parts& object) {
   return facts ? facts->text : std::nullopt;
 }
 
+/// The page learns of a selection on another way than of keys, so one that it has not told back may
+/// come too late. The shortcut for it stays in order.
 bool LinuxAccessibility::selectAll(const Parts& object, const std::string& content) {
   if (content.empty()) {
     return true;
   }
-  bool selected = false;
+  const auto characters = static_cast<std::int32_t>(std::ranges::count_if(
+      content, [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U; }));
   reader_.ask(object, [&](AtspiBatch& batch) {
     Message message = batch.make(object.ref, kText, "SetSelection");
     if (message) {
-      const auto characters = std::ranges::count_if(
-          content, [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U; });
-      sd_bus_message_append(message.get(), "iii", 0, 0, static_cast<std::int32_t>(characters));
+      sd_bus_message_append(message.get(), "iii", 0, 0, characters);
     }
-    batch.send(std::move(message), [&selected](Reply reply) {
-      selected = reply.ok && readBool(reply.message).value_or(false);
+    batch.send(std::move(message), [](const Reply&) {});
+  });
+  const Instant deadline = std::chrono::steady_clock::now() + kSelectionTold;
+  while (std::chrono::steady_clock::now() < deadline) {
+    if (selects(object, characters)) {
+      return true;
+    }
+    std::this_thread::sleep_for(kPoll);
+  }
+  const auto down = keyboard_->create(nullptr, KeyEvent{kAKey, true, kModifierControl});
+  const auto up = keyboard_->create(nullptr, KeyEvent{kAKey, false, kModifierControl});
+  if (!down || !up) {
+    return false;
+  }
+  keyboard_->post(*down);
+  keyboard_->post(*up);
+  return true;
+}
+
+/// Whether the first so many characters are selected.
+bool LinuxAccessibility::selects(const Parts& object, std::int32_t characters) {
+  bool selected = false;
+  reader_.ask(object, [&](AtspiBatch& batch) {
+    Message message = batch.make(object.ref, kText, "GetSelection");
+    if (message) {
+      sd_bus_message_append(message.get(), "i", 0);
+    }
+    batch.send(std::move(message), [&](const Reply& reply) {
+      std::int32_t start = 0;
+      std::int32_t end = 0;
+      selected = reply.ok && sd_bus_message_read(reply.message, "ii", &start, &end) > 0 &&
+                 start == 0 && end == characters;
     });
   });
   return selected;

@@ -21,6 +21,13 @@ def log_toggle(name, is_on):
     log_line("toggled %s %s" % (name, "on" if is_on else "off"))
 
 
+def log_drag(across, down):
+    """A press of the left button that was released so far from there; a click is none."""
+    across, down = round(across), round(down)
+    if abs(across) + abs(down) > 4:
+        log_line("dragged Window %d %d" % (across, down))
+
+
 def parse_geometry(geometry):
     """Width, height and, when given, x and y of WIDTHxHEIGHT+X+Y."""
     size, _, place = geometry.partition("+")

@@ -9,6 +9,7 @@
 
 #include <gtk/gtk.h>
 
+#include <cmath>
 #include <cstdio>
 #include <string>
 
@@ -75,6 +76,20 @@ void place(GtkWindow* window, const std::string& geometry) {
   }
 }
 
+/// Sees the pointer before any widget does, and leaves it to them. A click is no drag.
+void logDrags(GtkWidget* window) {
+  GtkGesture* drag = gtk_gesture_drag_new(window);
+  gtk_event_controller_set_propagation_phase(GTK_EVENT_CONTROLLER(drag), GTK_PHASE_CAPTURE);
+  g_signal_connect(drag, "drag-end",
+                   G_CALLBACK(+[](GtkGestureDrag*, double across, double down, gpointer) {
+                     if (std::abs(across) + std::abs(down) > 4) {
+                       logLine("dragged Window " + std::to_string(std::lround(across)) + " " +
+                               std::to_string(std::lround(down)));
+                     }
+                   }),
+                   nullptr);
+}
+
 GtkWidget* makeTabs(GtkWindow* window, const Options& options) {
   GtkWidget* tabs = gtk_notebook_new();
   int count = 0;
@@ -114,6 +129,7 @@ int run(int argc, char** argv) {
   gtk_box_pack_start(GTK_BOX(column), makeTabs(GTK_WINDOW(window), options), TRUE, TRUE, 0);
   gtk_container_add(GTK_CONTAINER(window), column);
   logKeys(window);
+  logDrags(window);
   onSignal(window, "destroy", [] { gtk_main_quit(); });
   // Below the priority of drawing, so what is mapped has been drawn as well.
   onSignal(window, "map-event", [isFirst = true]() mutable {

@@ -182,6 +182,7 @@ GtkWidget* makeCanvas() {
   GtkWidget* canvas = gtk_event_box_new();
   append(canvas, gtk_label_new("Canvas"));
   gtk_widget_set_size_request(canvas, 200, 70);
+  gtk_widget_set_hexpand(canvas, TRUE);
   gtk_widget_add_events(canvas, GDK_BUTTON_PRESS_MASK | GDK_BUTTON_RELEASE_MASK |
                                     GDK_BUTTON_MOTION_MASK | GDK_SCROLL_MASK);
   onEvent(canvas, "button-press-event", [canvas](const GdkEvent& event) {

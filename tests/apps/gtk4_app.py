@@ -15,7 +15,7 @@ gi.require_version("Gdk", "4.0")
 gi.require_version("Gtk", "4.0")
 from gi.repository import Gdk, Gio, GLib, Gtk  # noqa: E402
 
-from app_log import log_line, log_text, log_toggle, parse_geometry  # noqa: E402
+from app_log import log_drag, log_line, log_text, log_toggle, parse_geometry  # noqa: E402
 
 APPLICATION_ID = "com.tarqo.test.gtk4"
 
@@ -101,6 +101,41 @@ def log_keys(window):
     window.add_controller(keys)
 
 
+def log_drags(window):
+    """Sees the pointer before any widget does, and leaves it to them."""
+    drag = Gtk.GestureDrag(propagation_phase=Gtk.PropagationPhase.CAPTURE)
+    drag.connect("drag-end", lambda _, across, down: log_drag(across, down))
+    window.add_controller(drag)
+
+
+def make_hover():
+    button = make_button("Hover me")
+    motion = Gtk.EventControllerMotion()
+    motion.connect("enter", lambda *_: log_line("hovered Hover me"))
+    button.add_controller(motion)
+    return button
+
+
+def make_canvas():
+    """An area that opens a menu at the right button."""
+    canvas = Gtk.Label(label="Canvas", width_request=90)
+    menu = Gio.Menu()
+    for label in ("Copy", "Paste"):
+        menu.append(label, "app.context-" + label.lower())
+    popover = Gtk.PopoverMenu.new_from_model(menu)
+    popover.set_parent(canvas)
+    right = Gtk.GestureClick(button=3)
+
+    def pressed(_gesture, _count, x, y):
+        log_line("context Canvas")
+        popover.set_pointing_to(Gdk.Rectangle(int(x), int(y), 1, 1))
+        popover.popup()
+
+    right.connect("pressed", pressed)
+    canvas.add_controller(right)
+    return canvas
+
+
 class App:
     def __init__(self, options):
         self.options = options
@@ -128,6 +163,8 @@ class App:
         file.append_submenu("Export", exporting)
         item(file, "Print", "File/Print", enabled=False)
         item(help_menu, "About", "Help/About")
+        for label in ("Copy", "Paste"):
+            item(Gio.Menu(), label, "Context/" + label)
         bar.append_submenu("File", file)
         bar.append_submenu("Help", help_menu)
         self.application.set_menubar(bar)
@@ -157,8 +194,8 @@ class App:
             "Status: agreed" if is_on else "Status: not agreed"))
         content.append(self.status)
         content.append(make_row(make_button("Save", self.save), make_button("Quiet"), disabled,
-                                make_button("Open dialog", self.open_dialog)))
-        content.append(make_row(agree, make_check("Plain"), make_choice()))
+                                make_button("Open dialog", self.open_dialog), make_hover()))
+        content.append(make_row(agree, make_check("Plain"), make_choice(), make_canvas()))
         content.append(make_row(Gtk.Label(label="Name"),
                                 make_entry(Gtk.Entry(placeholder_text="Full name"), "Name")))
         content.append(make_row(Gtk.Label(label="Password"),
@@ -173,6 +210,7 @@ class App:
             application=self.application, title=self.options.title, default_width=width,
             default_height=height, show_menubar=True, child=self.make_content())
         log_keys(self.window)
+        log_drags(self.window)
         # Below the priority of drawing, so what is mapped has been drawn as well.
         self.window.connect("map", lambda _: GLib.idle_add(
             lambda: log_line("ready"), priority=GLib.PRIORITY_LOW))

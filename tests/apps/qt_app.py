@@ -13,7 +13,7 @@ import time
 
 from PyQt5 import QtCore, QtGui, QtWidgets
 
-from app_log import log_line, log_text, log_toggle, parse_geometry
+from app_log import log_drag, log_line, log_text, log_toggle, parse_geometry
 
 
 def make_button(label, deed=None):
@@ -83,8 +83,33 @@ def make_table():
     return table
 
 
-class KeyLog(QtCore.QObject):
-    """Logs each key press once, before the window hands it to the focused widget."""
+class HoverButton(QtWidgets.QPushButton):
+    def enterEvent(self, event):
+        super().enterEvent(event)
+        log_line("hovered " + self.text())
+
+
+def make_canvas():
+    """An area that opens a menu at the right button."""
+    canvas = QtWidgets.QLabel("Canvas", minimumWidth=90)
+    menu = QtWidgets.QMenu(canvas)
+    for label in ("Copy", "Paste"):
+        menu.addAction(label).triggered.connect(
+            lambda _, path="Context/" + label: log_line("menu " + path))
+    canvas.setContextMenuPolicy(QtCore.Qt.CustomContextMenu)
+
+    def asked(place):
+        log_line("context Canvas")
+        menu.popup(canvas.mapToGlobal(place))
+
+    canvas.customContextMenuRequested.connect(asked)
+    return canvas
+
+
+class InputLog(QtCore.QObject):
+    """Logs each key press and drag once, before the window hands it to a widget."""
+
+    start = None
 
     MODIFIERS = ((QtCore.Qt.ControlModifier, "Control+"), (QtCore.Qt.AltModifier, "Alt+"),
                  (QtCore.Qt.ShiftModifier, "Shift+"), (QtCore.Qt.MetaModifier, "Super+"))
@@ -108,7 +133,14 @@ class KeyLog(QtCore.QObject):
         return self.NAMES.get(name, name)
 
     def eventFilter(self, watched, event):
-        if event.type() == QtCore.QEvent.KeyPress and isinstance(watched, QtGui.QWindow):
+        if not isinstance(watched, QtGui.QWindow):
+            return False
+        if event.type() == QtCore.QEvent.MouseButtonPress:
+            self.start = event.globalPos()
+        elif event.type() == QtCore.QEvent.MouseButtonRelease and self.start is not None:
+            way = event.globalPos() - self.start
+            log_drag(way.x(), way.y())
+        elif event.type() == QtCore.QEvent.KeyPress:
             held = "".join(name for mask, name in self.MODIFIERS if event.modifiers() & mask)
             log_line("key " + held + self.name_of(event))
         return False
@@ -165,8 +197,9 @@ class Window(QtWidgets.QMainWindow):
         column = QtWidgets.QVBoxLayout()
         column.addWidget(self.status)
         column.addLayout(make_row(make_button("Save", self.save), make_button("Quiet"), disabled,
-                                  make_button("Open dialog", self.open_dialog)))
-        column.addLayout(make_row(agree, make_check("Plain"), make_choice()))
+                                  make_button("Open dialog", self.open_dialog),
+                                  HoverButton("Hover me")))
+        column.addLayout(make_row(agree, make_check("Plain"), make_choice(), make_canvas()))
         column.addLayout(make_row(QtWidgets.QLabel("Name"), make_entry("Name", "Full name")))
         column.addLayout(make_row(QtWidgets.QLabel("Password"),
                                   make_entry("Password", "", is_password=True)))
@@ -194,8 +227,8 @@ def main():
     time.sleep(options.slow_start / 1000)
     signal.signal(signal.SIGTERM, signal.SIG_DFL)
     application = QtWidgets.QApplication(["qt_app"])
-    key_log = KeyLog()
-    application.installEventFilter(key_log)
+    input_log = InputLog()
+    application.installEventFilter(input_log)
     window = Window(options)
     window.show()
     sys.exit(application.exec_())

@@ -76,6 +76,10 @@ class AppLog:
     def count(self, line):
         return self.lines().count(line)
 
+    def lines_ever(self, start):
+        """Every line that starts so, what was forgotten included."""
+        return [line for line in self._all() if line.startswith(start)]
+
     def wait_for(self, line, seconds=5):
         wait_until(lambda: line in self.lines(), seconds,
                    "the application logs %r (it logged %r)" % (line, self.lines()[-5:]))

@@ -1,7 +1,7 @@
 """One click request activates exactly once: what every toolkit must keep to.
 
-Each test clicks one control, waits until the application has settled and a second more, and reads
-in the application's own log what was activated.
+Each test clicks one control, waits until the application has settled, has answered something else
+and a while more, and reads in the application's own log what was activated.
 """
 
 import contextlib
@@ -15,7 +15,8 @@ import time
 import x_windows
 from e2e import HelperError, nodes_of, wait_until
 
-AFTERMATH_SECONDS = 1.0
+# For what comes late of a click, after the application has answered once more.
+AFTERMATH_SECONDS = 0.3
 
 
 @contextlib.contextmanager
@@ -37,6 +38,7 @@ class OneClick:
     def settled(self):
         with contextlib.suppress(HelperError):
             self.call("settle")
+            self.observe()
         time.sleep(AFTERMATH_SECONDS)
 
     def expect_once(self, node, start):
@@ -64,11 +66,11 @@ class OneClick:
 class OneClickTests(OneClick):
     """Mixin: buttons and check boxes."""
 
-    REPEATS = 4
+    REPEATS = 2
 
     def test_a_button_that_changes_a_label(self):
         self.expect_each_once("Save", "button", "clicked", self.REPEATS)
-        self.node("Status: saved %d" % self.REPEATS)
+        self.node("Status: saved %d" % len(self.app.lines_ever("clicked Save")))
 
     def test_a_button_that_announces_nothing(self):
         self.expect_each_once("Quiet", "button", "clicked", self.REPEATS)
@@ -81,11 +83,10 @@ class OneClickTests(OneClick):
 
     def test_under_load(self):
         with busy_machine():
-            for _ in range(3):
-                for name, role, start in (("Quiet", "button", "clicked"),
-                                          ("Plain", "checkbox", "toggled"),
-                                          ("Save", "button", "clicked")):
-                    self.expect_once(self.node(name, role), start)
+            for name, role, start in (("Quiet", "button", "clicked"),
+                                      ("Plain", "checkbox", "toggled"),
+                                      ("Save", "button", "clicked")):
+                self.expect_once(self.node(name, role), start)
 
 
 class OneStalledClickTests(OneClick):
@@ -119,24 +120,24 @@ class OneStalledClickTests(OneClick):
             self.assertEqual(count, 1, told)
 
     def test_a_button(self):
-        for pause in (0.4, 1.2):
-            for delay in (0.0, 0.13, 0.15, 0.2):
-                self.expect_at_most_once("Quiet", "button", "clicked", delay, pause)
+        # The press is made about 0.14 s after the request. A pause outlasts what the helper waits
+        # for a sign of life, or even for an answer.
+        for delay, pause in ((0.0, 1.2), (0.13, 0.4), (0.13, 1.2), (0.15, 0.4), (0.15, 1.2),
+                             (0.2, 1.2)):
+            self.expect_at_most_once("Quiet", "button", "clicked", delay, pause)
 
     def test_a_check_box(self):
-        for pause in (0.4, 1.2):
-            for delay in (0.14, 0.3):
-                self.expect_at_most_once("Plain", "checkbox", "toggled", delay, pause)
+        for delay, pause in ((0.14, 0.4), (0.14, 1.2)):
+            self.expect_at_most_once("Plain", "checkbox", "toggled", delay, pause)
 
 
 class OneDialogClickTests(OneClick):
     """Mixin: a button whose handler opens a dialog, and the dialog's own buttons."""
 
     def test_a_button_that_opens_a_dialog(self):
-        for round_ in range(3):
+        for answer in ("OK", "Cancel"):
             self.expect_once(self.node("Open dialog", "button"), "clicked Open dialog")
             self.assertEqual(self.app.count("dialog opened"), 1)
-            answer = ("OK", "Cancel")[round_ % 2]
             self.expect_once(self.dialog_button(answer), "dialog answered " + answer)
 
     def dialog_button(self, name):
@@ -152,18 +153,19 @@ class OneDialogClickTests(OneClick):
 class OneMenuClickTests(OneClick):
     """Mixin: items of closed menus, in the menu bar's branch."""
 
-    REPEATS = 3
+    REPEATS = 2
 
     def press_file(self):
         """Presses the title of the File menu as a user does."""
         client = x_windows.client_of(self.window())
         x_windows.click(client["x"] + 15, client["y"] + 12)
 
-    def test_settle_hears_a_menu_open(self):
-        start = time.time() * 1000
-        self.press_file()
-        wait_until(lambda: set(self.call("settle", sinceMs=start)["heard"])
-                   - {"AXFocusedUIElementChanged", "AXApplicationActivated"}, 3, "it is heard")
+    def test_settle_hears_a_menu_open_and_close(self):
+        for heard in ("AXMenuOpened", "AXMenuClosed"):
+            start = time.time() * 1000
+            self.press_file()
+            wait_until(lambda: heard in self.call("settle", sinceMs=start)["heard"], 3, heard)
+            time.sleep(0.5)  # A second press at once would be a double click, which closes nothing.
 
     def test_an_item_of_a_menu_that_the_user_opened(self):
         closed = x_windows.shown_count()
@@ -176,25 +178,24 @@ class OneMenuClickTests(OneClick):
                 wait_until(lambda: x_windows.shown_count() == closed, 5, "the menu closes")
 
     def test_an_item_of_a_closed_menu(self):
-        for _ in range(self.REPEATS):
-            self.expect_once(self.menu_item(self.observe(), "File", "New"), "menu File/New")
-        for _ in range(self.REPEATS):
-            self.expect_once(self.menu_item(self.observe(), "File", "Export", "PDF"),
-                             "menu File/Export/PDF")
+        self.expect_once(self.menu_item(self.observe(), "File", "New"), "menu File/New")
+        self.expect_once(self.menu_item(self.observe(), "File", "Export", "PDF"),
+                         "menu File/Export/PDF")
 
 
 class OneOpenMenuClickTests(OneClick):
     """Mixin: items that show only in the menu that is open, in the window."""
 
-    REPEATS = 3
+    REPEATS = 2
     MENU = "File"
     ITEM = "New"
     LINE = "menu File/New"
 
     def test_settle_hears_a_menu_open(self):
         self.click(self.MENU)
-        heard = set(self.call("settle")["heard"]) - {"AXActionAcknowledged"}
-        self.assertNotEqual(heard, set())
+        self.assertIn("AXMenuOpened", self.call("settle")["heard"])
+        self.click(self.MENU)
+        self.app.forget()
 
     def test_an_item_in_the_menu_that_is_open(self):
         for _ in range(self.REPEATS):

@@ -23,7 +23,7 @@ class Launch(LaunchTests, HelperTest):
 class Reading(ChromiumTest, ReadingTests):
     def test_the_page_tells_its_address(self):
         page = [n for n in nodes_of(self.observe()) if n["role"] == "webarea"]
-        url = self.app.lines("url ")[0].split()[1]
+        url = self.app.lines_ever("url ")[0].split()[1]
         self.assertEqual([n["url"] for n in page], [url])
 
 

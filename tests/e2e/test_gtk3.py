@@ -73,10 +73,8 @@ class SlowButton(Gtk3Test, OneClick):
     """A handler that keeps the application from answering for a while."""
 
     def expect_once_however_slow(self, milliseconds):
-        self.app.close()
-        self.app = self.start_app(self.COMMAND, "--block", str(milliseconds))
-        self.connect()
-        for _ in range(3):
+        self.start("--block", str(milliseconds))
+        for _ in range(2):
             node = self.node("Slow", "button")
             self.app.forget()
             try:

@@ -6,7 +6,8 @@ A suite mixes these classes into its own and says with class variables what it i
 import time
 
 import x_windows
-from e2e import AppLog, HelperTest, end_process, is_alive, nodes_of, wait_until
+from e2e import (
+    HELPER, App, AppLog, Helper, HelperTest, end_process, is_alive, nodes_of, wait_until)
 from pixels import Picture, centre, contains, is_inside
 
 # The pieces of a node that say what it is: role, name.
@@ -17,18 +18,29 @@ COMMON_NODES = {
 
 
 class ToolkitTest(HelperTest):
-    """A test that runs one application of a toolkit and is connected to it."""
+    """A test of an application of a toolkit, connected to it. The tests of a class share it."""
 
     BUNDLE = ""
     COMMAND = ()
     OPTIONS = ()
     # A control of the page shown first.
     AWAITED = "Save"
+    helper = app = None
 
     def setUp(self):
-        super().setUp()
-        self.app = self.start_app(self.COMMAND, *self.OPTIONS)
-        self.connect()
+        if self.app is None or self.app.has_ended:
+            self.start()
+        self.app.forget()
+
+    @classmethod
+    def start(cls, *options):
+        """Starts the application anew, and a helper with it."""
+        cls.doClassCleanups()
+        cls.helper = Helper(HELPER)
+        cls.addClassCleanup(cls.helper.close)
+        cls.app = App([*cls.COMMAND, *(options or cls.OPTIONS)])
+        cls.addClassCleanup(cls.app.close)
+        cls().connect()
 
     def connect(self):
         result = self.call("connect", bundleId=self.BUNDLE)
@@ -181,7 +193,7 @@ class ClickingTests:
         self.app.wait_for("clicked Save")
         wait_until(lambda: self.app.count("clicked Save") == 2, 3, "the button is pressed twice")
         self.call("settle")
-        self.node("Status: saved 2")
+        self.node("Status: saved %d" % len(self.app.lines_ever("clicked Save")))
         self.assertEqual(self.app.lines("clicked"), ["clicked Save"] * 2)
 
     def test_the_pointer_lands_on_every_button(self):

@@ -171,6 +171,20 @@ TEST(AtspiEvents, AreFoundByMemberAndDetail) {
   EXPECT_EQ(added->notification, "AXCreated");
 }
 
+TEST(AtspiEvents, OfMenusAreToldByStateAndRole) {
+  const auto role = [](AtspiRole each) { return static_cast<std::uint32_t>(each); };
+  const EventRow* showing = eventRow("Object", "StateChanged", "showing");
+  const EventRow* expanded = eventRow("Object", "StateChanged", "expanded");
+  const EventRow* checked = eventRow("Object", "StateChanged", "checked");
+  EXPECT_TRUE(mayBeOfMenu(*showing));
+  EXPECT_FALSE(mayBeOfMenu(*checked));
+  EXPECT_FALSE(mayBeOfMenu(*eventRow("Object", "SelectionChanged", "")));
+  EXPECT_TRUE(isOfMenu(*showing, role(AtspiRole::popupMenu)));
+  EXPECT_FALSE(isOfMenu(*showing, role(AtspiRole::menuItem)));
+  EXPECT_TRUE(isOfMenu(*expanded, role(AtspiRole::menuItem)));
+  EXPECT_FALSE(isOfMenu(*expanded, role(AtspiRole::comboBox)));
+}
+
 TEST(AtspiEvents, OfWindowsAreFoundInEitherCase) {
   EXPECT_NE(eventRow("Window", "Activate", ""), nullptr);
   EXPECT_EQ(eventRow("Window", "activate", ""), eventRow("Window", "Activate", ""));
@@ -262,6 +276,20 @@ TEST(AtspiVisibility, EndsWhereAPlaceIsGarbage) {
   EXPECT_TRUE(isHidden({cell, Toolkit::gtk3}));
   cell.extents = Rect{10, 20, 100, 20};
   EXPECT_FALSE(isHidden({cell, Toolkit::gtk3}));
+}
+
+TEST(AtspiVisibility, EndsWhereOneIsScrolledAwayButNotForWhatHoldsIt) {
+  const Rect clip{0, 0, 100, 100};
+  const auto isHiddenAt = [&](AtspiRole role, Rect extents) {
+    AtspiFacts facts = factsOf(role, {AtspiState::visible});
+    facts.extents = extents;
+    return isHidden({.facts = facts, .toolkit = Toolkit::gtk4, .clip = clip});
+  };
+  EXPECT_FALSE(isHiddenAt(AtspiRole::label, {0, 80, 100, 30}));
+  EXPECT_TRUE(isHiddenAt(AtspiRole::label, {0, 90, 100, 30}));
+  EXPECT_FALSE(isHiddenAt(AtspiRole::list, {0, 90, 100, 3000}));
+  EXPECT_TRUE(isHiddenAt(AtspiRole::list, {0, 110, 100, 3000}));
+  EXPECT_FALSE(isHiddenAt(AtspiRole::text, {0, 0, 100, 3000}));
 }
 
 TEST(AtspiVisibility, EndsOutsideOfTheWindowWhereTheToolkitDoesNotSay) {
