@@ -12,10 +12,15 @@ import annotate
 from tarqo_client import Helper, HelperError, find_node, nodes_of
 
 CALCULATOR = "org.gnome.Calculator"
-KEYS = ["7", "×", "6", "="]
+KEYS = [["7"], ["×"], ["6"], ["="]]
 # Enough that the first line of the calculator's history is out of sight.
 TYPED = ["12*12", "2^10", "81/3", "1000-1"]
 SCROLL_BACK = -500  # Pixels, up; up to 400 would be a pull with the pointer.
+
+# The calculator of macOS has named its keys differently over the years.
+MAC_CALCULATOR = "com.apple.calculator"
+MAC_KEYS = [["7", "seven", "Seven"], ["Multiply", "multiply", "×"], ["6", "six", "Six"],
+            ["Equals", "equals", "="]]
 
 VIEWER = "org.gnome.eog"
 VIEWER_PROGRAM = "eog"
@@ -128,11 +133,14 @@ class Demo:
               % (path, result["image"]["width"], result["image"]["height"], path))
         return result
 
-    def click(self, observation, name):
-        node = find_node(observation, name, "button")
+    def click(self, observation, names):
+        """Clicks the button that has one of the names."""
+        nodes = [find_node(observation, name, "button") for name in names]
+        node = next((found for found in nodes if found is not None), None)
         if node is None:
-            names = [n["name"] for n in nodes_of(observation) if n["role"] == "button"]
-            sys.exit("There is no button called %s, only %s" % (name, ", ".join(names)))
+            others = [n["name"] for n in nodes_of(observation) if n["role"] == "button"]
+            sys.exit("There is no button called %s, only %s"
+                     % (" or ".join(names), ", ".join(others)))
         self.play("click", {"nodeId": node["id"]})
         self.play("settle", {"quietMs": 300})
 
@@ -186,14 +194,14 @@ def show_changes(what, before, after):
         sys.exit("  nothing: it had no effect")
 
 
-def press_keys(demo):
-    demo.connect(CALCULATOR)
+def press_keys(demo, application, keys):
+    demo.connect(application)
     first = demo.observe("before")
     last = first
-    for key in KEYS:
-        demo.click(last, key)
+    for names in keys:
+        demo.click(last, names)
         last = demo.observe("after")
-    show_changes("the clicks on " + " ".join(KEYS), first, last)
+    show_changes("the clicks on " + " ".join(names[0] for names in keys), first, last)
     return last
 
 
@@ -244,13 +252,34 @@ def read_picture(demo, folder):
         viewer.wait()
 
 
+def read_window(demo):
+    """Reads the text in the window's picture, though the accessibility tree tells it too."""
+    observation = demo.observe("read", {"forceOcr": True})
+    print("\nWhat is read in the window's picture:")
+    for node in nodes_of(observation):
+        if "confidence" in node:
+            print("  %r" % node["name"])
+
+
+def play_on_a_mac(demo):
+    press_keys(demo, MAC_CALCULATOR, MAC_KEYS)
+    read_window(demo)
+
+
+def play_on_linux(demo, folder):
+    type_and_scroll(demo, press_keys(demo, CALCULATOR, KEYS))
+    read_picture(demo, folder)
+
+
 def main():
     program, folder = sys.argv[1:3]
     demo = Demo(program, folder)
     try:
         demo.play("host")
-        type_and_scroll(demo, press_keys(demo))
-        read_picture(demo, folder)
+        if sys.platform == "darwin":
+            play_on_a_mac(demo)
+        else:
+            play_on_linux(demo, folder)
     finally:
         demo.close()
     print("\nPictures and the full transcript: %s" % folder)

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "host/waiting.h"
 #include "platform/sim/sim_clock.h"
 
 namespace tarqo {
