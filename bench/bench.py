@@ -7,6 +7,8 @@ to look at. Needs a desktop: run it through script/bench.
 """
 
 import collections
+import ctypes
+import json
 import os
 import statistics
 import subprocess
@@ -18,8 +20,10 @@ from tarqo_client import Helper, nodes_of
 
 NODES = 1500
 ROUNDS = 7
+IMAGE_ROUNDS = 15
 TEXT_ROUNDS = 3
 WINDOW = "1280x800"
+SWITCH_MS = 120  # What every action gives its target to come to the front.
 BUNDLE = "com.tarqo.test.gtk3"
 TEXT_BUNDLE = "com.tarqo.test.text"
 
@@ -49,21 +53,25 @@ def resident_mib(pid):
     raise RuntimeError("no VmRSS")
 
 
-def pyatspi_walk(desktop_name):
-    """Reads of every accessible what the helper reads of a node, as a client of pyatspi would."""
+def pyatspi_walk(desktop_name, only_shown):
+    """Reads of every accessible what the helper reads of a node, as a client of pyatspi would; or,
+    as the helper does, only of those that show and those in menus."""
     import pyatspi  # pylint: disable=import-outside-toplevel
 
     desktop = pyatspi.Registry.getDesktop(0)
     application = next(a for a in desktop if a and a.name == desktop_name)
     count = 0
 
-    def visit(accessible):
+    def visit(accessible, in_menu):
         nonlocal count
+        states = accessible.getState()
+        in_menu = in_menu or accessible.getRole() == pyatspi.ROLE_MENU_BAR
+        if only_shown and not in_menu and not states.contains(pyatspi.STATE_SHOWING):
+            return
         count += 1
         accessible.getRoleName()
         _ = accessible.name
         _ = accessible.description
-        states = accessible.getState()
         accessible.getAttributes()
         interfaces = pyatspi.listInterfaces(accessible)
         if states.contains(pyatspi.STATE_SHOWING) and "Component" in interfaces:
@@ -77,10 +85,10 @@ def pyatspi_walk(desktop_name):
         if "Value" in interfaces:
             _ = accessible.queryValue().currentValue
         for i in range(accessible.childCount):
-            visit(accessible.getChildAtIndex(i))
+            visit(accessible.getChildAtIndex(i), in_menu)
 
     for i in range(application.childCount):
-        visit(application.getChildAtIndex(i))
+        visit(application.getChildAtIndex(i), False)
     return count
 
 
@@ -101,12 +109,23 @@ class Application:
     it was ready."""
 
     def __init__(self, *command):
-        self._process = subprocess.Popen(command, stdout=subprocess.PIPE, text=True)
+        self._process = subprocess.Popen(
+            command, stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
         self.lines = []
         for line in self._process.stdout:
             if line.strip() == "ready":
                 break
             self.lines.append(line.strip())
+
+    def tell(self, line):
+        self._process.stdin.write(line + "\n")
+        self._process.stdin.flush()
+
+    def await_line(self, wanted):
+        for line in self._process.stdout:
+            if line.strip() == wanted:
+                return
+        raise RuntimeError("the application ended")
 
     def __enter__(self):
         return self
@@ -114,7 +133,80 @@ class Application:
     def __exit__(self, *unused):
         self._process.terminate()
         self._process.wait()
+        self._process.stdin.close()
         self._process.stdout.close()
+
+
+class Pointer:
+    """Where the pointer is; asking costs some 30 us."""
+
+    def __init__(self):
+        self._x11 = ctypes.CDLL("libX11.so.6")
+        self._x11.XOpenDisplay.restype = ctypes.c_void_p
+        self._x11.XDefaultRootWindow.argtypes = [ctypes.c_void_p]
+        self._x11.XDefaultRootWindow.restype = ctypes.c_ulong
+        self._x11.XQueryPointer.argtypes = [ctypes.c_void_p, ctypes.c_ulong] + [ctypes.c_void_p] * 7
+        self._display = self._x11.XOpenDisplay(None)
+        self._root = self._x11.XDefaultRootWindow(self._display)
+
+    def position(self):
+        windows = (ctypes.c_ulong * 2)()
+        places = (ctypes.c_int * 4)()
+        mask = ctypes.c_uint()
+        at = ctypes.addressof
+        self._x11.XQueryPointer(
+            self._display, self._root, at(windows), at(windows) + ctypes.sizeof(ctypes.c_ulong),
+            *(at(places) + i * ctypes.sizeof(ctypes.c_int) for i in range(4)), at(mask))
+        return places[0], places[1]
+
+
+def until_first_event(helper, request, happened):
+    """Median time from a request to what it causes, without the fixed wait on the way; `happened`
+    gives a function that waits for it."""
+    times = []
+    for i in range(ROUNDS + 1):
+        nodes = nodes_of(helper.call("observe", {"image": False}))
+        # Two in turn: a pointer that is there already does not move.
+        node = [node for node in nodes if node["name"].startswith("Button")][i % 2]
+        await_it = happened(node)
+        start = time.perf_counter()
+        helper.send_bytes(json.dumps(
+            {"id": i, "method": request["method"],
+             "args": {"nodeId": node["id"], **request["args"]}}).encode() + b"\n")
+        await_it()
+        times.append((time.perf_counter() - start) * 1000 - SWITCH_MS)
+        response = json.loads(helper.read_line())
+        if "error" in response:
+            raise RuntimeError(response["error"])
+    return statistics.median(times[1:])
+
+
+def measure_input(program, app):
+    print("\n| from the request to its first effect, less the fixed %d ms | ms |\n|---|---|"
+          % SWITCH_MS)
+    pointer = Pointer()
+
+    def pointer_moves(_node):
+        before = pointer.position()
+
+        def wait():
+            while pointer.position() == before:
+                pass
+        return wait
+
+    with Helper(program) as helper:
+        helper.call("connect", {"bundleId": BUNDLE})
+        for what, request, happened in (
+                ("click: the application's button is pressed", {"method": "click", "args": {}},
+                 lambda node: lambda: app.await_line("clicked " + node["name"])),
+                ("double click: the pointer starts to move",
+                 {"method": "click", "args": {"count": 2}}, pointer_moves),
+                ("hover: the same", {"method": "hover", "args": {}}, pointer_moves),
+                ("key: the application gets it",
+                 {"method": "input", "args": {"kind": "key", "key": "ArrowLeft"}},
+                 lambda node: lambda: app.await_line("event key " + node["name"]))):
+            print("| %s | %.1f |" % (what, until_first_event(helper, request, happened)),
+                  flush=True)
 
 
 def main():
@@ -125,6 +217,10 @@ def main():
         idle = measure(program, os.path.basename(application))
     with Application(text_application, "--geometry", WINDOW + "+0+0", "--title", "Bench") as app:
         measure_text(program, app.lines)
+    with Application(application, "--nodes", "20", "--geometry", WINDOW + "+0+0",
+                     "--title", "Bench") as app:
+        app.tell("watch")
+        measure_input(program, app)
     print("\nResident memory while idle after connect: %.1f MiB" % idle)
 
 
@@ -137,19 +233,16 @@ def measure(program, application_name):
         def observe():
             counts["ours"] = len(nodes_of(helper.call("observe", everything)))
 
-        def walk():
-            counts["theirs"] = pyatspi_walk(application_name)
+        for only_shown in (False, True):
+            def walk():
+                counts["theirs"] = pyatspi_walk(application_name, only_shown)
 
-        ours, theirs = in_turns(observe, walk)
-        row("observe without image, %(ours)d nodes listed of %(theirs)d accessibles" % counts,
-            ours, "pyatspi walk of the same attributes", theirs)
+            ours, theirs = in_turns(observe, walk)
+            row("observe without image, %d nodes listed" % counts["ours"], ours,
+                "pyatspi walk reading the same of %s, %d accessibles"
+                % ("what shows" if only_shown else "everything", counts["theirs"]), theirs)
 
-        image = {"maxNodes": 1, "menubar": False, "ocr": False}
-        window = str(bench_window())
-        ours, theirs = in_turns(
-            lambda: helper.call("observe", image),
-            lambda: subprocess.run(["import", "-window", window, "png:/dev/null"], check=True))
-        row("window image %s captured, encoded, sent" % WINDOW, ours, "ImageMagick `import`", theirs)
+        measure_image(helper)
 
     ours, theirs = in_turns(
         first_response(program),
@@ -161,6 +254,27 @@ def measure(program, application_name):
         helper.call("connect", {"bundleId": BUNDLE})
         time.sleep(0.5)
         return resident_mib(helper.pid)
+
+
+def measure_image(helper):
+    """The image alone is what an observation with one takes longer than one without."""
+    look = {"maxNodes": 1, "menubar": False, "ocr": False}
+    window = str(bench_window())
+    times = {"with": [], "without": [], "import": []}
+    for measured in [False] + [True] * IMAGE_ROUNDS:
+        for what, deed in (
+                ("with", lambda: helper.call("observe", look)),
+                ("without", lambda: helper.call("observe", {**look, "image": False})),
+                ("import", lambda: subprocess.run(["import", "-window", window, "png:/dev/null"],
+                                                  check=True))):
+            time_taken = milliseconds(deed)
+            if measured:
+                times[what].append(time_taken)
+    medians = {what: statistics.median(taken) for what, taken in times.items()}
+    row("window image %s captured, encoded, sent: what it adds to an observe" % WINDOW,
+        medians["with"] - medians["without"], "ImageMagick `import`", medians["import"])
+    row("observe of one node with that image, the whole request", medians["with"], "the same",
+        medians["import"])
 
 
 def words_right(drawn, read):

@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "host/completion_box.h"
-#include "host/waiting.h"
+#include "platform/clock.h"
 
 namespace tarqo {
 
@@ -21,8 +21,12 @@ template <typename Body>
   using Result = decltype(body());
   const auto box = std::make_shared<CompletionBox<Result>>();
   clock.background([box, body = std::move(body)] { box->fill(body()); });
-  if (!turnUntil(clock, clock.now() + limit, kTimedSlice, [&] { return box->filled(); })) {
-    return std::nullopt;
+  const Instant deadline = clock.now() + limit;
+  while (!box->filled()) {
+    if (clock.now() >= deadline) {
+      return std::nullopt;
+    }
+    clock.turnWhileBusy(kTimedSlice);
   }
   return box->take();
 }

@@ -33,6 +33,10 @@ class Clock {
   /// can arrive. Always lasts its whole time, also on a thread whose loop has nothing to serve.
   virtual void turn(Duration slice) = 0;
 
+  /// `turn` for whoever waits for a body of `background`: may end as soon as any of them has
+  /// returned, also when that was before the call.
+  virtual void turnWhileBusy(Duration slice) { turn(slice); }
+
   /// Runs `body` on a thread of its own and returns at once. The thread is never joined: a body
   /// must own or share whatever it touches.
   virtual void background(std::function<void()> body) = 0;

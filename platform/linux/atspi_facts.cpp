@@ -7,6 +7,9 @@
 namespace tarqo::lnx {
 namespace {
 
+/// From this many children on, it is worth asking which of them are shown.
+constexpr int kManyChildren = 8;
+
 /// What gives an entry its placeholder, and web content its identifier.
 bool attributesMatter(const AtspiFacts& facts, Toolkit toolkit) {
   switch (toolkit) {
@@ -61,8 +64,8 @@ bool isShowing(const AtspiFacts& facts, Toolkit toolkit) {
 
 namespace {
 
-void askKind(const std::shared_ptr<Question>& question) {
-  question->open += 3;
+void askLook(const std::shared_ptr<Question>& question) {
+  question->open += 2;
   question->batch.call(question->ref, kAccessible, "GetRole", [question](Reply reply) {
     if (const auto role = reply.ok ? readNumber(reply.message) : std::nullopt) {
       question->facts->role = *role;
@@ -76,12 +79,21 @@ void askKind(const std::shared_ptr<Question>& question) {
     }
     answered(question);
   });
+}
+
+void askInterfaces(const std::shared_ptr<Question>& question) {
+  ++question->open;
   question->batch.call(question->ref, kAccessible, "GetInterfaces", [question](Reply reply) {
     if (const auto interfaces = reply.ok ? readInterfaces(reply.message) : std::nullopt) {
       question->facts->interfaces = *interfaces;
     }
     answered(question);
   });
+}
+
+bool dependsOnInterfaces(FactSet wanted) {
+  return wanted.has(Fact::extents) || wanted.has(Fact::actions) || wanted.has(Fact::value) ||
+         wanted.has(Fact::address) || wanted.has(Fact::attributes);
 }
 
 /// GTK and Chromium give all properties of an object in one answer. Qt 5 dies of the question.
@@ -155,16 +167,51 @@ void askTexts(const std::shared_ptr<Question>& question) {
   }
 }
 
-void askChildren(const std::shared_ptr<Question>& question) {
-  if (question->facts->childCount == 0) {
-    question->facts->children.emplace();
-    return;
-  }
+void askAllChildren(const std::shared_ptr<Question>& question) {
   ++question->open;
   question->batch.call(question->ref, kAccessible, "GetChildren", [question](Reply reply) {
     question->facts->children = reply.ok ? readRefs(reply.message) : std::nullopt;
     answered(question);
   });
+}
+
+/// One answer in place of a list of all children and a question to each of them.
+void askShownChildren(const std::shared_ptr<Question>& question) {
+  Message message = question->batch.make(question->ref, kCollection, "GetMatches");
+  if (message) {
+    constexpr std::uint32_t kShowing = 1U << static_cast<unsigned>(AtspiState::showing);
+    constexpr int kAll = 1;
+    constexpr int kInOrder = 1;
+    // All of these states and of no attributes, roles and interfaces; not inverted; in the
+    // parent's order, however many, and none from further down.
+    sd_bus_message_append(message.get(), "(aiia{ss}iaiiasib)uib", 2, kShowing, 0, kAll, 0, kAll, 0,
+                          kAll, 0, kAll, 0, kInOrder, 0, 0);
+  }
+  ++question->open;
+  question->batch.send(std::move(message), [question](Reply reply) {
+    question->facts->children = reply.ok ? readRefs(reply.message) : std::nullopt;
+    if (!question->facts->children) {
+      askAllChildren(question);
+    }
+    answered(question);
+  });
+}
+
+/// GTK 3 takes as long to list the shown children as to list all. Cells count as shown in any case.
+bool canListShownChildren(const AtspiFacts& facts, Toolkit toolkit) {
+  return toolkit == Toolkit::gtk3 && facts.childCount && *facts.childCount >= kManyChildren &&
+         !facts.has(AtspiState::managesDescendants);
+}
+
+void askChildren(const std::shared_ptr<Question>& question) {
+  const AtspiFacts& facts = *question->facts;
+  if (facts.childCount == 0) {
+    question->facts->children.emplace();
+  } else if (question->onlyShownChildren && canListShownChildren(facts, question->toolkit)) {
+    askShownChildren(question);
+  } else {
+    askAllChildren(question);
+  }
 }
 
 void askDetails(const std::shared_ptr<Question>& question) {
@@ -242,18 +289,27 @@ void answered(const std::shared_ptr<Question>& question) {
 
 void askFacts(AtspiBatch& batch, const FactRequest& request, std::shared_ptr<AtspiFacts> facts,
               std::function<void()> done) {
-  auto question = std::make_shared<Question>(
-      Question{.batch = batch, .ref = request.ref, .toolkit = request.toolkit});
+  auto question =
+      std::make_shared<Question>(Question{.batch = batch,
+                                          .ref = request.ref,
+                                          .toolkit = request.toolkit,
+                                          .onlyShownChildren = request.onlyShownChildren});
   FactSet wanted = request.wanted;
   if (wanted.has(Fact::value)) {
     wanted.add(Fact::name);  // A label's text and a list's choice.
   }
-  question->wanted = (wanted | Fact::kind).without(facts->known);
+  if (dependsOnInterfaces(wanted)) {
+    wanted.add(Fact::interfaces);
+  }
+  question->wanted = (wanted | Fact::look).without(facts->known);
   question->facts = std::move(facts);
   question->done = std::move(done);
   question->open = 1;  // Held until every call of the round is under way.
-  if (question->wanted.has(Fact::kind)) {
-    askKind(question);
+  if (question->wanted.has(Fact::look)) {
+    askLook(question);
+  }
+  if (question->wanted.has(Fact::interfaces)) {
+    askInterfaces(question);
   }
   askTexts(question);
   answered(question);

@@ -21,17 +21,19 @@ enum class Toolkit { gtk3, gtk4, qt, chromium, other };
 
 /// Things to learn of an object, one bit each.
 enum class Fact : unsigned {
-  kind = 1U << 0,  ///< Role, states and interfaces: always asked.
-  name = 1U << 1,
-  description = 1U << 2,
-  identifier = 1U << 3,
-  attributes = 1U << 4,
-  parent = 1U << 5,
-  children = 1U << 6,
-  extents = 1U << 7,
-  actions = 1U << 8,
-  value = 1U << 9,    ///< Whatever its role's value is made of.
-  address = 1U << 10  ///< Of a web page.
+  look = 1U << 0,        ///< Role and states: always asked.
+  interfaces = 1U << 1,  ///< Asked with whatever depends on them.
+  kind = look | interfaces,
+  name = 1U << 2,
+  description = 1U << 3,
+  identifier = 1U << 4,
+  attributes = 1U << 5,
+  parent = 1U << 6,
+  children = 1U << 7,
+  extents = 1U << 8,
+  actions = 1U << 9,
+  value = 1U << 10,   ///< Whatever its role's value is made of.
+  address = 1U << 11  ///< Of a web page.
 };
 
 class FactSet {
@@ -39,7 +41,7 @@ class FactSet {
   FactSet() = default;
   FactSet(Fact fact) : bits_(static_cast<unsigned>(fact)) {}  // NOLINT(google-explicit-constructor)
 
-  [[nodiscard]] bool has(Fact fact) const { return (bits_ & static_cast<unsigned>(fact)) != 0; }
+  [[nodiscard]] bool has(Fact fact) const { return hasAll(fact); }
   [[nodiscard]] bool hasAll(FactSet other) const { return (bits_ & other.bits_) == other.bits_; }
   void add(FactSet other) { bits_ |= other.bits_; }
   [[nodiscard]] FactSet without(FactSet other) const { return FactSet(bits_ & ~other.bits_); }
@@ -85,6 +87,9 @@ struct FactRequest {
   AtspiRef ref;
   Toolkit toolkit = Toolkit::other;
   FactSet wanted;
+  /// Leaves out children that are not shown, where asking for the others costs less: what a long
+  /// list has scrolled away.
+  bool onlyShownChildren = false;
 };
 
 /// Asks, within a batch, for those of the facts wanted that are not known yet. `done` is called

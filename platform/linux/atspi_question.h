@@ -15,6 +15,7 @@ struct Question {
   AtspiRef ref;
   Toolkit toolkit = Toolkit::other;
   FactSet wanted{};
+  bool onlyShownChildren = false;
   std::shared_ptr<AtspiFacts> facts{};
   std::function<void()> done{};
   int open = 0;  ///< Unanswered calls of this round.

@@ -127,7 +127,7 @@ std::vector<FactsPtr> AtspiReader::learnAll(std::span<const AtspiElement::Parts>
   const bool answered = ask(objects.front(), [&](AtspiBatch& batch) {
     for (const AtspiElement::Parts& object : objects) {
       facts.push_back(tree ? tree->factsOf(object.ref) : std::make_shared<AtspiFacts>());
-      if (!facts.back()->known.hasAll(wanted | Fact::kind)) {
+      if (!facts.back()->known.hasAll(wanted | Fact::look)) {
         askFacts(batch, {object.ref, toolkit, wanted}, facts.back(), {});
       }
     }

@@ -26,9 +26,11 @@ bool hasCache(Toolkit toolkit) {
   return toolkit == Toolkit::chromium;
 }
 
-FactSet factsThatTellHidden(Toolkit toolkit) {
-  const FactSet facts = Fact::kind | Fact::name;
-  return toolkit == Toolkit::chromium ? facts : facts | Fact::extents;
+/// Whether an object that is said to be shown may be none the less, which its place tells: rows
+/// scrolled away (GTK 3), lists of closed boxes (Qt), pages of a stack (GTK 4).
+bool onlyPlaceTellsHidden(const AtspiFacts& facts, Toolkit toolkit) {
+  return toolkit == Toolkit::gtk4 || toolkit == Toolkit::qt ||
+         (toolkit == Toolkit::gtk3 && isCellRole(facts.role));
 }
 
 /// Gives every parent the children that the cache lists for it, where it lists all of them and says
@@ -126,12 +128,25 @@ void AtspiTree::open(Stretch& stretch, const Node& node) {
   }
   ++stretch.started;
   ++stretch.active;
-  askFacts(stretch.batch, {node.ref, stretch.toolkit, factsThatTellHidden(stretch.toolkit)}, facts,
-           [this, &stretch, node, facts] { kindKnown(stretch, node, facts); });
+  askFacts(stretch.batch, {node.ref, stretch.toolkit, Fact::look}, facts,
+           [this, &stretch, node, facts] { lookKnown(stretch, node, facts); });
 }
 
-void AtspiTree::kindKnown(Stretch& stretch, const Node& node,
+void AtspiTree::lookKnown(Stretch& stretch, const Node& node,
                           const std::shared_ptr<AtspiFacts>& facts) {
+  const bool shown = node.whole || isShowing(*facts, stretch.toolkit) || isWindowRole(facts->role);
+  if (!facts->alive || !shown) {
+    passBy(stretch, *facts);
+  } else if (onlyPlaceTellsHidden(*facts, stretch.toolkit)) {
+    askFacts(stretch.batch, {node.ref, stretch.toolkit, Fact::extents}, facts,
+             [this, &stretch, node, facts] { placeKnown(stretch, node, facts); });
+  } else {
+    askAll(stretch, node, facts);
+  }
+}
+
+void AtspiTree::placeKnown(Stretch& stretch, const Node& node,
+                           const std::shared_ptr<AtspiFacts>& facts) {
   // What lies outside of the window is scrolled away, unless it is in a popover.
   if (isWindow(*facts) && windows && windows->popups.empty()) {
     window_ = plausible(facts->extents);
@@ -140,14 +155,16 @@ void AtspiTree::kindKnown(Stretch& stretch, const Node& node,
                        .toolkit = stretch.toolkit,
                        .inMenuBar = node.whole,
                        .clip = node.clip ? node.clip : window_};
-  if (!facts->alive || (isHidden(view) && !isWindow(*facts))) {
-    // Nobody looks below what is hidden, and of itself nothing more is asked.
-    facts->known.add(factsReadAhead());
-    --stretch.active;
-    start(stretch);
-    return;
+  if (isHidden(view) && !isWindow(*facts)) {
+    passBy(stretch, *facts);
+  } else {
+    askAll(stretch, node, facts);
   }
-  askFacts(stretch.batch, {node.ref, stretch.toolkit, factsReadAhead()}, facts,
+}
+
+void AtspiTree::askAll(Stretch& stretch, const Node& node,
+                       const std::shared_ptr<AtspiFacts>& facts) {
+  askFacts(stretch.batch, {node.ref, stretch.toolkit, factsReadAhead(), !node.whole}, facts,
            [this, &stretch, node, facts] {
              const std::optional<Rect> clip = clipBelow(node.clip, *facts, stretch.toolkit);
              if (facts->children) {
@@ -159,6 +176,13 @@ void AtspiTree::kindKnown(Stretch& stretch, const Node& node,
              --stretch.active;
              start(stretch);
            });
+}
+
+void AtspiTree::passBy(Stretch& stretch, AtspiFacts& facts) {
+  // Nobody looks below what is hidden, and of itself nothing more is asked.
+  facts.known.add(factsReadAhead());
+  --stretch.active;
+  start(stretch);
 }
 
 void AtspiTree::readCache(const AtspiElement::Parts& object, AtspiBus& channel) {

@@ -51,7 +51,10 @@ class AtspiTree {
 
   void start(Stretch& stretch);
   void open(Stretch& stretch, const Node& node);
-  void kindKnown(Stretch& stretch, const Node& node, const std::shared_ptr<AtspiFacts>& facts);
+  void lookKnown(Stretch& stretch, const Node& node, const std::shared_ptr<AtspiFacts>& facts);
+  void placeKnown(Stretch& stretch, const Node& node, const std::shared_ptr<AtspiFacts>& facts);
+  void askAll(Stretch& stretch, const Node& node, const std::shared_ptr<AtspiFacts>& facts);
+  void passBy(Stretch& stretch, AtspiFacts& facts);
   void readCache(const AtspiElement::Parts& object, AtspiBus& channel);
 
   Pid pid_;

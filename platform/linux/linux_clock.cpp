@@ -16,14 +16,23 @@ void LinuxClock::sleep(Duration duration) { std::this_thread::sleep_for(duration
 
 void LinuxClock::turn(Duration slice) { std::this_thread::sleep_for(slice); }
 
+void LinuxClock::turnWhileBusy(Duration slice) {
+  std::unique_lock lock(bodies_->mutex);
+  (void)bodies_->returned.wait_for(lock, slice, [this] { return bodies_->count != seen_; });
+  seen_ = bodies_->count;
+}
+
 void LinuxClock::background(std::function<void()> body) {
   try {
-    std::thread([body = std::move(body)] {
+    std::thread([body = std::move(body), bodies = bodies_] {
       try {
         body();
       } catch (...) {
-        return;
+        // What it throws is lost; that it is over counts.
       }
+      const std::lock_guard lock(bodies->mutex);
+      ++bodies->count;
+      bodies->returned.notify_all();
     }).detach();
   } catch (const std::exception&) {
     return;

@@ -33,6 +33,27 @@ TEST_F(ClockContract, TurnOfNothingReturns) {
   EXPECT_LT(clock.now() - begin, 1s);
 }
 
+TEST_F(ClockContract, ATurnWhileBusyLastsAtMostItsTime) {
+  const Instant begin = clock.now();
+  clock.turnWhileBusy(50ms);
+  EXPECT_LT(clock.now() - begin, 2s);
+}
+
+TEST_F(ClockContract, ATurnWhileBusyWaitsForABodyAtWork) {
+  const auto done = std::make_shared<std::atomic<bool>>(false);
+  clock.background([done, &time = clock] {
+    time.sleep(100ms);
+    done->store(true);
+  });
+  const Instant begin = clock.now();
+  while (!done->load() && clock.now() - begin < 10s) {
+    clock.turnWhileBusy(1s);
+  }
+  EXPECT_TRUE(done->load());
+  EXPECT_GE(clock.now() - begin, 90ms);
+  EXPECT_LT(clock.now() - begin, 5s);
+}
+
 TEST_F(ClockContract, SleepLastsItsWholeTime) {
   const Instant begin = clock.now();
   clock.sleep(50ms);

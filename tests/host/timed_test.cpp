@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "host/waiting.h"
 #include "platform/sim/sim_clock.h"
 
 namespace tarqo {
