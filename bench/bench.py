@@ -65,11 +65,10 @@ def pyatspi_walk(desktop_name, only_shown):
     def visit(accessible, in_menu):
         nonlocal count
         states = accessible.getState()
-        in_menu = in_menu or accessible.getRole() == pyatspi.ROLE_MENU_BAR
         if only_shown and not in_menu and not states.contains(pyatspi.STATE_SHOWING):
             return
         count += 1
-        accessible.getRoleName()
+        in_menu = accessible.getRoleName() == "menu bar" or in_menu
         _ = accessible.name
         _ = accessible.description
         accessible.getAttributes()
