@@ -218,6 +218,9 @@ std::unique_ptr<TreeRead> AtspiReader::readTree(const AtspiElement::Parts& windo
                                                 const TreeReadLimits& limits) {
   tree_ = std::make_shared<AtspiTree>(window.pid, limits);
   auto scope = std::make_unique<Scope>(*this, tree_);
+  if (failed(window.pid)) {
+    tree_->fail();  // It is left alone for a while yet, and must not pass for empty.
+  }
   // The toolkit's name is the first question: an application that hangs shows here.
   static_cast<void>(windowsOf(window.pid, window.timeout));
   reach(window);

@@ -79,6 +79,15 @@ class Hanging(HelperTest):
             self.expect_whole()
         self.assertGreater(cut, 0)
 
+    def test_what_is_left_alone_after_a_silence_is_not_taken_for_empty(self):
+        self.app.send_signal(signal.SIGSTOP)
+        self.timed("observe", ocr=False, image=False, timeoutMs=1000)
+        self.app.send_signal(signal.SIGCONT)
+        answer, _ = self.timed("observe", ocr=False, image=False)
+        while len(nodes_of(answer)) < self.whole:
+            self.assertTrue(answer["snapshot"]["truncated"])
+            answer, _ = self.timed("observe", ocr=False, image=False)
+
     def test_a_click_on_what_hangs_is_no_success_and_comes_once(self):
         self.app.close()
         self.app = self.start_app(GTK3)
