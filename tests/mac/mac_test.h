@@ -22,7 +22,7 @@ class MacTest : public testing::Test {
   ~MacTest() override {
     startAnew();
     EXPECT_EQ(standin::Heap::instance().living(), std::vector<std::string>{});
-    standin::Heap::instance().forgetEnded();
+    standin::Heap::instance().forgetAll();
   }
 
   standin::Applications& applications = standin::Applications::instance();

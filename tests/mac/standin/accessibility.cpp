@@ -122,6 +122,9 @@ Applications& Applications::instance() {
 void Applications::reset() {
   *this = Applications();
   systemWideSeconds = 0;
+  const std::lock_guard guard(Loop::instance().lock);
+  Loop::instance().sources.clear();
+  Loop::instance().observers.clear();
 }
 
 Node& Applications::node(pid_t pid, int number) { return nodes_[{pid, number}]; }

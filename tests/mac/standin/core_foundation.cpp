@@ -1,5 +1,7 @@
 #include "tests/mac/standin/core_foundation.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -50,7 +52,6 @@ class Number final : public Object {
     out << "number " << (isFloat_ ? value_ : static_cast<double>(whole_));
     return out.str();
   }
-  [[nodiscard]] bool isFloat() const { return isFloat_; }
   /// As Core Foundation does: what fits is written, and false says that something was lost.
   [[nodiscard]] bool read(double& out) const {
     out = isFloat_ ? value_ : static_cast<double>(whole_);
@@ -403,10 +404,6 @@ Boolean CFBooleanGetValue(CFBooleanRef boolean) {
   return as<Truth>(boolean, "CFBooleanGetValue").value() ? kOddTruth : Boolean{0};
 }
 
-Boolean CFNumberIsFloatType(CFNumberRef number) {
-  return as<Number>(number, "CFNumberIsFloatType").isFloat();
-}
-
 Boolean CFNumberGetValue(CFNumberRef number, CFNumberType type, void* value) {
   const auto& its = as<Number>(number, "CFNumberGetValue");
   if (type == kCFNumberSInt64Type) {
@@ -436,6 +433,18 @@ CFArrayRef CFArrayCreate(CFAllocatorRef /*allocator*/, const void** values, CFIn
       std::vector<CFTypeRef>(values, values + count), callBacks == &kCFTypeArrayCallBacks));
 }
 
+CFDictionaryRef CFDictionaryCreate(CFAllocatorRef /*allocator*/, const void** keys,
+                                   const void** values, CFIndex count,
+                                   const CFDictionaryKeyCallBacks* keyCallBacks,
+                                   const CFDictionaryValueCallBacks* valueCallBacks) {
+  EXPECT_EQ(keyCallBacks, &kCFTypeDictionaryKeyCallBacks);
+  EXPECT_EQ(valueCallBacks, &kCFTypeDictionaryValueCallBacks);
+  std::vector<std::pair<CFTypeRef, CFTypeRef>> entries;
+  for (CFIndex i = 0; i < count; ++i) {
+    entries.emplace_back(keys[i], values[i]);
+  }
+  return toRef<CFDictionaryRef>(Heap::instance().make<Dictionary>(std::move(entries)));
+}
 const void* CFDictionaryGetValue(CFDictionaryRef dictionary, const void* key) {
   return as<Dictionary>(dictionary, "CFDictionaryGetValue").find(key);
 }

@@ -78,9 +78,12 @@ std::vector<std::string> Heap::living() const {
   return living;
 }
 
-void Heap::forgetEnded() {
+void Heap::forgetAll() {
   const std::lock_guard guard(store_->lock);
-  std::erase_if(store_->objects, [](const auto& object) { return object->references_ < 1; });
+  store_->objects.clear();
+  for (const auto& constant : store_->constants) {
+    constant->references_ = 1;
+  }
 }
 
 }  // namespace standin

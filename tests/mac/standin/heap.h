@@ -73,7 +73,8 @@ class Heap {
   [[nodiscard]] Object& at(CFTypeRef reference, std::string_view user);
 
   [[nodiscard]] std::vector<std::string> living() const;  ///< Without the constants.
-  void forgetEnded();
+  /// Ends the test: what is still alive is forgotten, so that the next one is not blamed for it.
+  void forgetAll();
 
  private:
   void add(std::unique_ptr<Object> object, bool constant);

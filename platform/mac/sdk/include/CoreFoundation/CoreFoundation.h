@@ -10,6 +10,7 @@
 
 #ifndef __clang__
 #define _Nullable
+#define _Nonnull
 #endif
 
 #ifdef __clang__
@@ -31,10 +32,7 @@ typedef unsigned long UniCharCount;
 
 typedef signed long CFIndex;
 typedef unsigned long CFTypeID;
-typedef unsigned long CFHashCode;
-typedef unsigned long CFOptionFlags;
 typedef double CFTimeInterval;
-typedef CFTimeInterval CFAbsoluteTime;
 typedef UInt32 CFStringEncoding;
 
 typedef struct {
@@ -60,7 +58,6 @@ typedef struct __CFRunLoopSource* CFRunLoopSourceRef;
 
 // Every reference; null crashes.
 Boolean CFEqual(CFTypeRef first, CFTypeRef second);
-CFHashCode CFHash(CFTypeRef object);
 CFTypeID CFGetTypeID(CFTypeRef object);
 CFTypeRef CFRetain(CFTypeRef object);
 void CFRelease(CFTypeRef object);
@@ -118,7 +115,6 @@ enum CFNumberType : CFIndex {
 };
 
 CFTypeID CFNumberGetTypeID(void);
-Boolean CFNumberIsFloatType(CFNumberRef number);
 /// False when the conversion lost something; the value is written all the same.
 Boolean CFNumberGetValue(CFNumberRef number, CFNumberType type, void* value);
 CFNumberRef _Nullable CFNumberCreate(CFAllocatorRef _Nullable allocator, CFNumberType type,
@@ -159,10 +155,9 @@ CFDataRef _Nullable CFDataCreate(CFAllocatorRef _Nullable allocator, const UInt8
 CFMutableDataRef _Nullable CFDataCreateMutable(CFAllocatorRef _Nullable allocator,
                                                CFIndex capacity);
 
-// Run loops. The common modes are for adding sources, not for running.
+// Run loops.
 typedef CFStringRef CFRunLoopMode;
 extern const CFRunLoopMode kCFRunLoopDefaultMode;
-extern const CFRunLoopMode kCFRunLoopCommonModes;
 
 enum CFRunLoopRunResult : SInt32 {
   kCFRunLoopRunFinished = 1,
@@ -172,11 +167,9 @@ enum CFRunLoopRunResult : SInt32 {
 };
 
 CFRunLoopRef CFRunLoopGetMain(void);
-CFRunLoopRef CFRunLoopGetCurrent(void);
 void CFRunLoopAddSource(CFRunLoopRef loop, CFRunLoopSourceRef source, CFRunLoopMode mode);
 void CFRunLoopRemoveSource(CFRunLoopRef loop, CFRunLoopSourceRef source, CFRunLoopMode mode);
 CFRunLoopRunResult CFRunLoopRunInMode(CFRunLoopMode mode, CFTimeInterval seconds,
                                       Boolean returnAfterSourceHandled);
-void CFRunLoopRun(void);
 
 }  // extern "C"

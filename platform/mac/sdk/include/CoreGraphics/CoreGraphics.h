@@ -94,11 +94,9 @@ CGDisplayModeRef _Nullable CGDisplayCopyDisplayMode(CGDirectDisplayID display);
 size_t CGDisplayModeGetWidth(CGDisplayModeRef _Nullable mode);
 size_t CGDisplayModeGetPixelWidth(CGDisplayModeRef _Nullable mode);
 
-// Images; sizes in pixels. Retain and release accept null.
+// Images; sizes in pixels.
 size_t CGImageGetWidth(CGImageRef _Nullable image);
 size_t CGImageGetHeight(CGImageRef _Nullable image);
-CGImageRef _Nullable CGImageRetain(CGImageRef _Nullable image);
-void CGImageRelease(CGImageRef _Nullable image);
 
 // Events. A null source is accepted everywhere.
 enum CGEventSourceStateID : int32_t {

@@ -1,0 +1,41 @@
+// Images and their files, and the grants of the user.
+#pragma once
+
+#include <CoreGraphics/CoreGraphics.h>
+
+#include <cstddef>
+#include <string>
+
+#include "tests/mac/standin/core_foundation.h"
+
+namespace standin {
+
+/// A file of this system is this mark with the image's width and height.
+inline constexpr std::string_view kFileMark = "picture ";
+
+class ImageFiles {
+ public:
+  static ImageFiles& instance();
+  void reset();
+
+  bool refusesData = false;
+  bool refusesDestinations = false;
+  bool refusesSources = false;
+  bool cannotFinish = false;
+  std::string type;  ///< Of the file that was asked for last.
+};
+
+[[nodiscard]] tarqo::mac::CfRef<CGImageRef> image(std::size_t width, std::size_t height);
+
+struct Grants {
+  static Grants& instance();
+  void reset();
+
+  bool trusted = false;
+  bool capture = false;
+  bool captureAfterRequest = false;
+  int prompts = 0;  ///< Of the accessibility grant.
+  int captureRequests = 0;
+};
+
+}  // namespace standin
