@@ -115,6 +115,7 @@ Json Session::typeInto(const Stored& stored, const Json& args) {
       (void)ax.set(stored.element, "AXFocused", Value{true});
     }
     platform_.clock.turn(kBeforeReturn);
+    requireStillFrontmost();
     postKey(kReturn, 0);
   }
   return {

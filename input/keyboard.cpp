@@ -46,6 +46,7 @@ void Session::postPair(EventSource* source, const InputEvent& down, const InputE
 void Session::typeUnicode(const std::string& typed) {
   const auto source = platform_.inputEvents.makeSource(typed);
   unicode::forEachCluster(typed, [&](std::string_view cluster) {
+    requireStillFrontmost();
     postPair(source.get(), TextEvent{std::string(cluster), true},
              TextEvent{std::string(cluster), false}, {kTextKeyHeld, kBetweenTextKeys});
   });

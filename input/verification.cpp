@@ -81,6 +81,12 @@ void Session::requireFrontmost() {
   }
 }
 
+void Session::requireStillFrontmost() {
+  if (!isFrontmost()) {
+    fail(failures::kNotFrontmost);
+  }
+}
+
 void Session::verifyInsideApp(Point point) {
   if (!running_) {
     fail(failures::kAppClosed);

@@ -147,6 +147,9 @@ class Session {
   void requireInputTarget(const Stored& stored);
   /// Waits up to 1.5 s for the target to be in front; never brings it there.
   void requireFrontmost();
+  /// Waits for nothing: for the keys of one text, between which the target may quit or lose its
+  /// place.
+  void requireStillFrontmost();
   std::string coveredMessage(Point point, const Element& hit, const Element& target);
   const std::optional<std::string>& ownApp();
   bool isOwnApp(Pid pid);

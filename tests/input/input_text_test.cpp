@@ -244,6 +244,24 @@ TEST_F(InputText, KeepsWhatWasTypedBeforeAFailure) {
   EXPECT_EQ(desktop.posted(), (Lines{"text x down", "text x up", "text y down", "text y up"}));
 }
 
+TEST_F(InputText, StopsWhenAnotherApplicationComesToTheFront) {
+  const Json request = typing("page", "xyz", {{"submit", true}});
+  desktop.after(120ms + 35ms, [&] { desktop.app("com.example.Other").bringToFront(); });
+  EXPECT_EQ(failure("input", request), kKeysGoElsewhere);
+  EXPECT_EQ(desktop.posted(), (Lines{"text x down", "text x up", "text y down", "text y up"}));
+}
+
+TEST_F(InputText, IsNotSubmittedToAnotherApplication) {
+  const auto postedFor = [&](const char* name) {
+    const Json request = typing(name, "x", {{"submit", true}});
+    desktop.after(120ms + 100ms, [&] { desktop.app("com.example.Other").bringToFront(); });
+    EXPECT_EQ(failure("input", request), kKeysGoElsewhere);
+    return desktop.posted();
+  };
+  EXPECT_EQ(postedFor("page"), (Lines{"text x down", "text x up"}));
+  EXPECT_EQ(postedFor("hello"), Lines{});
+}
+
 TEST_F(InputText, IsTypedWithoutASourceToo) {
   desktop.input().refusesSources = true;
   (void)type("page", "x");
