@@ -1,10 +1,9 @@
 // Text as people count it, by Core Foundation: what it calls a composed character is a grapheme
 // cluster, but for a carriage return with its line feed, which it counts as two.
 
-#import <CoreFoundation/CoreFoundation.h>
+#include <CoreFoundation/CoreFoundation.h>
 
 #include "platform/mac/mac_cf_text.h"
-#include "platform/mac/mac_objc.h"
 #include "platform/mac/mac_utf8.h"
 #include "platform/unicode.h"
 
@@ -130,26 +129,6 @@ std::size_t utf16Length(std::string_view text) {
     return true;
   });
   return units;
-}
-
-std::string lowered(std::string_view text) {
-  const std::string valid = repaired(text);
-  return mac::guarded([&] { return mac::textOf(mac::nsString(valid).lowercaseString); })
-      .value_or(valid);
-}
-
-int compareForDisplay(std::string_view a, std::string_view b) {
-  const std::string first = repaired(a);
-  const std::string second = repaired(b);
-  const auto order = mac::guarded([&]() -> std::optional<NSComparisonResult> {
-    NSString* left = mac::nsString(first);
-    NSString* right = mac::nsString(second);
-    if (left == nil || right == nil) {
-      return std::nullopt;
-    }
-    return [left localizedCaseInsensitiveCompare:right];
-  });
-  return order ? static_cast<int>(*order) : first.compare(second);
 }
 
 bool hasControlOrFormat(std::string_view text) {
