@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <semaphore>
 #include <stdexcept>
 #include <thread>
 
@@ -134,6 +135,30 @@ TEST_F(ObserversTest, ThrowNothingThroughTheRunLoop) {
       observers.observe(kPid, [](std::string_view) { throw std::runtime_error("full"); });
   EXPECT_TRUE(observer->add(element(kWindow), "AXCreated"));
   EXPECT_NO_THROW(applications.notify(kPid, kWindow, "AXCreated"));
+}
+
+TEST_F(ObserversTest, EndOnlyWhenTheirCallbackHas) {
+  std::binary_semaphore entered(0);
+  std::binary_semaphore mayReturn(0);
+  std::atomic<bool> returned = false;
+  auto observer = observers.observe(kPid, [&](std::string_view) {
+    entered.release();
+    mayReturn.acquire();
+    returned = true;
+  });
+  EXPECT_TRUE(observer->add(element(kWindow), "AXCreated"));
+  std::jthread mainThread([&] { applications.notify(kPid, kWindow, "AXCreated"); });
+  entered.acquire();
+  bool returnedFirst = false;
+  std::jthread worker([&] {
+    observer.reset();
+    returnedFirst = returned;
+  });
+  // Time enough to end too early.
+  std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  mayReturn.release();
+  worker.join();
+  EXPECT_TRUE(returnedFirst);
 }
 
 TEST_F(ObserversTest, MayEndWhileTheMainThreadCallsThem) {
