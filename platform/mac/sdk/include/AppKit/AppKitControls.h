@@ -1,5 +1,6 @@
 // The declarations of AppKit that the application for the contract tests uses: the backend shows no
-// window and needs none of them. AppKit.h includes this file.
+// window and needs none of them. AppKit.h includes this file. All of it goes by AppKit's documented
+// names and is to be seen on a Mac.
 #pragma once
 
 #include <CoreGraphics/CoreGraphics.h>

@@ -1,6 +1,9 @@
 // The declarations of Foundation that the macOS backend uses, for compiling it on other systems.
 //
 // As in CoreFoundation.h. Everything is there since macOS 10.12 or longer.
+//
+// "(bindings)" marks what was read in published bindings of the same framework for iOS instead, and
+// is to be seen on a Mac.
 #pragma once
 
 #include <CoreFoundation/CoreFoundation.h>
@@ -39,29 +42,25 @@ typedef enum NSComparisonResult : NSInteger {
 
 @interface NSString : NSObject <NSCopying>
 - (NSComparisonResult)localizedCaseInsensitiveCompare:(NSString*)string;
-@property(readonly, copy) NSString* lowercaseString;
-- (BOOL)hasSuffix:(NSString*)suffix;
+@property(readonly, copy) NSString* lowercaseString;  ///< (bindings)
 @end
 
 @interface NSArray<__covariant ObjectType> : NSObject <NSFastEnumeration>
-@property(readonly) NSUInteger count;
-@property(nullable, nonatomic, readonly) ObjectType firstObject;
+@property(nullable, nonatomic, readonly) ObjectType firstObject;  ///< (bindings)
+/// What "@[...]" calls (bindings).
 + (instancetype)arrayWithObjects:(const ObjectType _Nonnull[_Nullable])objects
                            count:(NSUInteger)count;
 @end
 
 @interface NSDictionary<__covariant KeyType, __covariant ObjectType> : NSObject
+/// What "@{...}" calls (bindings).
 + (instancetype)dictionaryWithObjects:(const ObjectType _Nonnull[_Nullable])objects
                               forKeys:(const KeyType<NSCopying> _Nonnull[_Nullable])keys
                                 count:(NSUInteger)count;
 @end
 
-@interface NSNumber : NSObject
-+ (NSNumber*)numberWithBool:(BOOL)value;
-@end
-
 @interface NSError : NSObject
-@property(readonly, copy) NSString* localizedDescription;
+@property(readonly, copy) NSString* localizedDescription;  ///< (bindings)
 @end
 
 @interface NSURL : NSObject
@@ -70,7 +69,6 @@ typedef enum NSComparisonResult : NSInteger {
 @end
 
 @interface NSThread : NSObject
-@property(class, readonly) BOOL isMainThread;
 /// Bytes, a multiple of 16 KB; before `start` only. 512 KB otherwise.
 @property NSUInteger stackSize;
 - (instancetype)initWithBlock:(void (^)(void))block API_AVAILABLE(macos(10.12));
@@ -78,8 +76,10 @@ typedef enum NSComparisonResult : NSInteger {
 @end
 
 @interface NSFileManager : NSObject
-@property(class, readonly, strong) NSFileManager* defaultManager;
+@property(class, readonly, strong) NSFileManager* defaultManager;  ///< (bindings)
+/// By its documented name alone: macOS only. To be seen on a Mac.
 @property(readonly, copy) NSURL* homeDirectoryForCurrentUser API_AVAILABLE(macos(10.12));
+/// (bindings)
 - (nullable NSArray<NSString*>*)contentsOfDirectoryAtPath:(NSString*)path
                                                     error:(NSError* _Nullable* _Nullable)error;
 - (NSString*)displayNameAtPath:(NSString*)path;
