@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cstdlib>
 #include <set>
 #include <utility>
 
@@ -38,6 +39,19 @@ ProcessEvidence launchEvidence(Pid pid, Pid parent) {
     evidence.launchedEntry = environmentOf(pid, "GIO_LAUNCHED_DESKTOP_FILE").value_or("");
   }
   return evidence;
+}
+
+/// Whether a process without windows was started for the display of this one, as far as its
+/// environment tells: a user may be logged in to several desktops, which all stand in one /proc.
+bool isOfThisDisplay(Pid pid) {
+  const auto theirs = environmentOf(pid, "DISPLAY");
+  const char* ours = std::getenv("DISPLAY");
+  return !theirs || ours == nullptr || isSameDisplay(*theirs, ours);
+}
+
+/// Whether a desktop entry has started a process for this display.
+bool wasLaunchedHere(const std::vector<DesktopEntry>& entries, Pid pid, Pid parent) {
+  return recordedEntry(entries, launchEvidence(pid, parent)) != nullptr && isOfThisDisplay(pid);
 }
 
 ProcessEvidence evidenceOf(Pid pid, Pid parent, const XWindows& windows) {
@@ -127,7 +141,7 @@ std::vector<RunningApplication> Applications::running() {
   for (const Pid pid : ownProcesses()) {
     const auto status = processStatus(pid);
     if (status && !status->zombie && !withWindows.contains({status->startTicks, pid}) &&
-        recordedEntry(entries_.entries(), launchEvidence(pid, status->parent)) != nullptr) {
+        wasLaunchedHere(entries_.entries(), pid, status->parent)) {
       withoutWindows.emplace(status->startTicks, pid);
     }
   }
@@ -146,8 +160,7 @@ std::optional<RunningApplication> Applications::running(Pid pid) {
     return std::nullopt;
   }
   const XWindows now = windows();
-  if (!ownsManagedWindow(pid, now) &&
-      recordedEntry(entries_.entries(), launchEvidence(pid, status->parent)) == nullptr) {
+  if (!ownsManagedWindow(pid, now) && !wasLaunchedHere(entries_.entries(), pid, status->parent)) {
     return std::nullopt;
   }
   return describe(pid, status->startTicks, now);

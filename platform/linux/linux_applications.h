@@ -27,7 +27,7 @@ class Applications {
   [[nodiscard]] XWindows windows();
 
   /// Every process that owns a window a window manager knows, in the order in which they were
-  /// started, and after them those without one that a desktop entry has started.
+  /// started, and after them those without one that a desktop entry has started on this display.
   [[nodiscard]] std::vector<RunningApplication> running();
 
   /// One of those; none when the process is no application.

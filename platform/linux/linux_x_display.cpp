@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <optional>
 #include <thread>
 #include <utility>
 
@@ -74,7 +75,25 @@ const xcb_screen_t* preferredScreen(xcb_connection_t* connection, int number) {
   return screens.rem > 0 ? screens.data : nullptr;
 }
 
+/// Host and number of a display; none when it is no display's name.
+std::optional<std::pair<std::string, int>> serverOf(const std::string& name) {
+  char* host = nullptr;
+  int number = 0;
+  // Without a name it would read DISPLAY.
+  if (name.empty() || xcb_parse_display(name.c_str(), &host, &number, nullptr) == 0) {
+    return std::nullopt;
+  }
+  const std::unique_ptr<char, FreeMemory> owned(host);
+  // Both mean the local server.
+  return std::pair(std::string(host) == "unix" ? "" : std::string(host), number);
+}
+
 }  // namespace
+
+bool isSameDisplay(const std::string& one, const std::string& other) {
+  const auto server = serverOf(one);
+  return one == other || (server && server == serverOf(other));
+}
 
 std::unique_ptr<XServer> XServer::connect() {
   std::unique_ptr<XServer> server(new XServer());

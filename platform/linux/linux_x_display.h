@@ -13,6 +13,7 @@
 #include <cstdlib>
 #include <future>
 #include <memory>
+#include <string>
 #include <string_view>
 
 namespace tarqo::lnx {
@@ -134,6 +135,10 @@ class XServer {
   std::uint64_t serial_ = 0;
   bool stuck_ = false;
 };
+
+/// Whether two values of DISPLAY name the same server, by host and number; its screens do not
+/// count. What is no display's name is the same only as itself.
+[[nodiscard]] bool isSameDisplay(const std::string& one, const std::string& other);
 
 class XDisplay {
  public:

@@ -13,6 +13,7 @@ import tempfile
 import time
 import unittest
 
+import x_windows
 from tarqo_client import Helper, HelperError, find_node, nodes_of
 
 HELPER = os.environ["TARQO_HELPER"]
@@ -106,6 +107,11 @@ class App(AppLog):
     @property
     def pid(self):
         return self._process.pid
+
+    def window(self):
+        """Its first X window. The window manager may list it a moment after it was drawn."""
+        return wait_until(lambda: x_windows.windows_of(self.pid), 5,
+                          "the window manager lists a window")[0]
 
     @property
     def has_ended(self):

@@ -27,7 +27,7 @@ class TextTest(HelperTest):
         super().setUp()
         self.app = self.start_app(TEXT_APP)
         self.assertEqual(self.call("connect", bundleId=BUNDLE)["pid"], self.app.pid)
-        self.window = x_windows.windows_of(self.app.pid)[0]
+        self.window = self.app.window()
 
     def drawn(self):
         """The lines as the application drew them: text and rectangle on the screen."""

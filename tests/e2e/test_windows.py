@@ -6,8 +6,10 @@ import time
 import unittest
 
 import x_windows
-from e2e import GTK3, QT, HelperTest, nodes_of, wait_until
+from e2e import (
+    GTK3, HELPER, QT, READY_SECONDS, AppLog, Helper, HelperTest, end_process, nodes_of, wait_until)
 from pixels import Picture
+from private_desktop import PrivateDesktop
 
 BUNDLE = "com.tarqo.test.gtk3"
 QT_BUNDLE = "com.tarqo.test.qt"
@@ -20,12 +22,12 @@ class WindowTest(HelperTest):
         super().setUp()
         self.app = self.start_app(GTK3, "--geometry", "600x440+100+100", *self.OPTIONS)
         self.call("connect", bundleId=BUNDLE)
-        self.window = x_windows.windows_of(self.app.pid)[0]
+        self.window = self.app.window()
 
     def start_cover(self, geometry="560x480+150+120"):
         """Another application, whose window comes up over the target's."""
         cover = self.start_app(QT, "--geometry", geometry)
-        window = x_windows.windows_of(cover.pid)[0]
+        window = cover.window()
         wait_until(lambda: x_windows.active_window() == window, 5, "the cover has the focus")
         return window
 
@@ -201,6 +203,31 @@ class Several(WindowTest):
         self.click("Open dialog", "button")
         self.app.wait_for("dialog opened")
         self.assertEqual(self.app.count("clicked Open dialog"), 1)
+
+
+class OtherDesktop(HelperTest):
+    """Two desktops of one user: what runs on one is no application of the other."""
+
+    def setUp(self):
+        other = PrivateDesktop()
+        self.addCleanup(other.close)
+        log = AppLog()
+        with Helper(HELPER, env=log.environment(other.environment)) as helper:
+            # Started by its desktop entry, which stands in its environment for all to see.
+            self.there = helper.call("connect", {"bundleId": BUNDLE})["pid"]
+        self.addCleanup(end_process, self.there)
+        log.wait_for("ready", READY_SECONDS)
+        self.start_helper()
+
+    def test_an_application_of_the_other_one_is_not_found(self):
+        self.assertEqual(self.fails("connect", bundleId=BUNDLE, launch=False).code,
+                         "app_not_running")
+        target = [t for t in self.call("listTargets")["targets"] if t["bundleId"] == BUNDLE]
+        self.assertEqual([t["running"] for t in target], [False])
+
+    def test_an_application_of_this_one_is_found_beside_it(self):
+        app = self.start_app(GTK3)
+        self.assertEqual(self.call("connect", bundleId=BUNDLE)["pid"], app.pid)
 
 
 if __name__ == "__main__":

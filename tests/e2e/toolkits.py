@@ -54,9 +54,9 @@ class ToolkitTest(HelperTest):
 
     def window(self):
         """The X window of the application."""
-        windows = x_windows.windows_of(self.app.pid)
-        self.assertEqual(len(windows), 1)
-        return windows[0]
+        window = self.app.window()
+        self.assertEqual(x_windows.windows_of(self.app.pid), [window])
+        return window
 
 
 class LaunchTests:
