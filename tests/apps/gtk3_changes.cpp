@@ -78,24 +78,37 @@ bool isInState(GtkWindow* window, GdkWindowState state) {
   return (gdk_window_get_state(gtk_widget_get_window(GTK_WIDGET(window))) & state) != 0;
 }
 
-/// What the window manager says; GDK does not follow it.
-bool isKeptAbove(GtkWindow* window) {
+/// The values of a property that the window manager sets, as GDK gives them: atoms as `GdkAtom`,
+/// windows as `unsigned long`. Empty when it is not there.
+template <typename T>
+std::vector<T> propertyOf(GdkWindow* window, const char* name, const char* typeName) {
   GdkAtom type = GDK_NONE;
   gint bytes = 0;
   guchar* data = nullptr;
-  if (gdk_property_get(gtk_widget_get_window(GTK_WIDGET(window)),
-                       gdk_atom_intern_static_string("_NET_WM_STATE"),
-                       gdk_atom_intern_static_string("ATOM"), 0, G_MAXINT, FALSE, &type, nullptr,
-                       &bytes, &data) == FALSE) {
-    return false;
+  if (gdk_property_get(window, gdk_atom_intern(name, FALSE), gdk_atom_intern(typeName, FALSE), 0,
+                       G_MAXINT, FALSE, &type, nullptr, &bytes, &data) == FALSE) {
+    return {};
   }
-  const std::span states(reinterpret_cast<GdkAtom*>(data),
-                         static_cast<std::size_t>(bytes) / sizeof(GdkAtom));
-  const bool isAbove =
-      std::ranges::find(states, gdk_atom_intern_static_string("_NET_WM_STATE_ABOVE")) !=
-      states.end();
+  const std::span values(reinterpret_cast<T*>(data), static_cast<std::size_t>(bytes) / sizeof(T));
+  std::vector<T> copy(values.begin(), values.end());
   g_free(data);
-  return isAbove;
+  return copy;
+}
+
+/// What the window manager says; GDK does not follow it.
+bool isKeptAbove(GtkWindow* window) {
+  const auto states =
+      propertyOf<GdkAtom>(gtk_widget_get_window(GTK_WIDGET(window)), "_NET_WM_STATE", "ATOM");
+  return std::ranges::find(states, gdk_atom_intern_static_string("_NET_WM_STATE_ABOVE")) !=
+         states.end();
+}
+
+/// It has the focus, and the window manager says so: it does only when it has heard of the focus.
+bool isActive(GtkWindow* window) {
+  const auto active =
+      propertyOf<unsigned long>(gdk_get_default_root_window(), "_NET_ACTIVE_WINDOW", "WINDOW");
+  return gtk_window_is_active(window) != FALSE && active.size() == 1 &&
+         active[0] == gdk_x11_window_get_xid(gtk_widget_get_window(GTK_WIDGET(window)));
 }
 
 int placeInRow(GtkWidget* widget) {
@@ -143,7 +156,7 @@ Condition raise(Stage& stage, const Words& /*words*/) {
   // The server's time, since window managers do not let go of the focus for an older one.
   gtk_window_present_with_time(
       stage.window, gdk_x11_get_server_time(gtk_widget_get_window(GTK_WIDGET(stage.window))));
-  return [window = stage.window] { return gtk_window_is_active(window) != FALSE; };
+  return [window = stage.window] { return isActive(window); };
 }
 
 Condition minimise(Stage& stage, const Words& /*words*/) {
@@ -168,7 +181,7 @@ Condition open(Stage& /*stage*/, const Words& words) {
     gint nowX = 0;
     gint nowY = 0;
     gtk_window_get_position(GTK_WINDOW(window), &nowX, &nowY);
-    return nowX == x && nowY == y && gtk_window_is_active(GTK_WINDOW(window)) != FALSE;
+    return nowX == x && nowY == y && isActive(GTK_WINDOW(window));
   };
 }
 

@@ -11,6 +11,9 @@ namespace tarqo::gtk3app {
 
 using Words = std::vector<std::string>;
 using Condition = std::function<bool()>;
+/// Starts the change that the words name. Gives what tells that it has come about; none when the
+/// words are wrong, or the change cannot be made now.
+using StartChange = std::function<Condition(const Words&)>;
 
 /// What changes work on, and what undoes them.
 struct Stage {
@@ -21,8 +24,7 @@ struct Stage {
   int place = 0;
 };
 
-/// Starts the change that the words name. Gives what tells that it has come about; none when the
-/// words are wrong, or the change cannot be made now.
+/// Starts a change of gtk3_commands.h, as a StartChange does.
 Condition startChange(Stage& stage, const Words& words);
 
 }  // namespace tarqo::gtk3app

@@ -22,6 +22,7 @@ constexpr int kPatienceMs = 3000;
 
 struct Commands {
   Stage stage;
+  StartChange own;
   std::string unread;
   std::deque<std::string> waiting;  ///< Lines that came while one was under way.
   bool busy = false;
@@ -81,8 +82,11 @@ void runNext(Commands& commands) {
   commands.waiting.pop_front();
   const Words words{std::istream_iterator<std::string>(line), {}};
   commands.busy = true;
-  UnderWay command{&commands, words.empty() ? "" : words[0], startChange(commands.stage, words),
-                   kPatienceMs};
+  Condition isDone = commands.own ? commands.own(words) : nullptr;
+  if (!isDone) {
+    isDone = startChange(commands.stage, words);
+  }
+  UnderWay command{&commands, words.empty() ? "" : words[0], std::move(isDone), kPatienceMs};
   if (!command.isDone) {
     finish(command, "failed");
     return;
@@ -110,9 +114,10 @@ gboolean readLines(gint descriptor, GIOCondition /*condition*/, gpointer data) {
 
 }  // namespace
 
-void readCommands(GtkWindow* window) {
+void readCommands(GtkWindow* window, StartChange own) {
   const auto commands = std::make_shared<Commands>();
   commands->stage.window = window;
+  commands->own = std::move(own);
   onSignal(window, "destroy", [commands] { commands->waiting.clear(); });  // Owns them.
   g_unix_fd_add(STDIN_FILENO, G_IO_IN, readLines, commands.get());
 }

@@ -3,6 +3,8 @@
 
 #include <gtk/gtk.h>
 
+#include "tests/apps/gtk3_changes.h"
+
 namespace tarqo::gtk3app {
 
 /// Carries out the lines of standard input, one after another, until its end. Each is answered by
@@ -21,6 +23,8 @@ namespace tarqo::gtk3app {
 ///   replace NAME                             by a new button at the same place
 ///   watch                                    as in gtk3_watch.h
 ///   sync                                     nothing; what arrived before has been handled
-void readCommands(GtkWindow* window);
+///
+/// `own` starts the changes that only this application knows, and is asked first.
+void readCommands(GtkWindow* window, StartChange own = nullptr);
 
 }  // namespace tarqo::gtk3app

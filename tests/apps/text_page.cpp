@@ -8,12 +8,6 @@
 namespace tarqo::textpage {
 namespace {
 
-struct Line {
-  const char* font;
-  int sizePx;
-  const char* text;
-};
-
 constexpr const char* kSans = "DejaVu Sans";
 constexpr const char* kBold = "DejaVu Sans Bold";
 constexpr const char* kMono = "DejaVu Sans Mono";
@@ -21,7 +15,13 @@ constexpr const char* kKorean = "NanumGothic";
 constexpr const char* kKoreanBold = "NanumGothic Bold";
 constexpr int kLinesInAColumn = 20;
 
-constexpr std::array<Line, 40> kLines = {{
+struct PageLine {
+  const char* font;
+  int sizePx;
+  const char* text;
+};
+
+constexpr std::array<PageLine, 40> kLines = {{
     {kBold, 28, "Network settings"},
     {kSans, 16, "Choose how this computer connects to the internet."},
     {kSans, 14, "Wired connection is active and uses automatic addresses."},
@@ -80,17 +80,20 @@ LayoutPtr layoutOf(cairo_t* cairo, const Line& line) {
   pango_font_description_set_absolute_size(font, line.sizePx * PANGO_SCALE);
   pango_layout_set_font_description(layout.get(), font);
   pango_font_description_free(font);
-  pango_layout_set_text(layout.get(), line.text, -1);
+  pango_layout_set_text(layout.get(), line.text.c_str(), -1);
   return layout;
 }
 
 int stepPx(const Line& line) { return line.sizePx * 8 / 5 + 4; }
 
 /// From the top of the first light line to the end of its column.
-void drawPanel(cairo_t* cairo) {
+void drawPanel(cairo_t* cairo, std::span<const Line> lines) {
+  if (lines.size() <= kFirstLightLine) {
+    return;
+  }
   int y = kMarginPx;
   for (std::size_t i = kLinesInAColumn; i < kFirstLightLine; ++i) {
-    y += stepPx(kLines[i]);
+    y += stepPx(lines[i]);
   }
   cairo_set_source_rgb(cairo, 0.14, 0.16, 0.20);
   cairo_rectangle(cairo, kColumnPx, y - 6, kColumnPx, kHeightPx - y + 6);
@@ -99,15 +102,23 @@ void drawPanel(cairo_t* cairo) {
 
 }  // namespace
 
-std::vector<DrawnLine> draw(cairo_t* cairo, double scale) {
+std::vector<Line> pageLines() {
+  std::vector<Line> lines;
+  for (const PageLine& line : kLines) {
+    lines.push_back({line.font, line.sizePx, line.text});
+  }
+  return lines;
+}
+
+std::vector<DrawnLine> draw(cairo_t* cairo, std::span<const Line> lines, double scale) {
   std::vector<DrawnLine> drawn;
   cairo_save(cairo);
   cairo_scale(cairo, scale, scale);
   cairo_set_source_rgb(cairo, 1, 1, 1);
   cairo_paint(cairo);
-  drawPanel(cairo);
+  drawPanel(cairo, lines);
   int y = kMarginPx;
-  for (std::size_t i = 0; i < kLines.size(); ++i) {
+  for (std::size_t i = 0; i < lines.size(); ++i) {
     if (i == kLinesInAColumn) {
       y = kMarginPx;
     }
@@ -115,12 +126,12 @@ std::vector<DrawnLine> draw(cairo_t* cairo, double scale) {
     const double grey = i < kFirstLightLine ? 0.12 : 0.92;
     cairo_set_source_rgb(cairo, grey, grey, grey);
     cairo_move_to(cairo, x, y);
-    const LayoutPtr layout = layoutOf(cairo, kLines[i]);
+    const LayoutPtr layout = layoutOf(cairo, lines[i]);
     pango_cairo_show_layout(cairo, layout.get());
     PangoRectangle ink;
     pango_layout_get_pixel_extents(layout.get(), &ink, nullptr);
-    drawn.push_back({kLines[i].text, x + ink.x, y + ink.y, ink.width, ink.height});
-    y += stepPx(kLines[i]);
+    drawn.push_back({lines[i].text, x + ink.x, y + ink.y, ink.width, ink.height});
+    y += stepPx(lines[i]);
   }
   cairo_restore(cairo);
   return drawn;

@@ -3,6 +3,7 @@
 
 #include <cairo.h>
 
+#include <span>
 #include <string>
 #include <vector>
 
@@ -11,6 +12,16 @@ namespace tarqo::textpage {
 /// The size the page is made for, in pixels; a larger surface stays white outside.
 inline constexpr int kWidthPx = 1240;
 inline constexpr int kHeightPx = 740;
+
+/// A line to be drawn. An empty text leaves its place empty.
+struct Line {
+  const char* font;
+  int sizePx;
+  std::string text;
+};
+
+/// The page: 40 lines of Korean and English, 14 to 28 pixels high.
+std::vector<Line> pageLines();
 
 /// A line of the page and the rectangle of its ink, in pixels from the top left of the page.
 struct DrawnLine {
@@ -21,9 +32,9 @@ struct DrawnLine {
   int height = 0;
 };
 
-/// Draws 40 lines of Korean and English, 14 to 28 pixels high, in two columns: dark on white, and
-/// the last of them light on a dark panel. `scale` draws the page as a display of so many pixels a
-/// point shows it; the rectangles stay in points.
-std::vector<DrawnLine> draw(cairo_t* cairo, double scale = 1);
+/// Draws lines of the page, from its first one, in two columns: dark on white, and the last 8 of
+/// all 40 light on a dark panel. `scale` draws them as a display of so many pixels a point shows
+/// them; the rectangles stay in points.
+std::vector<DrawnLine> draw(cairo_t* cairo, std::span<const Line> lines, double scale = 1);
 
 }  // namespace tarqo::textpage

@@ -197,6 +197,7 @@ class Row:
 
     trials: int = 0
     right: int = 0
+    place: int = 0  # At the place that was proved, though its text is another: see safety_text.py.
     wrong: int = 0
     refused: collections.Counter = dataclasses.field(default_factory=collections.Counter)
 
@@ -210,17 +211,31 @@ class Tally:
     def row(self, kind):
         return self.rows.setdefault(kind, Row())
 
+    def count(self, kind, verdict, by_place=False):
+        row = self.row(kind)
+        row.trials += 1
+        if verdict.problem:
+            row.wrong += 1
+        elif verdict.refusal:
+            row.refused[verdict.refusal.code] += 1
+        elif by_place:
+            row.place += 1
+        else:
+            row.right += 1
+
     def trials(self):
         return sum(row.trials for row in self.rows.values())
 
     def table(self):
-        lines = ["%-34s %6s %7s %6s %6s  %s" % (
-            "changed between look and act", "trials", "refused", "right", "wrong", "refusals")]
+        lines = ["%-34s %6s %7s %6s %6s %6s  %s" % (
+            "changed between look and act", "trials", "refused", "right", "place", "wrong",
+            "refusals")]
         total = Row()
         for kind, row in self.rows.items():
             lines.append(self._line(kind, row))
             total.trials += row.trials
             total.right += row.right
+            total.place += row.place
             total.wrong += row.wrong
             total.refused += row.refused
         return "\n".join([*lines, self._line("all", total)])
@@ -228,8 +243,11 @@ class Tally:
     @staticmethod
     def _line(kind, row):
         codes = ", ".join("%s %d" % pair for pair in sorted(row.refused.items()))
-        return "%-34s %6d %7d %6d %6d  %s" % (
-            kind, row.trials, sum(row.refused.values()), row.right, row.wrong, codes)
+        return "%-34s %6d %7d %6d %6d %6d  %s" % (
+            kind, row.trials, sum(row.refused.values()), row.right, row.place, row.wrong, codes)
+
+
+TALLY = Tally()  # Of the whole suite.
 
 
 @dataclasses.dataclass

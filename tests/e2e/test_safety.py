@@ -15,9 +15,9 @@ import unittest
 
 import safety
 from e2e import APPS, HELPER, Helper, HelperError, wait_until
-from safety import button, check, double_button, double_check, menu_item, typing
+from safety import TALLY, button, check, double_button, double_check, menu_item, typing
+from safety_text import RecognisedText  # pylint: disable=unused-import
 
-TALLY = safety.Tally()
 UNCHANGED = "nothing"
 HOME = (60, 40)
 AWAY = (760, 300)
@@ -122,15 +122,10 @@ class Safety(unittest.TestCase):
         self.count(kind, act, verdict)
 
     def count(self, kind, act, verdict):
-        row = TALLY.row(kind)
-        row.trials += 1
+        TALLY.count(kind, verdict)
         if verdict.problem:
-            row.wrong += 1
             self.problems.append(verdict.problem)
-        elif verdict.refusal:
-            row.refused[verdict.refusal.code] += 1
-        else:
-            row.right += 1
+        elif not verdict.refusal:
             for command in act.after:
                 self.target.tell(*command.split())
 

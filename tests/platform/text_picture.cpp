@@ -68,7 +68,7 @@ PixelBox TextPicture::write(int x, int y, const std::string& text, std::uint32_t
 }
 
 std::vector<textpage::DrawnLine> TextPicture::drawPage(double scale) {
-  return textpage::draw(cairo_.get(), scale);
+  return textpage::draw(cairo_.get(), textpage::pageLines(), scale);
 }
 
 png::BgrxView TextPicture::view() const {
