@@ -13,7 +13,7 @@ namespace {
 using mac::CfRef;
 using mac::CodePoint;
 
-constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
+constexpr std::string_view kReplacementBytes = "\xEF\xBF\xBD";
 constexpr char32_t kReplacementCodePoint = 0xFFFD;
 constexpr std::string_view kLineEnd = "\r\n";
 
@@ -75,7 +75,7 @@ std::string repaired(std::string_view text) {
   std::string result;
   result.reserve(text.size());
   forEachCodePoint(text, [&](char32_t codePoint, std::string_view bytes) {
-    result += codePoint == kReplacementCodePoint ? kReplacement : bytes;
+    result += codePoint == kReplacementCodePoint ? kReplacementBytes : bytes;
     return true;
   });
   return result;

@@ -11,8 +11,6 @@ namespace {
 using standin::Node;
 using namespace std::chrono_literals;
 
-constexpr Pid kPid = 7;
-
 class Clockless final : public Clock {
  public:
   Instant now() override { return Instant{}; }

@@ -13,7 +13,6 @@ using standin::Node;
 using standin::Owned;
 using namespace std::chrono_literals;
 
-constexpr Pid kPid = 7;
 constexpr int kButton = 3;
 using Names = std::vector<std::string>;
 

@@ -12,7 +12,6 @@
 namespace tarqo::mac {
 namespace {
 
-constexpr Pid kPid = 7;
 constexpr int kApplication = 1;
 constexpr int kWindow = 2;
 using Heard = std::vector<std::string>;

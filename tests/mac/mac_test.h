@@ -7,12 +7,16 @@
 #include <string>
 #include <vector>
 
+#include "platform/accessibility.h"
 #include "tests/mac/standin/accessibility.h"
 #include "tests/mac/standin/core_foundation.h"
 #include "tests/mac/standin/heap.h"
 #include "tests/mac/standin/quartz.h"
 
 namespace tarqo::mac {
+
+/// The application that the tests ask of.
+inline constexpr Pid kPid = 7;
 
 class MacTest : public testing::Test {
  protected:

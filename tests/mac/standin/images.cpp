@@ -44,9 +44,9 @@ class Destination final : public Object {
   CFTypeRef data_;
 };
 
-class Source final : public Object {
+class PictureSource final : public Object {
  public:
-  explicit Source(std::string its) : bytes(std::move(its)) {}
+  explicit PictureSource(std::string its) : bytes(std::move(its)) {}
   [[nodiscard]] CFTypeID type() const override { return typeNamed("CGImageSource"); }
   [[nodiscard]] std::string description() const override { return "a source of images"; }
   std::string bytes;
@@ -125,12 +125,13 @@ bool CGImageDestinationFinalize(CGImageDestinationRef destination) {
 CGImageSourceRef CGImageSourceCreateWithData(CFDataRef data, CFDictionaryRef /*options*/) {
   return ImageFiles::instance().refusesSources
              ? nullptr
-             : toRef<CGImageSourceRef>(Heap::instance().make<standin::Source>(
+             : toRef<CGImageSourceRef>(Heap::instance().make<standin::PictureSource>(
                    as<Data>(data, "CGImageSourceCreateWithData").bytes));
 }
 CGImageRef CGImageSourceCreateImageAtIndex(CGImageSourceRef source, size_t index,
                                            CFDictionaryRef /*options*/) {
-  const std::string& bytes = as<standin::Source>(source, "CGImageSourceCreateImageAtIndex").bytes;
+  const std::string& bytes =
+      as<standin::PictureSource>(source, "CGImageSourceCreateImageAtIndex").bytes;
   if (index != 0 || !bytes.starts_with(kFileMark)) {
     return nullptr;
   }
