@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <cstdlib>
 #include <span>
 #include <string>
@@ -78,10 +79,9 @@ bool isInState(GtkWindow* window, GdkWindowState state) {
   return (gdk_window_get_state(gtk_widget_get_window(GTK_WIDGET(window))) & state) != 0;
 }
 
-/// The values of a property that the window manager sets, as GDK gives them: atoms as `GdkAtom`,
-/// windows as `unsigned long`. Empty when it is not there.
-template <typename T>
-std::vector<T> propertyOf(GdkWindow* window, const char* name, const char* typeName) {
+/// The values of a property that the window manager sets, which GDK gives as wide as a pointer.
+/// Empty when it is not there.
+std::vector<std::uintptr_t> propertyOf(GdkWindow* window, const char* name, const char* typeName) {
   GdkAtom type = GDK_NONE;
   gint bytes = 0;
   guchar* data = nullptr;
@@ -89,8 +89,9 @@ std::vector<T> propertyOf(GdkWindow* window, const char* name, const char* typeN
                        G_MAXINT, FALSE, &type, nullptr, &bytes, &data) == FALSE) {
     return {};
   }
-  const std::span values(reinterpret_cast<T*>(data), static_cast<std::size_t>(bytes) / sizeof(T));
-  std::vector<T> copy(values.begin(), values.end());
+  const std::span values(reinterpret_cast<std::uintptr_t*>(data),
+                         static_cast<std::size_t>(bytes) / sizeof(std::uintptr_t));
+  std::vector<std::uintptr_t> copy(values.begin(), values.end());
   g_free(data);
   return copy;
 }
@@ -98,15 +99,15 @@ std::vector<T> propertyOf(GdkWindow* window, const char* name, const char* typeN
 /// What the window manager says; GDK does not follow it.
 bool isKeptAbove(GtkWindow* window) {
   const auto states =
-      propertyOf<GdkAtom>(gtk_widget_get_window(GTK_WIDGET(window)), "_NET_WM_STATE", "ATOM");
-  return std::ranges::find(states, gdk_atom_intern_static_string("_NET_WM_STATE_ABOVE")) !=
+      propertyOf(gtk_widget_get_window(GTK_WIDGET(window)), "_NET_WM_STATE", "ATOM");
+  return std::ranges::find(
+             states, GPOINTER_TO_SIZE(gdk_atom_intern_static_string("_NET_WM_STATE_ABOVE"))) !=
          states.end();
 }
 
 /// It has the focus, and the window manager says so: it does only when it has heard of the focus.
 bool isActive(GtkWindow* window) {
-  const auto active =
-      propertyOf<unsigned long>(gdk_get_default_root_window(), "_NET_ACTIVE_WINDOW", "WINDOW");
+  const auto active = propertyOf(gdk_get_default_root_window(), "_NET_ACTIVE_WINDOW", "WINDOW");
   return gtk_window_is_active(window) != FALSE && active.size() == 1 &&
          active[0] == gdk_x11_window_get_xid(gtk_widget_get_window(GTK_WIDGET(window)));
 }

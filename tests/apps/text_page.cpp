@@ -104,6 +104,7 @@ void drawPanel(cairo_t* cairo, std::span<const Line> lines) {
 
 std::vector<Line> pageLines() {
   std::vector<Line> lines;
+  lines.reserve(kLines.size());
   for (const PageLine& line : kLines) {
     lines.push_back({line.font, line.sizePx, line.text});
   }

@@ -13,6 +13,11 @@ class ChromiumTest(ToolkitTest):
     COMMAND = CHROMIUM
     NODES = frozenset({("link", "Below"), ("searchbox", "Search"), ("webarea", "Tarqo page")})
 
+    def setUp(self):
+        super().setUp()
+        # On a busy machine the page's tree can be away for a moment, the window's alone there.
+        self.wait_for_node(self.AWAITED)
+
 
 class Launch(LaunchTests, HelperTest):
     BUNDLE = ChromiumTest.BUNDLE
