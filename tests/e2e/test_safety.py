@@ -138,7 +138,7 @@ class Safety(unittest.TestCase):
     # Nothing is changed.
 
     def test_nothing_changes(self):
-        acts = (BUTTONS[:3] * 9 + CHECKS[:3] * 9 + MENU_ITEMS * 8 + TYPED * 4 + safety.RADIOS * 4
+        acts = (BUTTONS[:3] * 9 + CHECKS[:3] * 9 + MENU_ITEMS * 8 + TYPED + safety.RADIOS * 4
                 + BUTTONS[3:] + CHECKS[3:] + POINTED
                 + [safety.CHOICE, safety.DOUBLE_ENTRY, safety.HOVER_CANVAS, safety.ROW, safety.LINE]
                 + safety.CELLS)
@@ -152,7 +152,7 @@ class Safety(unittest.TestCase):
             self.other.tell("move", int(bounds["x"]) - 100, max(0, int(bounds["y"]) - 90))
             self.other.tell("raise")
 
-        self.trials("covered by a window", PLACED, change, self.put_back)
+        self.trials("covered by a window", ODD, change, self.put_back)
 
     def test_a_window_that_stays_on_top_comes_over_it(self):
         def change(act, bounds):
@@ -194,7 +194,7 @@ class Safety(unittest.TestCase):
             places.append(places.pop(0))
             self.target.tell("move", *places[-1])
 
-        self.trials("window moved", PLACED + MENU_ITEMS, change)
+        self.trials("window moved", EVEN + MENU_ITEMS, change)
         self.target.tell("move", *HOME)
 
     def test_the_window_changes_its_size(self):
@@ -208,7 +208,7 @@ class Safety(unittest.TestCase):
         self.target.tell("resize", 640, 480)
 
     def test_the_window_is_minimised(self):
-        self.trials("window minimised", EVEN,
+        self.trials("window minimised", EVEN[::2],
                     lambda act, bounds: self.target.tell("minimise"),
                     lambda: self.target.tell("raise"))
 
@@ -272,7 +272,7 @@ class Safety(unittest.TestCase):
 
     def test_the_element_is_scrolled_away(self):
         for act, area in ((safety.LINE, "Line_12"), (safety.CELLS[0], "Files")):
-            for y in (120, 260, 350, 420, 600):
+            for y in (120, 350, 600):
                 self.trial("scrolled out of sight", act,
                            lambda bounds, y=y, area=area: self.target.tell("scroll", area, y))
                 self.target.tell("scroll", area, 0)
