@@ -153,6 +153,20 @@ class HelperTest(unittest.TestCase):
         args.setdefault("image", False)
         return self.call("observe", **args)
 
+    def observe_at_rest(self, seconds=5):
+        """With a picture, when two in a row show the same: toolkits animate what gains or loses the
+        pointer, the focus, or the foreground."""
+        deadline = time.monotonic() + seconds
+        before = None
+        while True:
+            observation = self.observe(image=True)
+            if observation["image"] == before:
+                return observation
+            if time.monotonic() >= deadline:
+                raise AssertionError("the window has not come to rest within %.1f s" % seconds)
+            before = observation["image"]
+            time.sleep(0.25)
+
     def node_in(self, observation, name, role=None):
         """A node of an observation, by name; a failed test when there is none."""
         node = find_node(observation, name, role)

@@ -53,12 +53,14 @@ class Covered(WindowTest):
         self.assertEqual(self.visibility(), "visible")
 
     def test_a_covered_window_is_brought_forward_for_its_picture(self):
-        before = self.observe(image=True)
+        before = self.observe_at_rest()
         self.start_cover()
         after = self.observe(image=True)
         self.assertEqual(after["image"]["bounds"], before["image"]["bounds"])
         changes = Picture(before["image"]).changes(Picture(after["image"]))
-        self.assertLess(len(changes), 500, "the picture shows what lay over the window")
+        # The cover has some 200,000 pixels; a window that comes to the front changes its own colours
+        # in a short animation.
+        self.assertLess(len(changes), 10000, "the picture shows what lay over the window")
         self.assertEqual(self.visibility(), "visible")
         self.assertEqual(x_windows.active_window(), self.window)
 

@@ -157,13 +157,12 @@ class ReadingTests:
         self.assertLessEqual(save["x"] + save["width"], quiet["x"] + 1)
 
     def test_what_a_toggle_repaints_lies_in_its_place(self):
-        before = self.observe(image=True)
+        before = self.observe_at_rest()
         box = self.node_in(before, "Plain", "checkbox")["bounds"]
         self.call("click", nodeId=self.node_in(before, "Plain", "checkbox")["id"])
         self.app.wait_for("toggled Plain on")
         self.call("settle")
-        time.sleep(0.5)  # for animations
-        after = self.observe(image=True)
+        after = self.observe_at_rest()
         # Scroll bars that fade away repaint themselves at any time.
         places = [box] + [n["bounds"] for n in nodes_of(before) if n["role"] == "scrollbar"]
         changes = Picture(after["image"]).changes(Picture(before["image"]))
