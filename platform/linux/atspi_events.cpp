@@ -136,6 +136,9 @@ void AtspiEvents::disconnect() {
   waiting_.clear();
   bus_.reset();
   questions_.clear();  // The connection's callbacks, which are gone with it, point at them.
+  const std::lock_guard lock(lock_);
+  focus_.clear();  // The next bus gives its own names.
+  menus_.clear();
 }
 
 bool AtspiEvents::subscribe() {

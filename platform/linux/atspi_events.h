@@ -35,7 +35,7 @@ class AtspiEvents final : public LoopSource {
   /// Reports `kActionAcknowledged` to the observers of a process.
   void acknowledged(Pid pid);
 
-  /// The object of a process that said last that it has the focus, while the process is observed.
+  /// The object of a process that said last that it has the focus, on the connection at hand.
   [[nodiscard]] std::optional<AtspiRef> lastFocus(Pid pid);
 
   /// The menus of a process that said that they opened, and not that they closed, while the process

@@ -31,13 +31,19 @@ bool LinuxAccessibility::typesText(const Parts& object, const AtspiFacts& facts)
 }
 
 /// Replaces the text of a field by typing over it. Only where keys are sure to reach it: its window
-/// is the one that receives them, and it has the focus in there.
+/// is the one that receives them, before each of them, and it has the focus in there.
 bool LinuxAccessibility::typeOver(const Parts& object, const std::string& text) {
-  if (!takesKeys(object) || !grabFocus(object) || !awaitFocus(object)) {
+  const std::optional<Toplevel> top = reader_.toplevelOf(object);
+  if (!top) {
     return false;
   }
-  const std::optional<std::string> before = contentOf(object);
-  if (!before || !selectAll(object, *before)) {
+  Parts field = object;
+  field.window = top->ref;  // Known once, so that no key waits for the way up to it.
+  if (!takesKeys(field) || !grabFocus(field) || !awaitFocus(field)) {
+    return false;
+  }
+  const std::optional<std::string> before = contentOf(field);
+  if (!before || !selectAll(field, *before)) {
     return false;
   }
   const std::unique_ptr<EventSource> source = keyboard_->makeSource(text);
@@ -45,7 +51,7 @@ bool LinuxAccessibility::typeOver(const Parts& object, const std::string& text) 
   const auto press = [&](const InputEvent& down, const InputEvent& up) {
     const std::unique_ptr<CreatedEvent> first = keyboard_->create(source.get(), down);
     const std::unique_ptr<CreatedEvent> second = keyboard_->create(source.get(), up);
-    typed = typed && first && second;
+    typed = typed && first && second && takesKeys(field);
     if (typed) {
       keyboard_->post(*first);
       keyboard_->post(*second);
@@ -59,7 +65,7 @@ bool LinuxAccessibility::typeOver(const Parts& object, const std::string& text) 
     const std::string character(cluster);
     press(TextEvent{character, true}, TextEvent{character, false});
   });
-  return typed && awaitContent(object, text, *before);
+  return typed && awaitContent(field, text, *before);
 }
 
 /// Whether an object of GTK 4, which refuses to give anything the focus, gets it by a click that
@@ -89,9 +95,15 @@ bool LinuxAccessibility::clickForFocus(const Parts& object) {
   return awaitFocus(object);
 }
 
+/// As the server says it now: what the reader knows of the windows is of when the call began.
 bool LinuxAccessibility::takesKeys(const Parts& object) {
   const std::optional<Toplevel> top = reader_.toplevelOf(object);
-  return top && top->window && top->window->active;
+  if (!top || !top->window) {
+    return false;
+  }
+  return std::ranges::any_of(reader_.locator().windowsOf(object.pid), [&](const auto& window) {
+    return window.number == top->window->number && window.active;
+  });
 }
 
 bool LinuxAccessibility::awaitFocus(const Parts& object) {
@@ -138,7 +150,7 @@ bool LinuxAccessibility::selectAll(const Parts& object, const std::string& conte
   }
   const auto down = keyboard_->create(nullptr, KeyEvent{kAKey, true, kModifierControl});
   const auto up = keyboard_->create(nullptr, KeyEvent{kAKey, false, kModifierControl});
-  if (!down || !up) {
+  if (!down || !up || !takesKeys(object)) {
     return false;
   }
   keyboard_->post(*down);

@@ -12,6 +12,7 @@ import time
 import unittest
 
 import x_keyboard
+import x_windows
 from e2e import CHROMIUM, GTK3, GTK4, QT, Helper, HelperError, HELPER, nodes_of, wait_until
 from toolkits import ToolkitTest
 
@@ -248,6 +249,28 @@ class ChromiumInput(InputTests, StateTests, InputTest):
 
     BUNDLE, COMMAND = "com.tarqo.test.chromium", CHROMIUM
     LONGEST = "😀👍🎉🚀" * 250
+
+    def test_no_key_of_a_value_reaches_another_window(self):
+        node = self.node("Name", "textbox")
+        failures = []
+
+        def type_():
+            try:
+                self.call("input", 60, nodeId=node["id"], kind="type", text="abc" * 660)
+            except HelperError as error:
+                failures.append(error.code)
+
+        typist = threading.Thread(target=type_)
+        typist.start()
+        wait_until(lambda: self.app.lines("text Name"), 5, "the first characters arrive")
+        other = self.start_app(GTK3, "--geometry", "500x400+100+100")
+        window = other.window()
+        wait_until(lambda: x_windows.active_window() == window, 5, "the other window has the focus")
+        time.sleep(0.1)  # for a key that was under way
+        other.forget()
+        typist.join()
+        self.assertEqual(failures, ["input_failed"])
+        self.assertEqual([line for line in other.lines() if line.startswith(("text", "key"))], [])
 
 
 class Endings(InputTest):
