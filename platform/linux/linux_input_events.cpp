@@ -3,8 +3,10 @@
 #include <xcb/xtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <cstdlib>
+#include <thread>
 
 #include "platform/linux/linux_key_row.h"
 
@@ -15,6 +17,11 @@ constexpr std::uint8_t kLeftButton = 1;
 constexpr std::uint8_t kRightButton = 3;
 constexpr std::uint8_t kWheelUp = 4;
 constexpr std::uint8_t kWheelDown = 5;
+
+/// Chromium looks up what a first click scrolls, in one to two frames of its drawing, and forgets
+/// most of the clicks that come meanwhile: 10 clicks at once often moved a page by one. From 20 ms
+/// on none was lost; this is more, for a busy machine.
+constexpr std::chrono::milliseconds kAfterFirstClick{50};
 
 class RowSource final : public EventSource {
  public:
@@ -76,7 +83,12 @@ void fakeMouse(XServer& server, const MouseEvent& event) {
 
 void fakeWheel(XServer& server, const ScrollEvent& event) {
   const std::uint8_t button = event.pixels > 0 ? kWheelUp : kWheelDown;
-  for (int click = 0; click < wheelClicks(event.pixels); ++click) {
+  const int clicks = wheelClicks(event.pixels);
+  for (int click = 0; click < clicks; ++click) {
+    if (click == 1) {
+      server.sync();
+      std::this_thread::sleep_for(kAfterFirstClick);
+    }
     fakeInput(server, XCB_BUTTON_PRESS, button, {});
     fakeInput(server, XCB_BUTTON_RELEASE, button, {});
   }

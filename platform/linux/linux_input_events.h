@@ -19,7 +19,7 @@ inline constexpr int kPixelsPerClick = 40;
 /// The click state of a mouse event needs no saying: X11 programs count the clicks of a row
 /// themselves, by time and place. Text needs a source; a key without a source holds for itself.
 /// Creating a keyboard event may wait for applications to have read those before; destroying a
-/// source too. See `KeyRow`.
+/// source too. See `KeyRow`. Posting more than one click of the wheel takes 50 ms.
 class LinuxInputEvents final : public InputEvents {
  public:
   explicit LinuxInputEvents(XDisplay& display) : display_(display) {}
