@@ -1,6 +1,9 @@
 // tarqo-ax: serves requests on the worker thread while the main thread runs the desktop's loop.
 
+#include <cstdio>
 #include <memory>
+#include <span>
+#include <string_view>
 
 #include "main/request_loop.h"
 #include "main/server.h"
@@ -12,9 +15,25 @@ namespace {
 // Requests are served on it, and walking a deep accessibility tree recurses.
 constexpr std::size_t kWorkerStackBytes = 0x1000000;
 
+constexpr const char* kUsage =
+    "usage: tarqo-ax\n"
+    "\n"
+    "Lets a program see and use one desktop application at a time. Reads JSON requests from "
+    "standard\n"
+    "input and writes the responses to standard output, one a line. Try it:\n"
+    "\n"
+    "    echo '{\"id\":1,\"method\":\"listTargets\"}' | tarqo-ax\n";
+
 }  // namespace
 
-int main(int /*argc*/, char** argv) {
+int main(int argc, char** argv) {
+  const std::span arguments(argv, static_cast<std::size_t>(argc));
+  if (arguments.size() > 1) {
+    const std::string_view argument = arguments[1];
+    const bool help = argument == "--help" || argument == "-h";
+    std::fputs(kUsage, help ? stdout : stderr);
+    return help ? 0 : 2;
+  }
   const tarqo::ProtocolStreams streams = tarqo::claimStandardStreams();
   if (streams.in == nullptr || streams.out == nullptr) {
     std::fputs("tarqo-ax: standard input and standard output must be open\n", stderr);
