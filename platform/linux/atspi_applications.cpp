@@ -102,7 +102,10 @@ AtspiBus& AtspiApplications::channelTo(const std::string& busName, Toolkit toolk
       return bus_;
     }
     channelName_ = busName;
-    channel_ = address.empty() ? nullptr : std::make_unique<AtspiBus>(std::move(address));
+    const auto pid = pids_.find(busName);
+    const bool offered = !address.empty() && pid != pids_.end();
+    channel_ = offered ? std::make_unique<AtspiBus>(DirectAddress{std::move(address), pid->second})
+                       : nullptr;
   }
   return channel_ && channel_->connection() != nullptr ? *channel_ : bus_;
 }

@@ -78,25 +78,13 @@ BusHandle openAccessibilityBus() {
   return address ? connect(*address) : nullptr;
 }
 
-BusHandle openApplication(const std::string& address) {
-  sd_bus* made = nullptr;
-  if (sd_bus_new(&made) < 0) {
-    return nullptr;
-  }
-  BusHandle direct(made);
-  if (sd_bus_set_address(made, address.c_str()) < 0 || sd_bus_start(made) < 0) {
-    return nullptr;
-  }
-  return direct;
-}
-
 sd_bus* AtspiBus::connection() {
   if (bus_ && sd_bus_is_open(bus_.get()) <= 0) {
     bus_.reset();
   }
   const Instant started = std::chrono::steady_clock::now();
   if (!bus_ && started >= notBefore_) {
-    bus_ = isDirect() ? openApplication(address_) : openAccessibilityBus();
+    bus_ = isDirect() ? openApplication(application_) : openAccessibilityBus();
     ++generation_;
     const Instant ended = std::chrono::steady_clock::now();
     if (!bus_ && ended - started > kSlowFailure) {

@@ -4,32 +4,18 @@
 // not there or goes away is no error: calls fail, and the next use tries to connect again.
 #pragma once
 
-#include <systemd/sd-bus.h>
-
 #include <cstdint>
 #include <deque>
 #include <functional>
 #include <list>
-#include <memory>
 #include <optional>
 #include <string>
 
 #include "platform/clock.h"
+#include "platform/linux/atspi_direct.h"
+#include "platform/linux/bus_handles.h"
 
 namespace tarqo::lnx {
-
-struct BusUnref {
-  void operator()(sd_bus* bus) const { sd_bus_close_unref(bus); }
-};
-struct MessageUnref {
-  void operator()(sd_bus_message* message) const { sd_bus_message_unref(message); }
-};
-struct SlotUnref {
-  void operator()(sd_bus_slot* slot) const { sd_bus_slot_unref(slot); }
-};
-using BusHandle = std::unique_ptr<sd_bus, BusUnref>;
-using Message = std::unique_ptr<sd_bus_message, MessageUnref>;
-using Slot = std::unique_ptr<sd_bus_slot, SlotUnref>;
 
 /// One object on the bus: the unique name of the connection that holds it, and its path there.
 struct AtspiRef {
@@ -68,8 +54,8 @@ class AtspiBus {
   /// To the accessibility bus.
   AtspiBus() = default;
 
-  /// To one application, past the bus, at the address it told.
-  explicit AtspiBus(std::string applicationAddress) : address_(std::move(applicationAddress)) {}
+  /// To one application, past the bus, at the address it told, which is not empty.
+  explicit AtspiBus(DirectAddress application) : application_(std::move(application)) {}
 
   /// The connection; made when there is none. Null when there is no session bus or no accessibility
   /// bus on it. Waits for at most 3 s, when the accessibility bus must be started first; after an
@@ -80,7 +66,7 @@ class AtspiBus {
   [[nodiscard]] sd_bus* current() const { return bus_.get(); }
 
   /// Whether what is sent goes to one application, whoever it is addressed to.
-  [[nodiscard]] bool isDirect() const { return !address_.empty(); }
+  [[nodiscard]] bool isDirect() const { return !application_.text.empty(); }
 
   /// Gives up a connection that failed. The next use makes a new one.
   void drop();
@@ -89,7 +75,7 @@ class AtspiBus {
   [[nodiscard]] int generation() const { return generation_; }
 
  private:
-  std::string address_;  ///< Of one application; empty for the bus.
+  DirectAddress application_;  ///< Empty for the bus.
   BusHandle bus_;
   int generation_ = 0;
   Instant notBefore_ = kDistantPast;
@@ -100,10 +86,6 @@ class AtspiBus {
 
 /// A new connection to the accessibility bus; null when it cannot be made.
 [[nodiscard]] BusHandle openAccessibilityBus();
-
-/// A connection to one application, past the bus; null when it cannot be made. It is not awaited:
-/// what is sent before it stands is sent as soon as it does.
-[[nodiscard]] BusHandle openApplication(const std::string& address);
 
 /// The answer to one call. Read it before the handler returns.
 struct Reply {

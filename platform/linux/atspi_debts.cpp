@@ -36,9 +36,7 @@ bool AtspiDebts::openDirect(Debt& debt, const AtspiElement::Parts& object) {
   if (batch.run({now + object.timeout, object.timeout}) != BatchOutcome::complete) {
     return false;
   }
-  if (!address.empty()) {
-    debt.direct = openApplication(address);
-  }
+  debt.direct = openApplication({std::move(address), object.pid});
   return true;
 }
 
