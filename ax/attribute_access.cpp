@@ -10,6 +10,24 @@ namespace {
 
 constexpr std::size_t kMaxTextClusters = 2048;
 
+/// A cluster has no end of its own: a letter may carry a million accents. This leaves 32 bytes to
+/// each, more than the longest emoji takes.
+constexpr std::size_t kMaxTextBytes = 32 * kMaxTextClusters;
+
+/// The longest beginning of a valid UTF-8 text that has no more bytes.
+std::string cutToBytes(std::string text, std::size_t most) {
+  if (text.size() > most) {
+    const auto continues = [&](std::size_t at) {
+      return (static_cast<unsigned char>(text[at]) & 0xC0U) == 0x80U;
+    };
+    while (most > 0 && continues(most)) {
+      --most;
+    }
+    text.resize(most);
+  }
+  return text;
+}
+
 std::optional<Rect> rectOf(const Value* position, const Value* size) {
   const Point* origin = position == nullptr ? nullptr : position->as<Point>();
   const Size* extent = size == nullptr ? nullptr : size->as<Size>();
@@ -67,7 +85,8 @@ std::string text(const Value* value) {
   if (string == nullptr) {
     return {};
   }
-  return unicode::prefix(unicode::trimmed(unicode::repaired(*string)), kMaxTextClusters);
+  return cutToBytes(unicode::prefix(unicode::trimmed(unicode::repaired(*string)), kMaxTextClusters),
+                    kMaxTextBytes);
 }
 
 std::string text(const std::optional<Value>& value) { return text(pointerTo(value)); }

@@ -1,6 +1,7 @@
 // The agent's one look at the target: tree, pixels and times of the same window.
 
 #include <cmath>
+#include <tuple>
 
 #include "main/failure.h"
 #include "observe/base64.h"
@@ -23,27 +24,6 @@ Json omissions(bool withImage, bool truncated) {
   }
   return list;
 }
-
-/// Puts the node table from before the call back when the call fails after its snapshot, so that
-/// the ids the client holds stay usable.
-class NodesKeeper {
- public:
-  NodesKeeper(NodeTable& nodes, NodeTable kept) : nodes_(nodes), kept_(std::move(kept)) {}
-  ~NodesKeeper() {
-    if (armed_) {
-      nodes_ = std::move(kept_);
-    }
-  }
-  NodesKeeper(const NodesKeeper&) = delete;
-  NodesKeeper& operator=(const NodesKeeper&) = delete;
-
-  void letGo() { armed_ = false; }
-
- private:
-  NodeTable& nodes_;
-  NodeTable kept_;
-  bool armed_ = true;
-};
 
 }  // namespace
 
@@ -107,6 +87,29 @@ void Session::requireSameWindow(const Element& window, const Rect& bounds) {
   }
 }
 
+// What follows the snapshot: the node that was followed, and the picture of the same window.
+void Session::completeObservation(Json& result, const std::optional<Stored>& previous,
+                                  bool withImage) {
+  if (previous) {
+    result["renewedNodeId"] = renewedNodeId(*previous);
+  }
+  const auto bounds = window_ ? frame(platform_.accessibility, *window_) : std::nullopt;
+  if (!bounds) {
+    fail(failures::kWindowDisappeared);
+  }
+  const Element window = *window_;
+  if (withImage) {
+    const Observation observation = observationImage_ ? *observationImage_ : windowImage(*bounds);
+    // Text recognition takes seconds, in which the window may have moved and come to rest.
+    if (observation.bounds != *bounds) {
+      fail(failures::kWindowChanged);
+    }
+    result["image"] = encodedImage(observation);
+    result["imageCapturedAt"] = observation.at;
+  }
+  requireSameWindow(window, *bounds);
+}
+
 Json Session::observe(const Json& args) {
   (void)requireApp();
   const bool withImage = booleanMember(args, "image").value_or(true);
@@ -118,27 +121,16 @@ Json Session::observe(const Json& args) {
   if (const auto previousNodeId = textMember(args, "previousNodeId")) {
     previous = requireCurrentNode(*previousNodeId);
   }
-  NodeTable before = nodes_;
+  const std::tuple before(nodes_, snapshotAt_, window_);
   result["snapshot"] = snapshot(args);
   result["snapshotCapturedAt"] = timestampNow();
-
-  NodesKeeper keeper(nodes_, std::move(before));
-  if (previous) {
-    result["renewedNodeId"] = renewedNodeId(*previous);
+  try {
+    completeObservation(result, previous, withImage);
+  } catch (...) {
+    // The ids that the client holds stay usable, in their window and for as long as before.
+    std::tie(nodes_, snapshotAt_, window_) = before;
+    throw;
   }
-  const auto bounds = window_ ? frame(platform_.accessibility, *window_) : std::nullopt;
-  if (!bounds) {
-    fail(failures::kWindowDisappeared);
-  }
-  const Element window = *window_;
-  if (withImage) {
-    const Observation observation = observationImage_ ? *observationImage_ : windowImage(*bounds);
-    result["image"] = encodedImage(observation);
-    result["imageCapturedAt"] = observation.at;
-  }
-  requireSameWindow(window, *bounds);
-  keeper.letGo();
-
   result["omissions"] = omissions(withImage, result["snapshot"]["truncated"].get<bool>());
   result["capturedAt"] = timestampNow();
   return result;

@@ -138,6 +138,7 @@ class Session {
   std::string renewedNodeId(const Stored& previous);
   Observation windowImage(const Rect& bounds);
   Json encodedImage(const Observation& observation);
+  void completeObservation(Json& result, const std::optional<Stored>& previous, bool withImage);
   void requireSameWindow(const Element& window, const Rect& frame);
 
   // input/: the proofs before an event.

@@ -16,10 +16,15 @@ bool isScheme(std::string_view text) {
 }
 
 // Characters that an address cannot hold anywhere; text with one of them is no address.
-bool isForbidden(char c) {
+bool isBlankOrControl(char c) {
   const auto byte = static_cast<unsigned char>(c);
-  return byte <= 0x20 || byte == 0x7F ||
-         std::string_view("\"<>\\^`{|}").find(c) != std::string_view::npos;
+  return byte <= 0x20 || byte == 0x7F;
+}
+
+// Characters that browsers leave as they are in paths, queries and fragments, but that cannot stand
+// before those: to a browser, a backslash there ends the host.
+bool isForbiddenInAuthority(char c) {
+  return std::string_view("\"<>\\^`{|}").find(c) != std::string_view::npos;
 }
 
 struct HostAndPort {
@@ -65,7 +70,7 @@ std::string decimal(std::string_view digits) {
 }  // namespace
 
 std::optional<std::string> siteOf(std::string_view address) {
-  if (std::any_of(address.begin(), address.end(), isForbidden)) {
+  if (std::any_of(address.begin(), address.end(), isBlankOrControl)) {
     return std::nullopt;
   }
   const std::size_t colon = address.find(':');
@@ -77,6 +82,9 @@ std::optional<std::string> siteOf(std::string_view address) {
     return std::nullopt;
   }
   const std::string_view authority = rest.substr(2, rest.find_first_of("/?#", 2) - 2);
+  if (std::any_of(authority.begin(), authority.end(), isForbiddenInAuthority)) {
+    return std::nullopt;
+  }
   const auto parts = splitAuthority(authority);
   if (!parts) {
     return std::nullopt;

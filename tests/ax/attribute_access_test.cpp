@@ -62,6 +62,13 @@ TEST(Text, CountsCharactersAsAUserDoes) {
   }
 }
 
+TEST(Text, IsCutBetweenCharactersWhenOneHasNoEnd) {
+  const std::string accents = "a" + repeated("\u0301", 1'000'000);
+  const std::string cut = textOf(Value{accents});
+  EXPECT_EQ(cut, accents.substr(0, 65535)) << "not half an accent";
+  EXPECT_EQ(textOf(Value{"b" + accents}).size(), 65536U);
+}
+
 TEST(Text, IsRepairedWhenItIsMalformed) {
   EXPECT_EQ(textOf(Value{std::string("a\xFF")}), "a\xEF\xBF\xBD");
 }

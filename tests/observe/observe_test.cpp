@@ -269,6 +269,14 @@ TEST_F(FailedObserve, AfterAVanishedWindowTheOldNodesAreUsable) {
   EXPECT_TRUE(isUsable(lastId));
 }
 
+TEST_F(FailedObserve, TheOldNodesAreAsOldAsTheyWere) {
+  desktop.images().encodingFails = PngError::failed;
+  desktop.run(59s);
+  EXPECT_EQ(error("observe").at("code"), "image_encoding_failed");
+  desktop.run(1s);
+  EXPECT_EQ(error("click", {{"nodeId", id}}).at("code"), "stale_snapshot");
+}
+
 TEST_F(FailedObserve, OfAThinTreeLeavesNoOldNodeUsable) {
   save.remove();
   field.remove();

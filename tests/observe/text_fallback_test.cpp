@@ -295,6 +295,27 @@ TEST_F(TextFallback, ItsImageIsUsedForTheObservation) {
   EXPECT_EQ(observation.at("image").at("width"), 1024);
 }
 
+TEST_F(TextFallback, ItsImageIsOfNoUseWhenTheWindowMovedDuringRecognition) {
+  desktop.recognizer().takes = 1s;
+  desktop.after(500ms, [&] { window.moveTo({140, 80}); });
+  EXPECT_EQ(failure("observe"),
+            "stale_snapshot: The target window changed during capture. Observe again.");
+  EXPECT_EQ(result("observe").at("image").at("bounds").at("x"), 140);
+}
+
+// Text is proven by its window alone, so it must stay the text of that window.
+TEST_F(TextFallback, IsTextOfItsOwnWindowAfterAnObservationOfAnotherFailed) {
+  const Json text = snapshot().at("nodes").back();
+  sim::Window& dialog = notes.window({500, 300, 300, 200}, "Discard?");
+  dialog.button("Yes");
+  notes.focusWindow(&dialog);
+  desktop.images().encodingFails = PngError::failed;
+  EXPECT_EQ(error("observe").at("code"), "image_encoding_failed");
+  desktop.journal().clear();
+  (void)result("input", {{"nodeId", text.at("id")}, {"kind", "scroll"}, {"deltaX", 300}});
+  EXPECT_EQ(desktop.posted().front(), "move 128,463.68") << "at the left of the canvas";
+}
+
 TEST_F(TextFallback, ItsImageIsNotUsedForTheNextObservation) {
   (void)result("observe");
   window.button("Save");

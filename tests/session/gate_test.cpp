@@ -1,5 +1,7 @@
 // What every operation on the target passes first.
 
+#include <array>
+
 #include "tests/support/scene.h"
 
 namespace tarqo {
@@ -8,13 +10,15 @@ namespace {
 constexpr const char* kLocked =
     "session_locked: Unlock the macOS desktop before observing or controlling the target "
     "application.";
+constexpr std::array kMethods = {"settle", "geometry", "observe", "click",
+                                 "hover",  "showMenu", "input"};
 constexpr const char* kClosed = "app_closed: The application closed; reconnect before continuing.";
 
 class Gate : public Scene {
  protected:
   /// What each gated method fails with.
   void expectEveryMethodFails(const std::string& expected) {
-    for (const char* method : {"settle", "geometry", "observe", "click"}) {
+    for (const char* method : kMethods) {
       EXPECT_EQ(failure(method), expected) << method;
     }
   }
@@ -45,7 +49,7 @@ TEST_F(Gate, RefusesALockedDesktopBeforeAMissingGrant) {
 
 TEST_F(Gate, RefusesAMissingGrantBeforeAMissingTarget) {
   desktop.permissions().trusted = false;
-  for (const char* method : {"settle", "geometry", "observe", "click"}) {
+  for (const char* method : kMethods) {
     EXPECT_EQ(error(method)["code"], "ax_not_trusted") << method;
   }
   EXPECT_EQ(desktop.journal().count("prompt"), 1);

@@ -16,6 +16,12 @@ TEST(SiteOf, DropsPathQueryAndFragment) {
   EXPECT_EQ(siteOf("https://example.com#e"), "https://example.com");
 }
 
+TEST(SiteOf, TakesWhatBrowsersLeaveUnescapedAfterTheHost) {
+  for (const char* rest : {"/{id}", "?family=A|B", "?q=\"x\"", "/a^b`c", "/a\\b", "#<here>"}) {
+    EXPECT_EQ(siteOf(std::string("https://example.com") + rest), "https://example.com") << rest;
+  }
+}
+
 TEST(SiteOf, KeepsAPortThatIsNamed) {
   EXPECT_EQ(siteOf("https://example.com:8443/x"), "https://example.com:8443");
   EXPECT_EQ(siteOf("https://example.com:443"), "https://example.com:443")
@@ -57,8 +63,9 @@ TEST(SiteOf, IsNoneWithoutSchemeOrHost) {
 TEST(SiteOf, IsNoneForTextThatIsNoAddress) {
   for (const char* text :
        {"https://exa mple.com", " https://example.com", "https://example.com ", "https://a\tb",
-        "https://a\nb", "https://a<b>", "https://a\"b", "https://example.com:80a", "https://[::1",
-        "https://[::1]x", "not an address at all"}) {
+        "https://a\nb", "https://a<b>", "https://a\"b", "https://a|b/", "https://a{b}/",
+        "https://evil\\@example.com", "https://a\\b/", "https://a/b c", "https://a?b\tc",
+        "https://example.com:80a", "https://[::1", "https://[::1]x", "not an address at all"}) {
     EXPECT_EQ(siteOf(text), std::nullopt) << text;
   }
 }
