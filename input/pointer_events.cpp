@@ -25,16 +25,29 @@ void Session::post(EventSource* source, const InputEvent& event) {
   }
 }
 
-// The waits between down and up sleep: nothing may be delivered inside a click. Those around it
-// turn the loop, so that its effects can be heard.
+// Both events exist before the first goes out, so that no button is ever left held down: without an
+// up there is no down. The waits sleep: nothing may be delivered inside a click.
+void Session::pressOnce(EventSource* source, const MouseEvent& down, const MouseEvent& up) {
+  InputEvents& events = platform_.inputEvents;
+  const auto first = events.create(source, down);
+  const auto second = events.create(source, up);
+  if (first && second) {
+    events.post(*first);
+  }
+  platform_.clock.sleep(kBetweenButtonEvents);
+  if (second) {
+    events.post(*second);
+  }
+  platform_.clock.sleep(kBetweenButtonEvents);
+}
+
+// The waits around a click turn the loop, so that its effects can be heard.
 void Session::press(Point point, int count) {
   const auto source = platform_.inputEvents.makeSource("");
   glide(point, source.get(), kRestBeforePress);
   for (int click = 1; click <= std::max(count, 1); ++click) {
-    post(source.get(), MouseEvent{MouseEventType::leftDown, point, click});
-    platform_.clock.sleep(kBetweenButtonEvents);
-    post(source.get(), MouseEvent{MouseEventType::leftUp, point, click});
-    platform_.clock.sleep(kBetweenButtonEvents);
+    pressOnce(source.get(), {MouseEventType::leftDown, point, click},
+              {MouseEventType::leftUp, point, click});
   }
 }
 
@@ -42,10 +55,8 @@ void Session::rightPress(Point point) {
   const auto source = platform_.inputEvents.makeSource("");
   post(source.get(), MouseEvent{MouseEventType::moved, point});
   platform_.clock.sleep(kBeforeRightPress);
-  post(source.get(), MouseEvent{MouseEventType::rightDown, point, 1});
-  platform_.clock.sleep(kBetweenButtonEvents);
-  post(source.get(), MouseEvent{MouseEventType::rightUp, point, 1});
-  platform_.clock.sleep(kBetweenButtonEvents);
+  pressOnce(source.get(), {MouseEventType::rightDown, point, 1},
+            {MouseEventType::rightUp, point, 1});
   platform_.clock.turn(kMenuOpens);
 }
 

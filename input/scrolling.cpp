@@ -1,7 +1,9 @@
 // Scrolling by the wheel, and the two gestures that stand in for it.
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
+#include <span>
 
 #include "main/failure.h"
 #include "session/session.h"
@@ -92,26 +94,35 @@ void Session::turnWheel(Point point, std::int32_t pixels) {
   platform_.clock.turn(kAfterWheel);
 }
 
-void Session::beginDrag(EventSource* source, Point start) {
-  post(source, MouseEvent{MouseEventType::moved, start});
+// What ends the drag exists before it begins, so that the button is never left held down: a drag
+// that could not end is left out.
+void Session::drag(Point start, std::span<const Point> way, Duration slice) {
+  InputEvents& events = platform_.inputEvents;
+  const auto source = events.makeSource("");
+  post(source.get(), MouseEvent{MouseEventType::moved, start});
   platform_.clock.sleep(kBeforeDrag);
-  post(source, MouseEvent{MouseEventType::leftDown, start, 1});
+  const auto up = events.create(source.get(), MouseEvent{MouseEventType::leftUp, way.back(), 1});
+  if (!up) {
+    return;
+  }
+  post(source.get(), MouseEvent{MouseEventType::leftDown, start, 1});
   platform_.clock.sleep(kBeforeDrag);
+  for (const Point& point : way) {
+    post(source.get(), MouseEvent{MouseEventType::leftDragged, point, 1});
+    platform_.clock.sleep(slice);
+  }
+  events.post(*up);
 }
 
 void Session::spotlightPull(const Rect& area) {
   const Rect inner = requireInnerArea(area);
   const Point start = inner.center();
   const double travel = std::min(start.y + kPullLength, inner.maxY() - kPullBottomMargin) - start.y;
-  const auto source = platform_.inputEvents.makeSource("");
-  beginDrag(source.get(), start);
+  std::array<Point, kPullSteps> way;
   for (int step = 1; step <= kPullSteps; ++step) {
-    post(source.get(),
-         MouseEvent{
-             MouseEventType::leftDragged, {start.x, start.y + travel * step / kPullSteps}, 1});
-    platform_.clock.sleep(kPullSlice);
+    way.at(static_cast<std::size_t>(step - 1)) = {start.x, start.y + travel * step / kPullSteps};
   }
-  post(source.get(), MouseEvent{MouseEventType::leftUp, {start.x, start.y + travel}, 1});
+  drag(start, way, kPullSlice);
   platform_.clock.turn(kAfterPull);
 }
 
@@ -121,15 +132,12 @@ void Session::trackpadSwipe(const Rect& area, double dx) {
   const Point start{dx < 0 ? inner.maxX() : inner.minX(),
                     inner.minY() + kSwipeHeight * inner.height};
   const double travel = std::clamp(start.x + dx, inner.minX(), inner.maxX()) - start.x;
-  const auto source = platform_.inputEvents.makeSource("");
-  beginDrag(source.get(), start);
+  std::array<Point, kSwipeSteps> way;
   for (int step = 1; step <= kSwipeSteps; ++step) {
     const double part = static_cast<double>(step) / kSwipeSteps;
-    post(source.get(),
-         MouseEvent{MouseEventType::leftDragged, {start.x + travel * part * part, start.y}, 1});
-    platform_.clock.sleep(kSwipeSlice);
+    way.at(static_cast<std::size_t>(step - 1)) = {start.x + travel * part * part, start.y};
   }
-  post(source.get(), MouseEvent{MouseEventType::leftUp, {start.x + travel, start.y}, 1});
+  drag(start, way, kSwipeSlice);
   platform_.clock.turn(kAfterSwipe);
 }
 

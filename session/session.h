@@ -9,6 +9,7 @@
 #include <array>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -169,6 +170,7 @@ class Session {
 
   // input/: events.
   void post(EventSource* source, const InputEvent& event);
+  void pressOnce(EventSource* source, const MouseEvent& down, const MouseEvent& up);
   void press(Point point, int count = 1);
   void rightPress(Point point);
   void glide(Point point, EventSource* source, Duration settle);
@@ -180,7 +182,7 @@ class Session {
   void scroll(const Stored& stored, Point point, const Json& args);
   Rect gestureArea(const Stored& stored);
   void turnWheel(Point point, std::int32_t pixels);
-  void beginDrag(EventSource* source, Point start);
+  void drag(Point start, std::span<const Point> way, Duration slice);
   void spotlightPull(const Rect& area);
   void trackpadSwipe(const Rect& area, double dx);
 

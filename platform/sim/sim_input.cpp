@@ -42,6 +42,10 @@ const char* nameOf(MouseEventType type) {
   return "";
 }
 
+bool letsGo(MouseEventType type) {
+  return type == MouseEventType::leftUp || type == MouseEventType::rightUp;
+}
+
 // The nearest element, from the one under the pointer upward, that does something when clicked.
 template <typename Predicate>
 Node& nearest(Node& node, const Predicate& responds) {
@@ -158,7 +162,9 @@ void Keyboard::handle(const TextEvent& event) {
 
 bool InputEventsService::refuses(const InputEvent& event) const {
   return std::visit(Overloaded{
-                        [this](const MouseEvent&) { return refusesMouse; },
+                        [this](const MouseEvent& mouse) {
+                          return refusesMouse || (refusesButtonsUp && letsGo(mouse.type));
+                        },
                         [this](const KeyEvent&) { return refusesKeys; },
                         [this](const TextEvent&) { return refusesText; },
                         [this](const ScrollEvent&) { return refusesScroll; },

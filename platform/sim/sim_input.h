@@ -56,6 +56,7 @@ class InputEventsService final : public InputEvents {
   // Faults: what cannot be created.
   bool refusesSources = false;
   bool refusesMouse = false;
+  bool refusesButtonsUp = false;  ///< Of the mouse's events those that let go of a button.
   bool refusesKeys = false;
   bool refusesText = false;
   bool refusesScroll = false;

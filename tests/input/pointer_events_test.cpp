@@ -94,6 +94,13 @@ TEST_F(PointerEvents, ThatCannotBeMadeAreLeftOutSilently) {
   EXPECT_EQ(desktop.posted(), Lines{});
 }
 
+TEST_F(PointerEvents, NeverPressAButtonThatCouldNotBeLetGo) {
+  desktop.input().refusesButtonsUp = true;
+  EXPECT_EQ(click({{"count", 2}}).at("method"), "pointer-double");
+  EXPECT_EQ(desktop.posted().size(), 6U);
+  EXPECT_EQ(desktop.posted().back(), "move 240,212");
+}
+
 TEST_F(PointerEvents, ArePostedEvenWithoutASource) {
   desktop.input().refusesSources = true;
   (void)click();

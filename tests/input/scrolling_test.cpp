@@ -187,6 +187,12 @@ TEST_F(Scrolling, DragsPostedInPartAreNoFailure) {
   EXPECT_EQ(scroll({{"deltaY", -120}}), Lines{});
 }
 
+TEST_F(Scrolling, NeverBeginsADragThatCouldNotEnd) {
+  desktop.input().refusesButtonsUp = true;
+  EXPECT_EQ(scroll({{"deltaX", 320}}), Lines{"move 128,532.32"});
+  EXPECT_EQ(scroll({{"deltaY", -120}}), Lines{"move 500,380"});
+}
+
 // Where gestures happen.
 
 TEST_F(Scrolling, NeedsRoomForAGesture) {

@@ -110,6 +110,12 @@ TEST_F(ShowMenu, ThatPostsNothingIsNotReported) {
   EXPECT_EQ(desktop.posted(), Lines{});
 }
 
+TEST_F(ShowMenu, NeverPressesAButtonThatCouldNotBeLetGo) {
+  desktop.input().refusesButtonsUp = true;
+  EXPECT_EQ(showMenu().at("method"), "pointer");
+  EXPECT_EQ(desktop.posted(), Lines{"move 240,212"});
+}
+
 // The node.
 
 TEST_F(ShowMenu, NeedsAKnownNode) {

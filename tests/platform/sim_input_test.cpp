@@ -78,6 +78,14 @@ TEST_F(SimInput, MayBeRefusedByKind) {
   EXPECT_EQ(input.create(nullptr, ScrollEvent{}), nullptr);
 }
 
+TEST_F(SimInput, MayBeRefusedJustWhereItLetsGo) {
+  input.refusesButtonsUp = true;
+  EXPECT_EQ(input.create(nullptr, MouseEvent{MouseEventType::leftUp, {}, 0}), nullptr);
+  EXPECT_EQ(input.create(nullptr, MouseEvent{MouseEventType::rightUp, {}, 0}), nullptr);
+  EXPECT_NE(input.create(nullptr, MouseEvent{MouseEventType::leftDown, {}, 0}), nullptr);
+  EXPECT_NE(input.create(nullptr, MouseEvent{MouseEventType::moved, {}, 0}), nullptr);
+}
+
 TEST_F(SimInput, HasSourcesOrNot) {
   EXPECT_NE(input.makeSource("한글"), nullptr);
   input.refusesSources = true;
