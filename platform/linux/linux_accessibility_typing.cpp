@@ -87,11 +87,14 @@ bool LinuxAccessibility::clickForFocus(const Parts& object) {
   if (!there || atspiElement(*there)->parts().ref != object.ref) {
     return false;
   }
-  for (const MouseEventType type : {MouseEventType::leftDown, MouseEventType::leftUp}) {
-    if (const auto event = keyboard_->create(nullptr, MouseEvent{type, place->center(), 1})) {
-      keyboard_->post(*event);
-    }
+  const Point centre = place->center();
+  const auto down = keyboard_->create(nullptr, MouseEvent{MouseEventType::leftDown, centre, 1});
+  const auto up = keyboard_->create(nullptr, MouseEvent{MouseEventType::leftUp, centre, 1});
+  if (!down || !up) {
+    return false;
   }
+  keyboard_->post(*down);
+  keyboard_->post(*up);
   return awaitFocus(object);
 }
 

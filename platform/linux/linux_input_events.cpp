@@ -8,9 +8,24 @@
 #include <cstdlib>
 #include <thread>
 
+#include "platform/linux/linux_held_buttons.h"
 #include "platform/linux/linux_key_row.h"
 
 namespace tarqo::lnx {
+
+/// Whatever events that belong together change on the server. Ends with what it is destroyed with.
+struct EventRow {
+  EventRow(XDisplay& display, const std::string& text) : keys(display, text), buttons(display) {}
+
+  void end() {
+    buttons.releaseAll();
+    keys.end();
+  }
+
+  KeyRow keys;
+  HeldButtons buttons;
+};
+
 namespace {
 
 constexpr std::uint8_t kLeftButton = 1;
@@ -26,30 +41,29 @@ constexpr std::chrono::milliseconds kAfterFirstClick{50};
 class RowSource final : public EventSource {
  public:
   RowSource(XDisplay& display, const std::string& text)
-      : row_(std::make_shared<KeyRow>(display, text)) {}
+      : row_(std::make_shared<EventRow>(display, text)) {}
   RowSource(const RowSource&) = delete;
   RowSource& operator=(const RowSource&) = delete;
   /// Puts back what the row changed, even when an event of it still exists.
   ~RowSource() override { row_->end(); }
 
-  [[nodiscard]] const std::shared_ptr<KeyRow>& row() const { return row_; }
+  [[nodiscard]] const std::shared_ptr<EventRow>& row() const { return row_; }
 
  private:
-  std::shared_ptr<KeyRow> row_;
+  std::shared_ptr<EventRow> row_;
 };
 
 class XEvent final : public CreatedEvent {
  public:
-  XEvent(InputEvent event, std::shared_ptr<KeyRow> row)
+  XEvent(InputEvent event, std::shared_ptr<EventRow> row)
       : event_(std::move(event)), row_(std::move(row)) {}
 
   [[nodiscard]] const InputEvent& event() const { return event_; }
-  /// Of a keyboard event.
-  [[nodiscard]] const std::shared_ptr<KeyRow>& row() const { return row_; }
+  [[nodiscard]] EventRow& row() const { return *row_; }
 
  private:
   InputEvent event_;
-  std::shared_ptr<KeyRow> row_;
+  std::shared_ptr<EventRow> row_;
 };
 
 /// The pixel that a point lies in.
@@ -62,7 +76,7 @@ void fakeInput(XServer& server, std::uint8_t type, std::uint8_t detail, Point at
                       pixel(at.y), 0);
 }
 
-void fakeMouse(XServer& server, const MouseEvent& event) {
+void fakeMouse(XServer& server, const MouseEvent& event, HeldButtons& buttons) {
   constexpr std::uint8_t kAbsolute = 0;
   // A button event has no position of its own: it happens where the pointer is.
   fakeInput(server, XCB_MOTION_NOTIFY, kAbsolute, event.at);
@@ -71,13 +85,13 @@ void fakeMouse(XServer& server, const MouseEvent& event) {
     case MouseEventType::leftDragged:
       return;
     case MouseEventType::leftDown:
-      return fakeInput(server, XCB_BUTTON_PRESS, kLeftButton, event.at);
+      return buttons.press(server, kLeftButton);
     case MouseEventType::leftUp:
-      return fakeInput(server, XCB_BUTTON_RELEASE, kLeftButton, event.at);
+      return buttons.release(server, kLeftButton);
     case MouseEventType::rightDown:
-      return fakeInput(server, XCB_BUTTON_PRESS, kRightButton, event.at);
+      return buttons.press(server, kRightButton);
     case MouseEventType::rightUp:
-      return fakeInput(server, XCB_BUTTON_RELEASE, kRightButton, event.at);
+      return buttons.release(server, kRightButton);
   }
 }
 
@@ -92,11 +106,6 @@ void fakeWheel(XServer& server, const ScrollEvent& event) {
     fakeInput(server, XCB_BUTTON_PRESS, button, {});
     fakeInput(server, XCB_BUTTON_RELEASE, button, {});
   }
-}
-
-bool isDown(const InputEvent& event) {
-  const auto* key = std::get_if<KeyEvent>(&event);
-  return key != nullptr && key->down;
 }
 
 }  // namespace
@@ -117,20 +126,26 @@ std::unique_ptr<CreatedEvent> LinuxInputEvents::create(EventSource* source,
     return nullptr;
   }
   const auto* owner = dynamic_cast<RowSource*>(source);
+  const std::shared_ptr<EventRow> row = owner != nullptr ? owner->row() : looseRow();
   if (const auto* text = std::get_if<TextEvent>(&event)) {
-    if (owner == nullptr || !owner->row()->prepare(*text)) {
+    if (owner == nullptr || !row->keys.prepare(*text)) {
       return nullptr;
     }
-    return std::make_unique<XEvent>(event, owner->row());
-  }
-  if (const auto* key = std::get_if<KeyEvent>(&event)) {
-    if (owner == nullptr && !loose_) {
-      loose_ = std::make_shared<KeyRow>(display_, "");
+  } else if (const auto* key = std::get_if<KeyEvent>(&event)) {
+    if (!row->keys.prepare(*key)) {
+      return nullptr;
     }
-    const std::shared_ptr<KeyRow>& row = owner != nullptr ? owner->row() : loose_;
-    return row->prepare(*key) ? std::make_unique<XEvent>(event, row) : nullptr;
   }
-  return std::make_unique<XEvent>(event, nullptr);
+  return std::make_unique<XEvent>(event, row);
+}
+
+std::shared_ptr<EventRow> LinuxInputEvents::looseRow() {
+  std::shared_ptr<EventRow> row = loose_.lock();
+  if (!row) {
+    row = std::make_shared<EventRow>(display_, "");
+    loose_ = row;
+  }
+  return row;
 }
 
 void LinuxInputEvents::post(const CreatedEvent& event) {
@@ -140,17 +155,13 @@ void LinuxInputEvents::post(const CreatedEvent& event) {
     return;
   }
   if (const auto* mouse = std::get_if<MouseEvent>(&created->event())) {
-    fakeMouse(*server, *mouse);
+    fakeMouse(*server, *mouse, created->row().buttons);
   } else if (const auto* scroll = std::get_if<ScrollEvent>(&created->event())) {
     fakeWheel(*server, *scroll);
   } else if (const auto* text = std::get_if<TextEvent>(&created->event())) {
-    return created->row()->post(*text);
+    return created->row().keys.post(*text);
   } else if (const auto* key = std::get_if<KeyEvent>(&created->event())) {
-    created->row()->post(*key);
-    if (created->row() == loose_ && !isDown(created->event())) {
-      loose_.reset();
-    }
-    return;
+    return created->row().keys.post(*key);
   }
   server->sync();
 }

@@ -7,7 +7,7 @@
 
 namespace tarqo::lnx {
 
-class KeyRow;
+struct EventRow;
 
 /// How many pixels of scrolling count as one click of the wheel. X11 knows clicks only; a click
 /// moves 30 to 36 pixels in GTK 3 and GTK 4, three rows in Qt, 120 pixels in Chromium.
@@ -17,9 +17,12 @@ inline constexpr int kPixelsPerClick = 40;
 [[nodiscard]] int wheelClicks(std::int32_t pixels);
 
 /// The click state of a mouse event needs no saying: X11 programs count the clicks of a row
-/// themselves, by time and place. Text needs a source; a key without a source holds for itself.
-/// Creating a keyboard event may wait for applications to have read those before; destroying a
-/// source too. See `KeyRow`. Posting more than one click of the wheel takes 50 ms.
+/// themselves, by time and place. Text needs a source. Events without one share what they change on
+/// the server, and put it back when the last of them is destroyed: what goes down is created
+/// together with what comes up. Signals that ask the process to end wait while a button is down,
+/// and from a keyboard event's creation to the end of its row. Creating a keyboard event may wait
+/// for applications to have read those before; destroying a source too. See `KeyRow`. Posting more
+/// than one click of the wheel takes 50 ms.
 class LinuxInputEvents final : public InputEvents {
  public:
   explicit LinuxInputEvents(XDisplay& display) : display_(display) {}
@@ -30,9 +33,11 @@ class LinuxInputEvents final : public InputEvents {
   std::optional<Point> pointerLocation() override;
 
  private:
+  /// What events without a source share as long as one of them exists.
+  std::shared_ptr<EventRow> looseRow();
+
   XDisplay& display_;
-  /// The row of the keys that have no source: from the first that is down until it is up again.
-  std::shared_ptr<KeyRow> loose_;
+  std::weak_ptr<EventRow> loose_;
 };
 
 }  // namespace tarqo::lnx

@@ -11,6 +11,7 @@
 
 #include <chrono>
 #include <iostream>
+#include <memory>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -39,7 +40,7 @@ class Driver {
     if (verb == "scroll") {
       std::int32_t pixels = 0;
       words >> pixels;
-      return post(nullptr, ScrollEvent{pixels});
+      return post(ScrollEvent{pixels});
     }
     return point(verb, words);
   }
@@ -47,8 +48,8 @@ class Driver {
  private:
   static void pause(int ms) { std::this_thread::sleep_for(milliseconds(ms)); }
 
-  bool post(EventSource* source, const InputEvent& event) {
-    const auto created = events_.create(source, event);
+  bool post(const InputEvent& event) {
+    const auto created = events_.create(pointer_.get(), event);
     if (created) {
       events_.post(*created);
     }
@@ -104,7 +105,7 @@ class Driver {
         {"up", leftUp},  {"rightDown", rightDown}, {"rightUp", rightUp}};
     for (const auto& [name, type] : verbs) {
       if (verb == name) {
-        return post(nullptr, MouseEvent{type, at, type == moved || type == leftDragged ? 0 : 1});
+        return post(MouseEvent{type, at, type == moved || type == leftDragged ? 0 : 1});
       }
     }
     return false;
@@ -112,6 +113,8 @@ class Driver {
 
   lnx::XDisplay display_;
   lnx::LinuxInputEvents events_{display_};
+  /// Keeps a button down from one line to the next.
+  std::unique_ptr<EventSource> pointer_ = events_.makeSource("");
 };
 
 }  // namespace

@@ -334,6 +334,40 @@ class Endings(InputTest):
             self.check_keyboard()
             self.new_helper()
 
+    def end_while_a_button_is_down(self, number, method, name, **args):
+        node = self.node(name)
+        self.app.forget()
+
+        def act():
+            with contextlib.suppress(EOFError, ValueError, OSError):
+                self.call(method, nodeId=node["id"], **args)
+
+        actor = threading.Thread(target=act)
+        actor.start()
+        while actor.is_alive() and not x_keyboard.buttons():
+            pass  # It is down for 40 ms.
+        self.assertNotEqual(x_keyboard.buttons(), 0)
+        started = time.monotonic()
+        os.kill(self.helper.pid, number)
+        actor.join()
+        self.assertEqual(self.helper.close(), -number)
+        self.assertLess(time.monotonic() - started, 1)
+        self.assertEqual(x_keyboard.buttons(), 0)
+        self.new_helper()
+
+    def test_a_signal_in_a_click_waits_for_the_button_to_come_up(self):
+        for number in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP):
+            self.end_while_a_button_is_down(number, "click", "Quiet", count=2)
+            self.app.wait_for("clicked Quiet")
+
+    def test_a_signal_in_a_gesture_waits_for_its_end(self):
+        self.end_while_a_button_is_down(signal.SIGTERM, "input", "Canvas", kind="scroll",
+                                        deltaX=-300)
+        self.app.wait_for("dragged Window -300 0")
+        self.end_while_a_button_is_down(signal.SIGTERM, "input", "Canvas", kind="scroll",
+                                        deltaY=-100)
+        self.app.wait_for("dragged Window 0 110")
+
     def test_a_helper_that_is_killed_leaves_a_note_for_the_next(self):
         typist = self.start_typing()
         os.kill(self.helper.pid, signal.SIGKILL)

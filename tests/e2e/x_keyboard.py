@@ -1,4 +1,4 @@
-"""The keyboard as the X server tells it, read and pressed by other code than the helper's.
+"""Keys and buttons as the X server tells them, read and pressed by other code than the helper's.
 
 For tests whose display stays: one that goes away ends the process that uses it.
 """
@@ -62,6 +62,13 @@ def state():
     _xlib().XkbGetState(_display(), _CORE_KEYBOARD, ctypes.byref(told))
     down = [key for key in range(256) if bits[key // 8] >> key % 8 & 1]
     return down, told.mods, told.locked_mods
+
+
+def buttons():
+    """The buttons of the pointer that are down: one bit each."""
+    told = _State()
+    _xlib().XkbGetState(_display(), _CORE_KEYBOARD, ctypes.byref(told))
+    return told.ptr_buttons
 
 
 def borrowed_keys():
