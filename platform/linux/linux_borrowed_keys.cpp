@@ -12,9 +12,21 @@
 namespace tarqo::lnx {
 namespace {
 
-/// The keys that a helper which is no more has left behind. The note holds its process id and then
-/// the keys; a note of a living helper is respected.
-std::vector<xcb_keycode_t> abandonedKeys(XServer& server) {
+/// A key and a meaning that it was lent. In the note each is three numbers: the key's code, what it
+/// types, and what it types with Shift.
+struct Loan {
+  xcb_keycode_t key = 0;
+  KeySymbols meaning;
+};
+constexpr std::size_t kNumbersOfLoan = 3;
+
+void append(std::vector<std::uint32_t>& numbers, xcb_keycode_t key, const KeySymbols& meaning) {
+  numbers.insert(numbers.end(), {key, meaning.at(0, 0), meaning.at(0, 1)});
+}
+
+/// What a helper which is no more has lent and noted. The note holds its process id and then the
+/// loans; a note of a living helper is respected.
+std::vector<Loan> abandonedLoans(XServer& server) {
   const auto note = server.take<xcb_get_property_reply_t>(
       askProperty(server, server.root(), server.atom(XAtom::tarqoBorrowedKeys), kXListLength));
   const std::span<const std::uint32_t> numbers = numbersOf(note);
@@ -25,11 +37,19 @@ std::vector<xcb_keycode_t> abandonedKeys(XServer& server) {
   if (owner != getpid() && kill(owner, 0) == 0) {
     return {};
   }
-  std::vector<xcb_keycode_t> keys;
-  for (const std::uint32_t key : numbers.subspan(1)) {
-    keys.push_back(static_cast<xcb_keycode_t>(key));
+  std::vector<Loan> loans;
+  for (auto rest = numbers.subspan(1); rest.size() >= kNumbersOfLoan;
+       rest = rest.subspan(kNumbersOfLoan)) {
+    loans.push_back({static_cast<xcb_keycode_t>(rest[0]), KeySymbols::typing(rest[1], rest[2])});
   }
-  return keys;
+  return loans;
+}
+
+/// Whether a key still types what it was lent. After a change of the layout its code may be that of
+/// a key of the user's.
+bool stillLent(const std::vector<Loan>& loans, xcb_keycode_t key, const KeySymbols& meaning) {
+  return std::any_of(loans.begin(), loans.end(),
+                     [&](const Loan& loan) { return loan.key == key && loan.meaning == meaning; });
 }
 
 template <typename T>
@@ -46,18 +66,21 @@ void BorrowedKeys::findKeys(XServer& server) {
   }
   keys_.emplace();
   const std::vector<Keymap> devices = readKeymapsOfDevices(server);
-  const std::vector<xcb_keycode_t> abandoned = abandonedKeys(server);
+  const std::vector<Loan> abandoned = abandonedLoans(server);
   const std::vector<xcb_keycode_t> modifying = keysOfModifiers(server);
   for (std::size_t i = 0; i < keymap->keys.size(); ++i) {
     const auto key = static_cast<xcb_keycode_t>(keymap->first + i);
     const bool hasMeaning = std::any_of(devices.begin(), devices.end(), [&](const Keymap& each) {
       return !each.of(key).isEmpty();
     });
-    if (contains(abandoned, key)) {
+    if (stillLent(abandoned, key, keymap->keys[i])) {
       (*keys_)[key] = {KeySymbols{}, keymap->keys[i], {}};
     } else if (!hasMeaning && keymap->keys[i].isEmpty() && !contains(modifying, key)) {
       (*keys_)[key] = {keymap->keys[i], std::nullopt, {}};
     }
+  }
+  if (!abandoned.empty()) {
+    note(server, {});
   }
 }
 
@@ -115,10 +138,10 @@ bool BorrowedKeys::lend(const std::vector<KeySymbols>& wanted, std::size_t urgen
   if (server == nullptr) {
     return false;
   }
+  note(*server, changes);
   for (const auto& [key, change] : changes) {
     keys_->at(key).lent = change.to;
   }
-  note(*server);
   const bool lent = rebind(*server, changes);
   std::this_thread::sleep_for(kMeaningLearned);
   return lent;
@@ -138,12 +161,15 @@ void BorrowedKeys::awaitReaders(const std::vector<const Key*>& keys) {
   std::this_thread::sleep_until(lastUse + kMeaningHeld);
 }
 
-void BorrowedKeys::note(XServer& server) {
+void BorrowedKeys::note(XServer& server, const std::map<xcb_keycode_t, KeyChange>& changes) {
   std::vector<std::uint32_t> numbers{static_cast<std::uint32_t>(getpid())};
   for (const auto& [key, state] : *keys_) {
     if (state.lent) {
-      numbers.push_back(key);
+      append(numbers, key, *state.lent);
     }
+  }
+  for (const auto& [key, change] : changes) {
+    append(numbers, key, change.to);
   }
   const xcb_atom_t property = server.atom(XAtom::tarqoBorrowedKeys);
   if (numbers.size() == 1) {
@@ -176,7 +202,7 @@ void BorrowedKeys::giveBack() {
     for (const auto& [key, change] : changes) {
       keys_->at(key).lent.reset();
     }
-    note(*server);
+    note(*server, {});
   }
 }
 

@@ -2,8 +2,8 @@
 // it.
 //
 // A keyboard mapping is shared by all applications and belongs to nobody, so what is borrowed is
-// noted on the root window: when a helper is killed, the next one takes its keys over and gives
-// them back. Worker thread only.
+// noted on the root window: when a helper is killed, the next one takes over the keys that still
+// type what they were lent, and gives them back. Worker thread only.
 #pragma once
 
 #include <chrono>
@@ -63,7 +63,8 @@ class BorrowedKeys {
   void findKeys(XServer& server);
   /// Waits until none of the keys was used in the last `kMeaningHeld`.
   static void awaitReaders(const std::vector<const Key*>& keys);
-  void note(XServer& server);
+  /// Notes what is lent, and what is about to be.
+  void note(XServer& server, const std::map<xcb_keycode_t, KeyChange>& changes);
 
   XDisplay& display_;
   std::optional<std::map<xcb_keycode_t, Key>> keys_;

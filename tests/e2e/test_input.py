@@ -368,16 +368,28 @@ class Endings(InputTest):
                                         deltaY=-100)
         self.app.wait_for("dragged Window 0 110")
 
-    def test_a_helper_that_is_killed_leaves_a_note_for_the_next(self):
+    def kill_while_it_types(self):
         typist = self.start_typing()
         os.kill(self.helper.pid, signal.SIGKILL)
         typist.join()
         self.helper.close()
         self.assertNotEqual(x_keyboard.mapping(), self.mapping)
         self.assertNotEqual(x_keyboard.borrowed_keys(), "")
+
+    def test_a_helper_that_is_killed_leaves_a_note_for_the_next(self):
+        self.kill_while_it_types()
         self.new_helper()
         self.type_by_keys("한")
         self.check_keyboard()
+
+    def test_the_next_takes_no_key_of_a_layout_set_meanwhile(self):
+        self.kill_while_it_types()
+        with x_keyboard.layout("jp106", "jp"):  # It has keys that others lack.
+            chosen = x_keyboard.mapping()
+            self.new_helper()
+            self.type_by_keys("한")
+            self.assertEqual(x_keyboard.mapping(), chosen)
+            self.assertEqual(x_keyboard.borrowed_keys(), "")
 
 
 if __name__ == "__main__":

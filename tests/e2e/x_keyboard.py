@@ -71,6 +71,17 @@ def buttons():
     return told.ptr_buttons
 
 
+@contextlib.contextmanager
+def layout(model, name):
+    """Another keyboard, as a user sets it."""
+    before = dict(line.split() for line in _ask("setxkbmap", "-query").splitlines())
+    _ask("setxkbmap", "-model", model, "-layout", name)
+    try:
+        yield
+    finally:
+        _ask("setxkbmap", "-model", before["model:"], "-layout", before["layout:"])
+
+
 def borrowed_keys():
     """What a helper has noted of keys that it lends a meaning; empty when there is no note."""
     return _ask("xprop", "-root", "_TARQO_BORROWED_KEYS").partition("=")[2].strip()
