@@ -85,15 +85,19 @@ class LinuxAccessibility final : public Accessibility {
   [[nodiscard]] std::optional<WindowNumber> windowNumber(const Parts& window);
 
   // Typing over a field.
+  struct Content {
+    std::string text;             ///< Its beginning, where it is long.
+    std::int32_t characters = 0;  ///< Of all of it.
+  };
   [[nodiscard]] bool typesText(const Parts& object, const AtspiFacts& facts);
   [[nodiscard]] bool typeOver(const Parts& object, const std::string& text);
   [[nodiscard]] bool takesKeys(const Parts& object);
   [[nodiscard]] bool awaitFocus(const Parts& object);
-  [[nodiscard]] std::optional<std::string> contentOf(const Parts& object);
-  [[nodiscard]] bool selectAll(const Parts& object, const std::string& content);
+  [[nodiscard]] std::optional<Content> contentOf(const Parts& object);
+  [[nodiscard]] bool selectAll(const Parts& object, std::int32_t characters);
   [[nodiscard]] bool selects(const Parts& object, std::int32_t characters);
   [[nodiscard]] bool awaitContent(const Parts& object, const std::string& text,
-                                  const std::string& before);
+                                  const Content& before);
 
   // Hit tests.
   [[nodiscard]] std::vector<Parts> hitCandidates(const LocatedWindow& window, Point point);

@@ -19,8 +19,16 @@ constexpr auto kArrival = std::chrono::milliseconds(500);
 /// For a page to tell back what is selected in it.
 constexpr auto kSelectionTold = std::chrono::milliseconds(250);
 
+/// What a page may add to what is typed, beside a blank for every character.
+constexpr std::int32_t kAddedByPage = 64;
+
 constexpr std::uint16_t kDeleteKey = 117;
 constexpr std::uint16_t kAKey = 0;
+
+std::int32_t charactersIn(const std::string& text) {
+  return static_cast<std::int32_t>(std::ranges::count_if(
+      text, [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U; }));
+}
 
 }  // namespace
 
@@ -42,8 +50,8 @@ bool LinuxAccessibility::typeOver(const Parts& object, const std::string& text) 
   if (!takesKeys(field) || !grabFocus(field) || !awaitFocus(field)) {
     return false;
   }
-  const std::optional<std::string> before = contentOf(field);
-  if (!before || !selectAll(field, *before)) {
+  const std::optional<Content> before = contentOf(field);
+  if (!before || !selectAll(field, before->characters)) {
     return false;
   }
   const std::unique_ptr<EventSource> source = keyboard_->makeSource(text);
@@ -124,19 +132,26 @@ bool LinuxAccessibility::awaitFocus(const Parts& object) {
   return false;
 }
 
-std::optional<std::string> LinuxAccessibility::contentOf(const Parts& object) {
+std::optional<LinuxAccessibility::Content> LinuxAccessibility::contentOf(const Parts& object) {
   const FactsPtr facts = reader_.learn(object, Fact::value);
-  return facts ? facts->text : std::nullopt;
+  std::optional<int> count;
+  reader_.ask(object, [&](AtspiBatch& batch) {
+    batch.property(object.ref, kText, "CharacterCount", [&](const Reply& reply) {
+      count = reply.ok ? readVariantInt(reply.message) : std::nullopt;
+    });
+  });
+  if (!facts || !facts->text || !count) {
+    return std::nullopt;
+  }
+  return Content{*facts->text, *count};
 }
 
 /// The page learns of a selection on another way than of keys, so one that it has not told back may
 /// come too late. The shortcut for it stays in order.
-bool LinuxAccessibility::selectAll(const Parts& object, const std::string& content) {
-  if (content.empty()) {
+bool LinuxAccessibility::selectAll(const Parts& object, std::int32_t characters) {
+  if (characters == 0) {
     return true;
   }
-  const auto characters = static_cast<std::int32_t>(std::ranges::count_if(
-      content, [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U; }));
   reader_.ask(object, [&](AtspiBatch& batch) {
     Message message = batch.make(object.ref, kText, "SetSelection");
     if (message) {
@@ -180,16 +195,22 @@ bool LinuxAccessibility::selects(const Parts& object, std::int32_t characters) {
 }
 
 /// Whether the text arrived. A page may change what is typed (a telephone number gets its blanks),
-/// so anything but what was there before is taken for it in the end.
+/// so anything but what was there before is taken for it in the end. Where that was too long to be
+/// read whole, what has stayed of it shows by the length alone.
 bool LinuxAccessibility::awaitContent(const Parts& object, const std::string& text,
-                                      const std::string& before) {
+                                      const Content& before) {
   const Instant deadline = std::chrono::steady_clock::now() + kArrival;
-  std::optional<std::string> now = contentOf(object);
-  while (now && *now != text && std::chrono::steady_clock::now() < deadline) {
+  std::optional<Content> now = contentOf(object);
+  while (now && now->text != text && std::chrono::steady_clock::now() < deadline) {
     std::this_thread::sleep_for(kPoll);
     now = contentOf(object);
   }
-  return now && (*now == text || *now != before);
+  if (!now || now->text == text) {
+    return now.has_value();
+  }
+  const bool wasCut = charactersIn(before.text) < before.characters;
+  const bool isTooLong = now->characters > 2 * charactersIn(text) + kAddedByPage;
+  return now->text != before.text && !(wasCut && isTooLong);
 }
 
 }  // namespace tarqo::lnx

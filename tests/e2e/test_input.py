@@ -256,6 +256,14 @@ class ChromiumInput(InputTests, StateTests, InputTest):
             self.wait_for_rest(line)
             self.scroll_back()
 
+    def test_a_long_value_is_replaced_to_its_end(self):
+        self.click("Canvas", count=2)
+        self.app.wait_for("double-clicked Canvas")
+        wait_until(lambda: self.node("Notes", "textbox").get("value"), 5, "the notes are told")
+        self.input("Notes", "type", "textbox", text="new")
+        wait_until(lambda: self.app.lines("text Notes")[-1:] == ['text Notes "new"'], 5,
+                   "the notes hold nothing else")
+
     def test_no_key_of_a_value_reaches_another_window(self):
         node = self.node("Name", "textbox")
         failures = []
