@@ -26,6 +26,12 @@ PngError errorOf(png::EncodeError error) {
 
 }  // namespace
 
+Image imageOf(png::Bgrx pixels) {
+  const int width = pixels.widthPx;
+  const int height = pixels.heightPx;
+  return {width, height, std::make_shared<OwnedPixels>(std::move(pixels))};
+}
+
 std::optional<png::BgrxView> bgrxOf(const Image& image) {
   const auto* pixels = dynamic_cast<const BgrxPixels*>(image.pixels.get());
   return pixels != nullptr ? std::optional(pixels->view()) : std::nullopt;
@@ -45,12 +51,7 @@ std::variant<std::string, PngError> LinuxImages::encodePng(const Image& image) {
 
 std::optional<Image> LinuxImages::decodePng(const std::string& bytes) {
   auto pixels = png::decode(bytes);
-  if (!pixels) {
-    return std::nullopt;
-  }
-  const int width = pixels->widthPx;
-  const int height = pixels->heightPx;
-  return Image{width, height, std::make_shared<OwnedPixels>(std::move(*pixels))};
+  return pixels ? std::optional(imageOf(std::move(*pixels))) : std::nullopt;
 }
 
 }  // namespace tarqo::lnx

@@ -14,6 +14,9 @@ class BgrxPixels : public PixelData {
   [[nodiscard]] virtual png::BgrxView view() const = 0;
 };
 
+/// The image of some pixels.
+[[nodiscard]] Image imageOf(png::Bgrx pixels);
+
 /// The pixels of an image, valid as long as the image; none when another backend made it.
 [[nodiscard]] std::optional<png::BgrxView> bgrxOf(const Image& image);
 

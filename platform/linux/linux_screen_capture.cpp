@@ -37,12 +37,8 @@ bool LinuxScreenCapture::redirect(XServer& server, const XWindows& windows, cons
   if (redirected_ == wanted) {
     return true;
   }
-  xcb_connection_t* c = server.raw();
-  if (redirected_.connection == wanted.connection) {
-    xcb_composite_unredirect_window(c, redirected_.window, XCB_COMPOSITE_REDIRECT_AUTOMATIC);
-  }
-  redirected_ = {};
-  if (!server.succeeded(xcb_composite_redirect_window_checked(c, window.outermost,
+  forgetRedirected(server);
+  if (!server.succeeded(xcb_composite_redirect_window_checked(server.raw(), window.outermost,
                                                               XCB_COMPOSITE_REDIRECT_AUTOMATIC))) {
     return false;
   }
@@ -51,6 +47,27 @@ bool LinuxScreenCapture::redirect(XServer& server, const XWindows& windows, cons
     std::this_thread::sleep_for(kRepaintTime);
   }
   return true;
+}
+
+void LinuxScreenCapture::forgetRedirected(XServer& server) {
+  if (redirected_.connection == server.serial()) {
+    xcb_composite_unredirect_window(server.raw(), redirected_.window,
+                                    XCB_COMPOSITE_REDIRECT_AUTOMATIC);
+  }
+  redirected_ = {};
+}
+
+std::optional<Image> LinuxScreenCapture::redirectedImage(XServer& server, const XWindow& window) {
+  xcb_connection_t* c = server.raw();
+  const xcb_pixmap_t pixmap = xcb_generate_id(c);
+  xcb_composite_name_window_pixmap(c, window.outermost, pixmap);
+  Rect part = window.frame;
+  part.x -= window.outermostArea.x;
+  part.y -= window.outermostArea.y;
+  auto image = readPixels(server, pixmap, pixelFormatOf(server, window.outermostVisual), part);
+  xcb_free_pixmap(c, pixmap);
+  server.sync();
+  return image;
 }
 
 std::optional<Image> LinuxScreenCapture::windowImage(WindowNumber number,
@@ -67,15 +84,15 @@ std::optional<Image> LinuxScreenCapture::windowImage(WindowNumber number,
       !redirect(*server, windows, *window)) {
     return std::nullopt;
   }
-  xcb_connection_t* c = server->raw();
-  const xcb_pixmap_t pixmap = xcb_generate_id(c);
-  xcb_composite_name_window_pixmap(c, window->outermost, pixmap);
-  Rect part = window->frame;
-  part.x -= window->outermostArea.x;
-  part.y -= window->outermostArea.y;
-  auto image = readPixels(*server, pixmap, part);
-  xcb_free_pixmap(c, pixmap);
-  server->sync();
+  auto image = redirectedImage(*server, *window);
+  if (!image) {
+    // A server gives an application that starts the numbers of one that has ended, so the window
+    // may be another one than was redirected under its number.
+    forgetRedirected(*server);
+    if (redirect(*server, windows, *window)) {
+      image = redirectedImage(*server, *window);
+    }
+  }
   return image;
 }
 
@@ -94,6 +111,11 @@ std::optional<std::string> LinuxScreenCapture::obstacle() {
   if (!server->extensions().composite) {
     return "The X server does not offer the Composite extension, which reading a window's pixels "
            "needs. Enable it in the server's configuration, then run again.";
+  }
+  if (!pixelFormatOf(*server, server->screen().root_visual).isReadable()) {
+    return "The screen keeps its pixels in a form that cannot be read: only 16, 24 or 32 bits for "
+           "each, with colours of their own, can. Set the X server to a depth of 24, then run "
+           "again.";
   }
   return std::nullopt;
 }

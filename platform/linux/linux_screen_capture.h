@@ -27,7 +27,8 @@ class LinuxScreenCapture final : public ScreenCapture {
   std::vector<CaptureTechnique> techniques() override { return {CaptureTechnique::windowImage}; }
   bool listsShareableWindows() override { return false; }
 
-  /// None for a window that is closed, minimised or not shown. Both resolutions are the window's
+  /// None for a window that is closed, minimised or not shown, or whose pixels are indices into a
+  /// table of colours. Both resolutions are the window's
   /// own pixels. Waits for the server as long as any request, and 80 ms longer for a window that is
   /// covered and was not captured last.
   std::optional<Image> windowImage(WindowNumber window, WindowImageResolution resolution) override;
@@ -49,6 +50,9 @@ class LinuxScreenCapture final : public ScreenCapture {
   /// Sees to it that the window's pixels are kept apart from the screen's; false when the server
   /// refuses.
   bool redirect(XServer& server, const XWindows& windows, const XWindow& window);
+  void forgetRedirected(XServer& server);
+  /// What a redirected window shows; none when it is not redirected after all.
+  [[nodiscard]] static std::optional<Image> redirectedImage(XServer& server, const XWindow& window);
 
   std::mutex mutex_;
   XDisplay display_;

@@ -15,21 +15,35 @@ namespace tarqo::lnx {
 namespace {
 
 constexpr std::uint32_t kAllPlanes = 0xffffffff;
-constexpr std::size_t kBytesPerPixel = 4;
 
 struct Area {
   std::int16_t x = 0;
   std::int16_t y = 0;
   std::uint16_t width = 0;
   std::uint16_t height = 0;
+  std::size_t strideBytes = 0;
 
-  [[nodiscard]] std::size_t stride() const { return width * kBytesPerPixel; }
-  [[nodiscard]] std::size_t bytes() const { return stride() * height; }
+  [[nodiscard]] std::size_t bytes() const { return strideBytes * height; }
 };
 
-png::BgrxView viewOf(const Area& area, std::span<const std::uint8_t> bytes) {
-  return {area.width, area.height, area.stride(), bytes};
-}
+/// The rows of an image as the server gave them.
+class ServerPixels : public BgrxPixels {
+ public:
+  explicit ServerPixels(const Area& area) : area_(area) {}
+
+  [[nodiscard]] virtual std::span<const std::uint8_t> rows() const = 0;
+
+  /// Only of pixels that need no conversion.
+  [[nodiscard]] png::BgrxView view() const final {
+    return {area_.width, area_.height, area_.strideBytes, rows()};
+  }
+
+ protected:
+  [[nodiscard]] const Area& area() const { return area_; }
+
+ private:
+  Area area_;
+};
 
 /// Memory that can be handed to the server as a file descriptor.
 class SharedMemory {
@@ -65,33 +79,31 @@ class SharedMemory {
   const std::uint8_t* data_ = nullptr;
 };
 
-class SharedPixels final : public BgrxPixels {
+class SharedPixels final : public ServerPixels {
  public:
   SharedPixels(const Area& area, std::unique_ptr<SharedMemory> memory)
-      : area_(area), memory_(std::move(memory)) {}
-  [[nodiscard]] png::BgrxView view() const override { return viewOf(area_, memory_->bytes()); }
+      : ServerPixels(area), memory_(std::move(memory)) {}
+  [[nodiscard]] std::span<const std::uint8_t> rows() const override { return memory_->bytes(); }
 
  private:
-  Area area_;
   std::unique_ptr<SharedMemory> memory_;
 };
 
 /// Pixels in the very message in which the server sent them.
-class ReplyPixels final : public BgrxPixels {
+class ReplyPixels final : public ServerPixels {
  public:
   ReplyPixels(const Area& area, XReply<xcb_get_image_reply_t> reply)
-      : area_(area), reply_(std::move(reply)) {}
-  [[nodiscard]] png::BgrxView view() const override {
-    return viewOf(area_, {xcb_get_image_data(reply_.get()), area_.bytes()});
+      : ServerPixels(area), reply_(std::move(reply)) {}
+  [[nodiscard]] std::span<const std::uint8_t> rows() const override {
+    return {xcb_get_image_data(reply_.get()), area().bytes()};
   }
 
  private:
-  Area area_;
   XReply<xcb_get_image_reply_t> reply_;
 };
 
-std::shared_ptr<const PixelData> readShared(XServer& server, xcb_pixmap_t pixmap,
-                                            const Area& area) {
+std::shared_ptr<const ServerPixels> readShared(XServer& server, xcb_pixmap_t pixmap,
+                                               const Area& area) {
   auto memory = std::make_unique<SharedMemory>(area.bytes());
   if (!server.extensions().shmDescriptors || !memory->valid()) {
     return nullptr;
@@ -109,7 +121,8 @@ std::shared_ptr<const PixelData> readShared(XServer& server, xcb_pixmap_t pixmap
   return std::make_shared<SharedPixels>(area, std::move(memory));
 }
 
-std::shared_ptr<const PixelData> readReply(XServer& server, xcb_pixmap_t pixmap, const Area& area) {
+std::shared_ptr<const ServerPixels> readReply(XServer& server, xcb_pixmap_t pixmap,
+                                              const Area& area) {
   auto reply = server.take<xcb_get_image_reply_t>(
       xcb_get_image(server.raw(), XCB_IMAGE_FORMAT_Z_PIXMAP, pixmap, area.x, area.y, area.width,
                     area.height, kAllPlanes));
@@ -119,41 +132,50 @@ std::shared_ptr<const PixelData> readReply(XServer& server, xcb_pixmap_t pixmap,
   return std::make_shared<ReplyPixels>(area, std::move(reply));
 }
 
-/// Whether pixels of that depth are 32 bits in the order of the image formats here. The depth says
-/// so only together with the server's table of formats and the masks of its visuals.
-bool isBgrx(const XServer& server, std::uint8_t depth) {
-  const xcb_setup_t* setup = xcb_get_setup(server.raw());
-  if (setup->image_byte_order != XCB_IMAGE_ORDER_LSB_FIRST) {
-    return false;
-  }
-  bool has32Bits = false;
+/// Puts in what the server's table of formats says about pixels of a depth.
+void readLayout(const xcb_setup_t* setup, std::uint8_t depth, PixelFormat& format) {
   for (auto formats = xcb_setup_pixmap_formats_iterator(setup); formats.rem > 0;
        xcb_format_next(&formats)) {
-    has32Bits = has32Bits || (formats.data->depth == depth && formats.data->bits_per_pixel == 32);
-  }
-  for (auto depths = xcb_screen_allowed_depths_iterator(&server.screen()); depths.rem > 0;
-       xcb_depth_next(&depths)) {
-    if (depths.data->depth != depth) {
-      continue;
-    }
-    for (auto visuals = xcb_depth_visuals_iterator(depths.data); visuals.rem > 0;
-         xcb_visualtype_next(&visuals)) {
-      if (visuals.data->_class == XCB_VISUAL_CLASS_TRUE_COLOR &&
-          visuals.data->red_mask == 0xff0000 && visuals.data->green_mask == 0xff00 &&
-          visuals.data->blue_mask == 0xff) {
-        return has32Bits;
-      }
+    if (formats.data->depth == depth) {
+      format.bitsPerPixel = formats.data->bits_per_pixel;
+      format.scanlinePadBits = formats.data->scanline_pad;
     }
   }
-  return false;
+  format.bigEndian = setup->image_byte_order == XCB_IMAGE_ORDER_MSB_FIRST;
 }
 
 }  // namespace
 
-std::optional<Image> readPixels(XServer& server, xcb_pixmap_t pixmap, const Rect& part) {
+PixelFormat pixelFormatOf(const XServer& server, xcb_visualid_t visual) {
+  PixelFormat format;
+  for (auto depths = xcb_screen_allowed_depths_iterator(&server.screen()); depths.rem > 0;
+       xcb_depth_next(&depths)) {
+    for (auto visuals = xcb_depth_visuals_iterator(depths.data); visuals.rem > 0;
+         xcb_visualtype_next(&visuals)) {
+      const xcb_visualtype_t& each = *visuals.data;
+      if (each.visual_id != visual) {
+        continue;
+      }
+      readLayout(xcb_get_setup(server.raw()), depths.data->depth, format);
+      // The table of colours behind a "direct" pixel leaves all colours as they are, but for
+      // programs that correct the colours of a screen.
+      if (each._class == XCB_VISUAL_CLASS_TRUE_COLOR ||
+          each._class == XCB_VISUAL_CLASS_DIRECT_COLOR) {
+        format.redMask = each.red_mask;
+        format.greenMask = each.green_mask;
+        format.blueMask = each.blue_mask;
+      }
+      return format;
+    }
+  }
+  return format;
+}
+
+std::optional<Image> readPixels(XServer& server, xcb_pixmap_t pixmap, const PixelFormat& format,
+                                const Rect& part) {
   const auto geometry =
       server.take<xcb_get_geometry_reply_t>(xcb_get_geometry(server.raw(), pixmap));
-  if (!geometry || !isBgrx(server, geometry->depth)) {
+  if (!geometry || !format.isReadable()) {
     return std::nullopt;
   }
   const Rect whole{0, 0, static_cast<double>(geometry->width),
@@ -161,7 +183,8 @@ std::optional<Image> readPixels(XServer& server, xcb_pixmap_t pixmap, const Rect
   const Rect inside = whole.intersection(part);
   const Area area{static_cast<std::int16_t>(inside.x), static_cast<std::int16_t>(inside.y),
                   static_cast<std::uint16_t>(inside.width),
-                  static_cast<std::uint16_t>(inside.height)};
+                  static_cast<std::uint16_t>(inside.height),
+                  format.strideBytes(static_cast<int>(inside.width))};
   if (area.bytes() == 0) {
     return std::nullopt;
   }
@@ -171,6 +194,9 @@ std::optional<Image> readPixels(XServer& server, xcb_pixmap_t pixmap, const Rect
   }
   if (!pixels) {
     return std::nullopt;
+  }
+  if (!format.isBgrx()) {
+    return imageOf(toBgrx(format, area.width, area.height, pixels->rows()));
   }
   return Image{area.width, area.height, std::move(pixels)};
 }

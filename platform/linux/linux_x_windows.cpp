@@ -49,6 +49,7 @@ struct Outermost {
   xcb_window_t window = XCB_NONE;
   bool viewable = false;
   bool overrideRedirect = false;
+  xcb_visualid_t visual = 0;
   Rect area;
   std::vector<xcb_window_t> clients;
 };
@@ -275,6 +276,7 @@ class WindowReader {
       each.viewable = attributes->map_state == XCB_MAP_STATE_VIEWABLE &&
                       attributes->_class == XCB_WINDOW_CLASS_INPUT_OUTPUT;
       each.overrideRedirect = attributes->override_redirect != 0;
+      each.visual = attributes->visual;
       const int border = 2 * geometry->border_width;
       each.area = {static_cast<double>(geometry->x), static_cast<double>(geometry->y),
                    static_cast<double>(geometry->width + border),
@@ -333,6 +335,7 @@ class WindowReader {
       XWindow window;
       window.client = client;
       window.outermost = each.window;
+      window.outermostVisual = each.visual;
       window.managed = managed;
       asked.push_back({&each, std::move(window), askAbout(server_, client)});
       numbers.push_back(client);

@@ -14,9 +14,10 @@ namespace tarqo::lnx {
 
 /// A window that a user would call one: an application's own, or a popup that has no other.
 struct XWindow {
-  xcb_window_t client = XCB_NONE;     ///< The application's window.
-  xcb_window_t outermost = XCB_NONE;  ///< The child of the root that holds it: a window manager's
-                                      ///< frame, or the client itself.
+  xcb_window_t client = XCB_NONE;      ///< The application's window.
+  xcb_window_t outermost = XCB_NONE;   ///< The child of the root that holds it: a window manager's
+                                       ///< frame, or the client itself.
+  xcb_visualid_t outermostVisual = 0;  ///< How its pixels are to be read.
   bool managed = false;    ///< Known to the window manager; without one, every ordinary window.
   bool viewable = false;   ///< Mapped with all it lies in, though perhaps off the screen.
   bool minimised = false;  ///< An icon by itself, not because the desktop is shown.

@@ -1,7 +1,7 @@
 """A desktop inside the desktop, whose parts a test may end and start again.
 
 An X server, a D-Bus session and its accessibility bus of their own; no window manager is needed to
-lose them, but one is there, since activating depends on it.
+lose them, but one is there, since activating depends on it, unless a test does without.
 """
 
 import os
@@ -31,7 +31,9 @@ BUS_CONFIGURATION = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus
 
 
 class PrivateDesktop:
-    def __init__(self):
+    def __init__(self, depth=24, manager=True):
+        self._depth = depth
+        self._has_manager = manager
         self.folder = tempfile.mkdtemp(prefix="private.")
         self.environment = {name: value for name, value in os.environ.items()
                             if not name.startswith(("AT_SPI", "TARQO_DESKTOP"))}
@@ -66,12 +68,14 @@ class PrivateDesktop:
         reader, writer = os.pipe()
         number = [self._display] if self._display else []
         self._start("X", ["Xvfb", *number, "-displayfd", str(writer), "-screen", "0",
-                          "1280x800x24", "-nolisten", "tcp", "-noreset"], pass_fds=(writer,))
+                          "1280x800x%d" % self._depth, "-nolisten", "tcp", "-noreset"],
+                    pass_fds=(writer,))
         os.close(writer)
         with os.fdopen(reader) as told:
             self._display = ":" + told.readline().strip()
         self.environment["DISPLAY"] = self._display
-        self.start_manager()
+        if self._has_manager:
+            self.start_manager()
 
     def start_manager(self):
         self._start("manager", ["openbox", "--sm-disable"])
