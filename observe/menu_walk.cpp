@@ -31,6 +31,11 @@ std::optional<Element> MenuWalk::menuUnder(const Element& item) {
   return std::nullopt;
 }
 
+// Whether an item that shows no menu may have one all the same: what lies under it was not read.
+bool MenuWalk::mayHideMenu(const Element& item) const {
+  return scope_ && scope_->incomplete() && !childElements(platform_.accessibility, item).empty();
+}
+
 void MenuWalk::walkMenuBar(const Element& app) {
   Accessibility& ax = platform_.accessibility;
   const auto menuBar = elementValue(attribute(ax, app, "AXMenuBar"));
@@ -38,7 +43,7 @@ void MenuWalk::walkMenuBar(const Element& app) {
     return;
   }
   deadline_ = platform_.clock.now() + kMenuBarLimit;
-  const auto scope = ax.readTree(*menuBar, {deadline_, maxNodes_});
+  scope_ = ax.readTree(*menuBar, {deadline_, maxNodes_});
   list_.emit({{"id", menuBarId_},
               {"parentId", nullptr},
               {"role", "menubar"},
@@ -51,7 +56,7 @@ void MenuWalk::walkMenuBar(const Element& app) {
              {*menuBar, "AXMenuBar", kMenuBarName, "", false, std::nullopt});
   for (const Element& title : childElements(ax, *menuBar)) {
     if (exhausted()) {
-      return;
+      break;
     }
     const std::string name = describe(ax, title).name;
     if (name.empty()) {
@@ -61,6 +66,7 @@ void MenuWalk::walkMenuBar(const Element& app) {
       offer(*menu, {name}, 1);
     }
   }
+  scope_.reset();
 }
 
 void MenuWalk::offer(const Element& menu, const Path& path, int depth) {
@@ -80,7 +86,7 @@ void MenuWalk::offer(const Element& menu, const Path& path, int depth) {
     itemPath.push_back(description.name);
     if (const auto submenu = menuUnder(item)) {
       offer(*submenu, itemPath, depth + 1);
-    } else if (description.enabled) {
+    } else if (description.enabled && !mayHideMenu(item)) {
       emitItem(item, description, std::move(itemPath));
     }
   }

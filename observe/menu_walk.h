@@ -9,7 +9,8 @@
 namespace tarqo {
 
 /// Lists the menu bar and the enabled leaf items of its menus, at most three menus deep. Has its
-/// own 1.5 s, so that it can neither starve the window's walk nor be starved by it. Worker thread.
+/// own 1.5 s, so that it can neither starve the window's walk nor be starved by it; what was read
+/// by then is listed. Worker thread.
 class MenuWalk {
  public:
   MenuWalk(const Platform& platform, std::size_t maxNodes, NodeList& list);
@@ -23,6 +24,7 @@ class MenuWalk {
   void offer(const Element& menu, const Path& path, int depth);
   void emitItem(const Element& item, const Description& description, Path path);
   bool exhausted() const;
+  bool mayHideMenu(const Element& item) const;
   std::optional<Element> menuUnder(const Element& item);
 
   const Platform& platform_;
@@ -30,6 +32,7 @@ class MenuWalk {
   NodeList& list_;
   Instant deadline_;
   std::string menuBarId_;
+  std::unique_ptr<TreeRead> scope_;  ///< Open while the menu bar is walked.
 };
 
 }  // namespace tarqo

@@ -32,13 +32,17 @@ void NodeList::emit(Json node, StoredNode stored) {
 void TreeWalk::walkWindow(const Element& app, const Element& window) {
   scope_ = platform_.accessibility.readTree(window, {budget_.deadline, budget_.maxNodes});
   walk(window, nullptr, 0);
+  if (silenced()) {
+    // What was not read may be missing anywhere. The focused element is looked for all the same.
+    list_.truncated = true;
+    scope_->askAgain();
+  }
   addFocused(app);
   scope_.reset();
 }
 
 bool TreeWalk::exhausted() const {
-  return silenced() || list_.nodes.size() >= budget_.maxNodes ||
-         platform_.clock.now() >= budget_.deadline;
+  return list_.nodes.size() >= budget_.maxNodes || platform_.clock.now() >= budget_.deadline;
 }
 
 // The members that a node of the tree and the focused element share. A secure element's frame joins
@@ -70,14 +74,16 @@ Json TreeWalk::nodeOf(const Element& element, const Description& description,
 }
 
 void TreeWalk::walk(const Element& element, const Json& parentId, int depth) {
-  if (exhausted()) {
+  // The window itself is listed whatever is left of the time and whatever it tells: it is what the
+  // focused element and recognised text hang on.
+  const bool isWindow = depth == 0;
+  if (!isWindow && exhausted()) {
     list_.truncated = true;
     return;
   }
   Accessibility& ax = platform_.accessibility;
   const Description description = describe(ax, element);
-  if (description.attrs.empty() && silenced()) {
-    list_.truncated = true;
+  if (!isWindow && description.attrs.empty() && silenced()) {
     return;
   }
   if (isHidden(description)) {
@@ -127,7 +133,7 @@ void TreeWalk::walk(const Element& element, const Json& parentId, int depth) {
 }
 
 void TreeWalk::addFocused(const Element& app) {
-  if (list_.nodes.size() >= budget_.maxNodes || silenced()) {
+  if (list_.nodes.size() >= budget_.maxNodes) {
     return;
   }
   Accessibility& ax = platform_.accessibility;

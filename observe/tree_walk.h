@@ -45,16 +45,16 @@ struct WalkFrames {
 
 /// Walks depth-first, parents before children, children in the order the element reports them.
 /// Hidden elements are left out with all under them; the children of a password field are not
-/// visited. Worker thread; the budgets are checked before each element, so the walk ends at most
-/// one element's reads after its deadline.
+/// visited. Worker thread; the budgets are checked before each element but the window, so the walk
+/// ends at most one element's reads after its deadline.
 class TreeWalk {
  public:
   TreeWalk(const Platform& platform, const WalkBudget& budget, NodeList& list, WalkFrames& frames)
       : platform_(platform), budget_(budget), list_(list), frames_(frames) {}
 
   /// Lists `window` of `app` and all under it, and the element with the keyboard focus when the
-  /// walk has missed it and text goes into it. Ends early, as truncated, when the target stops
-  /// answering.
+  /// walk has missed it and text goes into it. When the target stops answering, what it told until
+  /// then is listed, as truncated.
   void walkWindow(const Element& app, const Element& window);
 
  private:

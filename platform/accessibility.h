@@ -109,8 +109,13 @@ class TreeRead {
  public:
   virtual ~TreeRead() = default;
 
-  /// True once the target has failed to answer in time: what looks empty from then on need not be.
+  /// True once reading ahead has ended before all was read: the target failed to answer in time, or
+  /// the deadline is near. What was read by then is still told, and nothing else is asked: what
+  /// looks empty from then on need not be.
   [[nodiscard]] virtual bool incomplete() const = 0;
+
+  /// Ends the reading ahead for good: what was not read is asked live again, as without a scope.
+  virtual void askAgain() = 0;
 };
 
 class Accessibility {
@@ -155,9 +160,10 @@ class Accessibility {
                                                           NotificationCallback callback) = 0;
 
   /// Opens a scope for reading the tree under `root` (a window, a menu bar). The backend may read
-  /// ahead, within the limits, but need not read what lies beneath hidden elements. A read inside
-  /// the scope may find nothing once the deadline has passed or the target has failed to answer
-  /// once. Null is allowed and means that nothing is read ahead. One scope at a time.
+  /// ahead, within the limits, but need not read what lies beneath hidden elements. It ends early
+  /// enough for the caller to visit what was read before the deadline. `root` itself is read
+  /// whatever the deadline, unless the target fails to answer. Null is allowed and means that
+  /// nothing is read ahead. One scope at a time.
   [[nodiscard]] virtual std::unique_ptr<TreeRead> readTree(const Element& root,
                                                            const TreeReadLimits& limits) = 0;
 };

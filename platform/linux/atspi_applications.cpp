@@ -64,9 +64,8 @@ std::vector<AtspiApp> AtspiApplications::of(Pid pid, Duration patience) {
 
 std::optional<Toolkit> AtspiApplications::toolkitOf(const std::string& busName, Duration patience) {
   forgetAfterReconnect();
-  const auto known = toolkits_.find(busName);
-  if (known != toolkits_.end()) {
-    return known->second;
+  if (const std::optional<Toolkit> known = knownToolkitOf(busName)) {
+    return known;
   }
   std::optional<std::string> name;
   std::string version;
@@ -82,6 +81,11 @@ std::optional<Toolkit> AtspiApplications::toolkitOf(const std::string& busName, 
     return std::nullopt;
   }
   return toolkits_[busName] = toolkitNamed(name.value_or(""), version);
+}
+
+std::optional<Toolkit> AtspiApplications::knownToolkitOf(const std::string& busName) const {
+  const auto known = toolkits_.find(busName);
+  return known == toolkits_.end() ? std::nullopt : std::optional(known->second);
 }
 
 AtspiBus& AtspiApplications::channelTo(const std::string& busName, Toolkit toolkit,

@@ -33,6 +33,9 @@ class AtspiApplications {
   /// The toolkit of a connection, asked once; none while the application does not answer.
   [[nodiscard]] std::optional<Toolkit> toolkitOf(const std::string& busName, Duration patience);
 
+  /// The same, of a connection that was asked before; none when it was not. Asks nobody.
+  [[nodiscard]] std::optional<Toolkit> knownToolkitOf(const std::string& busName) const;
+
   /// The connection to read an application through: its own, past the bus, where it offers one and
   /// is the faster for it, else the bus. Asked once; the bus too while there is no answer.
   [[nodiscard]] AtspiBus& channelTo(const std::string& busName, Toolkit toolkit, Duration patience);

@@ -45,7 +45,8 @@ class AtspiReader::Scope final : public TreeRead {
     }
   }
 
-  [[nodiscard]] bool incomplete() const override { return tree_->failed(); }
+  [[nodiscard]] bool incomplete() const override { return tree_->ended(); }
+  void askAgain() override { tree_->askAgain(); }
 
  private:
   AtspiReader& reader_;
@@ -59,14 +60,14 @@ AtspiTree* AtspiReader::treeOf(Pid pid) {
 bool AtspiReader::failed(Pid pid) {
   const AtspiTree* tree = treeOf(pid);
   const auto silent = silentUntil_.find(pid);
-  return (tree != nullptr && tree->failed()) ||
+  return (tree != nullptr && tree->closed()) ||
          (silent != silentUntil_.end() && std::chrono::steady_clock::now() < silent->second);
 }
 
 void AtspiReader::noteFailure(Pid pid) {
   silentUntil_[pid] = std::chrono::steady_clock::now() + kLeftAlone;
   if (AtspiTree* tree = treeOf(pid)) {
-    tree->fail();
+    tree->end();
   }
 }
 
@@ -76,7 +77,7 @@ BatchLimits AtspiReader::limitsFor(const AtspiElement::Parts& object) {
 
 Toolkit AtspiReader::toolkitOf(const AtspiElement::Parts& object) {
   if (failed(object.pid)) {
-    return Toolkit::other;
+    return applications_.knownToolkitOf(object.ref.bus).value_or(Toolkit::other);
   }
   const std::optional<Toolkit> toolkit = applications_.toolkitOf(object.ref.bus, object.timeout);
   if (!toolkit) {
@@ -88,7 +89,7 @@ Toolkit AtspiReader::toolkitOf(const AtspiElement::Parts& object) {
 void AtspiReader::reach(const AtspiElement::Parts& object) {
   if (AtspiTree* tree = treeOf(object.pid)) {
     const Toolkit toolkit = toolkitOf(object);
-    if (!tree->failed()) {
+    if (!tree->ended()) {
       tree->readAhead(object, toolkit,
                       applications_.channelTo(object.ref.bus, toolkit, object.timeout));
     }
@@ -106,7 +107,7 @@ bool AtspiReader::ask(const AtspiElement::Parts& object,
   if (outcome == BatchOutcome::timedOut) {
     noteFailure(object.pid);
   } else if (outcome == BatchOutcome::lost && treeOf(object.pid) != nullptr) {
-    treeOf(object.pid)->fail();
+    treeOf(object.pid)->end();
   }
   return outcome == BatchOutcome::complete;
 }
@@ -118,22 +119,29 @@ FactsPtr AtspiReader::learn(const AtspiElement::Parts& object, FactSet wanted) {
 std::vector<FactsPtr> AtspiReader::learnAll(std::span<const AtspiElement::Parts> objects,
                                             FactSet wanted) {
   std::vector<FactsPtr> result(objects.size());
-  if (objects.empty() || failed(objects.front().pid)) {
+  if (objects.empty()) {
     return result;
   }
   AtspiTree* tree = treeOf(objects.front().pid);
   const Toolkit toolkit = toolkitOf(objects.front());
+  const auto isKnown = [wanted](const std::shared_ptr<AtspiFacts>& facts) {
+    return facts->known.hasAll(wanted | Fact::look);
+  };
   std::vector<std::shared_ptr<AtspiFacts>> facts;
-  const bool answered = ask(objects.front(), [&](AtspiBatch& batch) {
-    for (const AtspiElement::Parts& object : objects) {
-      facts.push_back(tree ? tree->factsOf(object.ref) : std::make_shared<AtspiFacts>());
-      if (!facts.back()->known.hasAll(wanted | Fact::look)) {
-        askFacts(batch, {object.ref, toolkit, wanted}, facts.back(), {});
+  for (const AtspiElement::Parts& object : objects) {
+    facts.push_back(tree ? tree->factsOf(object.ref) : std::make_shared<AtspiFacts>());
+  }
+  if (!std::ranges::all_of(facts, isKnown)) {
+    ask(objects.front(), [&](AtspiBatch& batch) {
+      for (std::size_t i = 0; i < facts.size(); ++i) {
+        if (!isKnown(facts[i])) {
+          askFacts(batch, {objects[i].ref, toolkit, wanted}, facts[i], {});
+        }
       }
-    }
-  });
-  for (std::size_t i = 0; answered && i < facts.size(); ++i) {
-    if (facts[i]->alive) {
+    });
+  }
+  for (std::size_t i = 0; i < facts.size(); ++i) {
+    if (isKnown(facts[i]) && facts[i]->alive) {
       result[i] = facts[i];
     }
   }
@@ -180,7 +188,7 @@ const ApplicationWindows& AtspiReader::windowsOf(Pid pid, Duration patience) {
   }
   moment_ = matched(std::move(toplevels), locator_.windowsOf(pid));
   momentPid_ = pid;
-  if (tree != nullptr && !tree->failed()) {
+  if (tree != nullptr && !tree->ended()) {
     tree->windows = moment_;
   }
   return moment_;
@@ -216,10 +224,10 @@ std::optional<Toplevel> AtspiReader::toplevelOf(const AtspiElement::Parts& objec
 
 std::unique_ptr<TreeRead> AtspiReader::readTree(const AtspiElement::Parts& window,
                                                 const TreeReadLimits& limits) {
-  tree_ = std::make_shared<AtspiTree>(window.pid, limits);
+  tree_ = std::make_shared<AtspiTree>(window, limits);
   auto scope = std::make_unique<Scope>(*this, tree_);
   if (failed(window.pid)) {
-    tree_->fail();  // It is left alone for a while yet, and must not pass for empty.
+    tree_->end();  // It is left alone for a while yet, and must not pass for empty.
   }
   // The toolkit's name is the first question: an application that hangs shows here.
   static_cast<void>(windowsOf(window.pid, window.timeout));

@@ -27,8 +27,8 @@ class AtspiReader {
   AtspiReader(AtspiBus& bus, WindowLocator& locator)
       : bus_(bus), applications_(bus), locator_(locator) {}
 
-  /// What an object tells; null when it is gone, does not answer, or its application failed to
-  /// answer earlier in this tree read.
+  /// What an object tells; null when it is gone, does not answer, or is not among what was read
+  /// before this tree read ended.
   [[nodiscard]] FactsPtr learn(const AtspiElement::Parts& object, FactSet wanted);
 
   /// The same for several objects of one application in one batch: one slot each, in order.

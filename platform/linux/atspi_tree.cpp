@@ -21,6 +21,11 @@ constexpr int kCacheWorthwhile = 150;
 
 constexpr auto kCachePatience = std::chrono::milliseconds(1000);
 
+/// What is left of the walk's time when no further object is asked: half of it for the answers that
+/// are under way, half for the walk over what was read, which costs a small part of reading it.
+constexpr int kReservedShare = 4;
+constexpr Duration kReservedAtMost = std::chrono::milliseconds(400);
+
 bool hasCache(Toolkit toolkit) {
   // GTK 4 and Qt 5 answer with the root alone or nothing. GTK 3 has one, but is as fast without.
   return toolkit == Toolkit::chromium;
@@ -80,6 +85,17 @@ struct AtspiTree::Stretch {
   int limit = kStretch;
 };
 
+AtspiTree::AtspiTree(const AtspiElement::Parts& root, const TreeReadLimits& limits)
+    : pid_(root.pid), root_(root.ref), elements_(limits.elements) {
+  const Duration left =
+      std::max(limits.deadline - std::chrono::steady_clock::now(), Duration::zero());
+  const Duration reserved = std::min(left / kReservedShare, kReservedAtMost);
+  openUntil_ = limits.deadline - reserved;
+  answersUntil_ = limits.deadline - reserved / 2;
+}
+
+bool AtspiTree::isOver() const { return std::chrono::steady_clock::now() >= openUntil_; }
+
 const std::shared_ptr<AtspiFacts>& AtspiTree::factsOf(const AtspiRef& ref) {
   std::shared_ptr<AtspiFacts>& facts = facts_[ref];
   if (!facts) {
@@ -89,22 +105,34 @@ const std::shared_ptr<AtspiFacts>& AtspiTree::factsOf(const AtspiRef& ref) {
 }
 
 void AtspiTree::readAhead(const AtspiElement::Parts& object, Toolkit toolkit, AtspiBus& channel) {
-  if (failed_ || factsOf(object.ref)->known.hasAll(factsReadAhead())) {
+  if (ended_ || factsOf(object.ref)->known.hasAll(factsReadAhead())) {
     return;
   }
   std::erase_if(ahead_, [&object](const Node& node) { return node.ref == object.ref; });
   ahead_.push_back({object.ref, object.inMenuBar, object.clip});
-  int left = std::min(kStretch, static_cast<int>(limits_.elements));
-  while (left > 0 && !ahead_.empty() && !failed_) {
+  int left = std::min(kStretch, static_cast<int>(elements_));
+  bool atRoot = object.ref == root_;
+  while (left > 0 && !ahead_.empty() && !ended_) {
+    if (isOver() && !atRoot) {
+      end();
+      return;
+    }
     const bool useCache = hasCache(toolkit) && !cacheTried_;
     AtspiBatch batch(channel);
     Stretch stretch{batch, object.ref.bus, toolkit};
     stretch.limit = useCache ? std::min(kCacheWorthwhile, left) : left;
+    Instant until = answersUntil_;
+    const Instant patience = std::chrono::steady_clock::now() + object.timeout;
+    if (atRoot && until < patience) {
+      until = patience;
+      stretch.limit = 1;  // The rest has to do with the time there is.
+    }
     start(stretch);
-    if (batch.run({limits_.deadline, object.timeout}) != BatchOutcome::complete) {
-      fail();
+    if (batch.run({until, object.timeout}) != BatchOutcome::complete) {
+      end();
       return;
     }
+    atRoot = false;
     left -= stretch.started;
     if (useCache && left > 0 && !ahead_.empty()) {
       readCache(object, channel);
@@ -113,7 +141,8 @@ void AtspiTree::readAhead(const AtspiElement::Parts& object, Toolkit toolkit, At
 }
 
 void AtspiTree::start(Stretch& stretch) {
-  while (stretch.active < kAtOnce && stretch.started < stretch.limit && !ahead_.empty()) {
+  while (stretch.active < kAtOnce && stretch.started < stretch.limit && !ahead_.empty() &&
+         (stretch.started == 0 || !isOver())) {
     const Node node = std::move(ahead_.back());
     ahead_.pop_back();
     open(stretch, node);
@@ -197,8 +226,8 @@ void AtspiTree::readCache(const AtspiElement::Parts& object, AtspiBus& channel) 
              });
   // The answer is one message that takes the target long to make.
   const Duration wait = std::max<Duration>(object.timeout, kCachePatience);
-  if (batch.run({limits_.deadline, wait}) != BatchOutcome::complete) {
-    fail();
+  if (batch.run({answersUntil_, wait}) != BatchOutcome::complete) {
+    end();
     return;
   }
   ChildrenFromCache children;

@@ -55,8 +55,7 @@ std::vector<std::optional<Value>> LinuxAccessibility::attributes(
   reader_.reach(object);
   const FactsPtr facts = reader_.learn(object, wanted);
   if (!facts) {
-    // Where a window is the X server tells, whether or not the application answers.
-    return reader_.factsOfSilentWindow(object) ? placesOf(object, names)
+    return reader_.factsOfSilentWindow(object) ? silentWindow(object, names)
                                                : std::vector<std::optional<Value>>();
   }
   for (const std::string_view name : names) {
@@ -65,12 +64,17 @@ std::vector<std::optional<Value>> LinuxAccessibility::attributes(
   return values;
 }
 
-std::vector<std::optional<Value>> LinuxAccessibility::placesOf(
+/// That a window is there, and where, the X server tells, whether or not the application answers.
+std::vector<std::optional<Value>> LinuxAccessibility::silentWindow(
     const Parts& window, std::span<const std::string_view> names) {
   std::vector<std::optional<Value>> values;
   for (const std::string_view name : names) {
-    const bool place = name == "AXPosition" || name == "AXSize" || name == "AXMinimized";
-    values.push_back(place ? windowAttribute(window, name) : std::nullopt);
+    if (name == "AXRole") {
+      values.emplace_back(Value{std::string("AXWindow")});
+    } else {
+      const bool place = name == "AXPosition" || name == "AXSize" || name == "AXMinimized";
+      values.push_back(place ? windowAttribute(window, name) : std::nullopt);
+    }
   }
   return values;
 }

@@ -46,8 +46,8 @@ class LinuxAccessibility final : public Accessibility {
   using Parts = AtspiElement::Parts;
 
   [[nodiscard]] AtspiView viewOf(const Parts& object, const AtspiFacts& facts);
-  [[nodiscard]] std::vector<std::optional<Value>> placesOf(const Parts& window,
-                                                           std::span<const std::string_view> names);
+  [[nodiscard]] std::vector<std::optional<Value>> silentWindow(
+      const Parts& window, std::span<const std::string_view> names);
   [[nodiscard]] std::optional<Value> objectAttribute(const Parts& object, const FactsPtr& facts,
                                                      std::string_view name);
 

@@ -54,18 +54,24 @@ class ListeningObserver final : public Observer {
 /// Answers reads from what was read ahead until it ends.
 class ReadAhead final : public TreeRead {
  public:
-  ReadAhead(AccessibilityService& service, AccessibilityService::Copies copies)
-      : service_(service) {
+  ReadAhead(AccessibilityService& service, AccessibilityService::Copies copies, bool complete)
+      : service_(service), complete_(complete) {
     service_.copies_ = std::move(copies);
+    service_.silent_ = !complete;
   }
   ReadAhead(const ReadAhead&) = delete;
   ReadAhead& operator=(const ReadAhead&) = delete;
-  ~ReadAhead() override { service_.copies_.clear(); }
+  ~ReadAhead() override {
+    service_.copies_.clear();
+    service_.silent_ = false;
+  }
 
-  [[nodiscard]] bool incomplete() const override { return false; }
+  [[nodiscard]] bool incomplete() const override { return !complete_; }
+  void askAgain() override { service_.silent_ = false; }
 
  private:
   AccessibilityService& service_;
+  bool complete_;
 };
 
 Element AccessibilityService::application(Pid pid, Duration messagingTimeout) {
@@ -80,7 +86,7 @@ Element AccessibilityService::application(Pid pid, Duration messagingTimeout) {
 Node* AccessibilityService::answering(const Element& element, Duration extra) {
   const NodeHandle* handle = handleOf(element);
   App* app = handle == nullptr ? nullptr : world_.appOf(handle->pid());
-  if (app == nullptr) {
+  if (app == nullptr || silent_) {
     return nullptr;
   }
   ++app->calls_;
@@ -242,11 +248,15 @@ std::unique_ptr<TreeRead> AccessibilityService::readTree(const Element& root,
     return nullptr;
   }
   Copies copies;
-  copyTree(*node, copies);
-  return std::make_unique<ReadAhead>(*this, std::move(copies));
+  const bool complete = copyTree(*node, copies);
+  return std::make_unique<ReadAhead>(*this, std::move(copies), complete);
 }
 
-void AccessibilityService::copyTree(const Node& node, Copies& copies) const {
+// Whether all was copied.
+bool AccessibilityService::copyTree(const Node& node, Copies& copies) const {
+  if (copies.size() == silentAfter) {
+    return false;
+  }
   Copy copy;
   for (const std::string& name : node.attributeNames()) {
     if (std::optional<Value> value = node.read(name)) {
@@ -255,9 +265,8 @@ void AccessibilityService::copyTree(const Node& node, Copies& copies) const {
   }
   copy.actions = node.offeredActions();
   copies.emplace(node.identity(), std::move(copy));
-  for (const Node* child : node.children()) {
-    copyTree(*child, copies);
-  }
+  return std::ranges::all_of(node.children(),
+                             [&](const Node* child) { return copyTree(*child, copies); });
 }
 
 }  // namespace tarqo::sim

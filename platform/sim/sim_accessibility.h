@@ -24,6 +24,9 @@ class AccessibilityService final : public Accessibility {
   /// Makes `readTree` read the whole tree at once and answer from that until its end. Off, it reads
   /// nothing ahead.
   bool readsAhead = false;
+  /// Of each tree read ahead, that many elements are read, in the order of the walk; then the
+  /// target falls silent until the end of the read. None: all are read.
+  std::optional<std::size_t> silentAfter;
   bool hitTestFails = false;
   void hitTest(Point point, Node* result);  ///< At exactly that point; null: the test fails there.
   /// What lies there by the scene alone; null when no application element does.
@@ -60,11 +63,12 @@ class AccessibilityService final : public Accessibility {
   [[nodiscard]] Node* answering(const Element& element, Duration extra = {});
   [[nodiscard]] const Copy* copyOf(const Element& element) const;
   void carryOut(Node& node, Action& action);
-  void copyTree(const Node& node, Copies& copies) const;
+  bool copyTree(const Node& node, Copies& copies) const;
 
   World& world_;
   std::vector<std::pair<Point, Node*>> hitTests_;
-  Copies copies_;  ///< Empty unless a tree read is open.
+  Copies copies_;        ///< Empty unless a tree read is open.
+  bool silent_ = false;  ///< Nothing but the copies answers.
 };
 
 }  // namespace tarqo::sim

@@ -115,5 +115,35 @@ TEST_F(ReadTreeContract, ReadsNothingAheadOnceTheDeadlineHasPassed) {
   EXPECT_EQ(text(window(), "AXRole"), "AXWindow");
 }
 
+TEST_F(ReadTreeContract, TellsTheRootThoughTheDeadlineHasPassed) {
+  const Element save = control("AXButton", "Save");
+  const auto scope = ax.readTree(window(), {clock.now() - 1s, 2000});
+  if (scope == nullptr) {
+    GTEST_SKIP() << "reads nothing ahead";
+  }
+  EXPECT_EQ(text(window(), "AXRole"), "AXWindow");
+  EXPECT_EQ(text(save, "AXTitle"), "");
+  EXPECT_TRUE(scope->incomplete());
+
+  scope->askAgain();
+  EXPECT_EQ(text(save, "AXTitle"), "Save");
+}
+
+TEST_F(ReadTreeContract, StillTellsWhatItReadOnceTheApplicationHangs) {
+  const Element save = control("AXButton", "Save");
+  const auto scope = ax.readTree(window(), {clock.now() + 4s, 2000});
+  if (scope == nullptr) {
+    GTEST_SKIP() << "reads nothing ahead";
+  }
+  EXPECT_FALSE(scope->incomplete());
+  target->hang();
+  EXPECT_EQ(text(application(), "AXTitle"), "");  // Nobody read that ahead.
+
+  EXPECT_TRUE(scope->incomplete());
+  EXPECT_EQ(text(window(), "AXRole"), "AXWindow");
+  EXPECT_EQ(text(save, "AXTitle"), "Save");
+  target->resume();
+}
+
 }  // namespace
 }  // namespace tarqo::contract

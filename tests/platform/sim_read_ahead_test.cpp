@@ -87,6 +87,36 @@ TEST_F(SimReadAhead, NeverReadsPastTheDeadline) {
   EXPECT_EQ(desktop.clock().elapsed(), 2s);
 }
 
+TEST_F(SimReadAhead, TellsOnlyWhatWasReadBeforeTheTargetFellSilent) {
+  ax.silentAfter = 1;
+  const auto scope = ax.readTree(window.element(), {in(4s), 1000});
+  const int before = notes.calls();
+
+  EXPECT_TRUE(scope->incomplete());
+  EXPECT_EQ(titleOf(window.element()), "Draft");
+  EXPECT_EQ(titleOf(save.element()), "(none)");
+  EXPECT_EQ(titleOf(notes.node().element()), "(none)");
+  EXPECT_EQ(notes.calls(), before);
+}
+
+TEST_F(SimReadAhead, AsksAgainForWhatWasNotRead) {
+  ax.silentAfter = 1;
+  const auto scope = ax.readTree(window.element(), {in(4s), 1000});
+  window.title("Changed");
+  scope->askAgain();
+
+  EXPECT_TRUE(scope->incomplete());
+  EXPECT_EQ(titleOf(window.element()), "Draft");
+  EXPECT_EQ(titleOf(save.element()), "Save");
+}
+
+TEST_F(SimReadAhead, IsSilentUntilTheEndOfItsScopeAlone) {
+  ax.silentAfter = 0;
+  { const auto scope = ax.readTree(window.element(), {in(4s), 1000}); }
+
+  EXPECT_EQ(titleOf(save.element()), "Save");
+}
+
 TEST_F(SimReadAhead, EqualsLiveReads) {
   const std::string_view names[] = {"AXRole", "AXTitle",   "AXEnabled",  "AXPosition",
                                     "AXSize", "AXFocused", "AXChildren", "AXParent"};
