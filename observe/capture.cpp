@@ -19,6 +19,7 @@ constexpr Duration kAfterActivation = 250ms;
 constexpr Duration kWindowImageLimit = 3s;
 constexpr Duration kToolLimit = 5s;
 constexpr Duration kToolSlice = 10ms;
+constexpr Duration kToolEndLimit = 200ms;
 constexpr Duration kDisplayLimit = 5s;
 constexpr Duration kDisplaySlice = 10ms;
 
@@ -39,6 +40,13 @@ class TemporaryFile {
   Processes& processes_;
   std::string path_;
 };
+
+void waitForEnd(Clock& clock, Child& child, Duration limit) {
+  const Instant deadline = clock.now() + limit;
+  while (child.running() && clock.now() < deadline) {
+    clock.sleep(kToolSlice);
+  }
+}
 
 }  // namespace
 
@@ -119,12 +127,11 @@ std::optional<Image> Session::captureWindowImage(WindowNumber window) {
   if (!child) {
     return std::nullopt;
   }
-  const Instant deadline = clock.now() + kToolLimit;
-  while (child->running() && clock.now() < deadline) {
-    clock.sleep(kToolSlice);
-  }
+  waitForEnd(clock, *child, kToolLimit);
   if (child->running()) {
     child->terminate();
+    // Only then its file is removed: until it is gone, it may still write one.
+    waitForEnd(clock, *child, kToolEndLimit);
     return std::nullopt;
   }
   if (child->exitStatus() != 0) {

@@ -7,28 +7,43 @@ namespace {
 
 struct ChildState {
   bool running = true;
+  bool toldToEnd = false;
   std::optional<int> status;
 };
 
 class SimulatedChild final : public Child {
  public:
-  SimulatedChild(Journal& journal, std::string program, std::shared_ptr<ChildState> state)
-      : journal_(journal), program_(std::move(program)), state_(std::move(state)) {}
+  SimulatedChild(World& world, std::string program, Reply terminates,
+                 std::shared_ptr<ChildState> state)
+      : world_(world),
+        program_(std::move(program)),
+        terminates_(terminates),
+        state_(std::move(state)) {}
 
   [[nodiscard]] bool running() override { return state_->running; }
 
   void terminate() override {
-    if (state_->running) {
-      journal_.note(Topic::processes, "terminate " + program_);
+    if (!state_->running || state_->toldToEnd) {
+      return;
+    }
+    world_.journal.note(Topic::processes, "terminate " + program_);
+    state_->toldToEnd = true;
+    if (terminates_.isNever()) {
+      return;
+    }
+    if (terminates_.delay() == Duration::zero()) {
       state_->running = false;
+    } else {
+      world_.clock.after(terminates_.delay(), [state = state_] { state->running = false; });
     }
   }
 
   [[nodiscard]] std::optional<int> exitStatus() override { return state_->status; }
 
  private:
-  Journal& journal_;
+  World& world_;
   std::string program_;
+  Reply terminates_;
   std::shared_ptr<ChildState> state_;
 };
 
@@ -88,7 +103,7 @@ std::unique_ptr<Child> ProcessesService::start(const std::string& program,
       }
     });
   }
-  return std::make_unique<SimulatedChild>(world_.journal, program, std::move(state));
+  return std::make_unique<SimulatedChild>(world_, program, script.terminates, std::move(state));
 }
 
 std::optional<std::string> ProcessesService::readFile(const std::string& path) {

@@ -21,8 +21,10 @@ struct Program {
   /// When it exits; without content a signal ends it, never means that it hangs.
   Reply exits = Reply::now();
   int status = 0;
-  /// What it does right before it exits; a child that was terminated does not get there.
+  /// What it does right before it exits; a child that is gone by then does not get there.
   std::function<void(const Arguments&)> effect;
+  /// When the signal has ended it once it was terminated; never means that it takes no notice.
+  Reply terminates = Reply::now();
 };
 
 class ProcessesService final : public Processes {

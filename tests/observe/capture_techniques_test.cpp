@@ -186,6 +186,23 @@ TEST_F(CaptureTool, ThatHangsIsTerminatedAfterFiveSecondsAndItsFileRemoved) {
   EXPECT_EQ(captured(), Lines{imageLine});
 }
 
+TEST_F(CaptureTool, ThatWritesItsFileWhileItIsBeingTerminatedLeavesNone) {
+  tool.exits = Reply::after(5060ms);
+  tool.terminates = Reply::after(100ms);
+  EXPECT_EQ(millisecondsOf([&] { (void)observe({}); }), 5060 + 20);
+  desktop.run(1s);
+  EXPECT_EQ(processes().at(1), "terminate /usr/sbin/screencapture");
+  EXPECT_EQ(desktop.processes().files.size(), 0U);
+  EXPECT_EQ(captured(), Lines{imageLine});
+}
+
+TEST_F(CaptureTool, ThatDoesNotEndIsWaitedForNoLongerThanAFifthOfASecond) {
+  tool.exits = Reply::never();
+  tool.terminates = Reply::never();
+  EXPECT_EQ(millisecondsOf([&] { (void)observe({}); }), 5200 + 20);
+  EXPECT_EQ(captured(), Lines{imageLine});
+}
+
 TEST_F(CaptureTool, ThatFailsIsFollowedByTheNextTechniqueAndItsFileRemoved) {
   tool.status = 1;
   (void)observe({});

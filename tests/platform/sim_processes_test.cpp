@@ -70,6 +70,19 @@ TEST_F(SimProcesses, HangUntilTerminated) {
   EXPECT_EQ(desktop.journal().count("terminate /usr/bin/tool"), 1U);
 }
 
+TEST_F(SimProcesses, MayTakeTheirTimeToBeTerminated) {
+  tool.exits = Reply::never();
+  tool.terminates = Reply::after(100ms);
+  const auto child = processes.start("/usr/bin/tool", {});
+  child->terminate();
+  EXPECT_TRUE(child->running());
+  desktop.run(50ms);
+  child->terminate();
+  desktop.run(50ms);
+  EXPECT_FALSE(child->running());
+  EXPECT_FALSE(child->exitStatus());
+}
+
 TEST_F(SimProcesses, DoNothingMoreOnceTerminated) {
   bool reached = false;
   tool.exits = Reply::after(100ms);
