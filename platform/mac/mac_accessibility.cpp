@@ -11,6 +11,10 @@ namespace {
 /// Longer than the core needs from an unanswered action to the hit test after it.
 constexpr auto kUnansweredMemory = std::chrono::seconds(2);
 
+/// Whether the action may do harm when it happens a second time, later, by a click in its place.
+/// To raise a window again changes nothing.
+bool isHarmfulTwice(std::string_view action) { return action != "AXRaise"; }
+
 CfRef<CFArrayRef> makeNames(std::span<const std::string_view> names) {
   std::vector<CfRef<CFStringRef>> texts;
   std::vector<const void*> lent;
@@ -109,7 +113,7 @@ bool MacAccessibility::perform(const Element& element, std::string_view action) 
   if (answers(*ours)) {
     return true;
   }
-  if (const std::optional<Pid> pid = processOf(ours->reference())) {
+  if (const std::optional<Pid> pid = processOf(ours->reference()); pid && isHarmfulTwice(action)) {
     unanswered_[*pid] = clock_.now();
   }
   return false;

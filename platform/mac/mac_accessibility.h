@@ -33,7 +33,7 @@ class MacAccessibility final : public Accessibility {
   /// An action that is not answered in time may still have been taken, and mostly has: its handler
   /// shows a menu or a dialog and waits in it. So the element is asked something else, for another
   /// time-out at most. Who answers that is busy with the action: it was taken. Who does not may
-  /// still take it later, and `elementAt` remembers that.
+  /// still take it later, and `elementAt` remembers that, but for "AXRaise".
   bool perform(const Element& element, std::string_view action) override;
 
   bool set(const Element& element, std::string_view name, const Value& value) override;
@@ -58,7 +58,8 @@ class MacAccessibility final : public Accessibility {
   CfRef<AXUIElementRef> systemWide_;
   /// Of the last application. Until there is one, less than the system's own limit of some seconds.
   Duration messagingTimeout_ = std::chrono::milliseconds(500);
-  std::map<Pid, Instant> unanswered_;  ///< When a process left an action unanswered.
+  /// When a process left an action unanswered that must not happen twice.
+  std::map<Pid, Instant> unanswered_;
   MacObservers observers_;
 };
 

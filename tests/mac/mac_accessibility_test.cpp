@@ -164,6 +164,20 @@ TEST_F(UnansweredTest, KeepsItsApplicationFromBeingClickedOnce) {
   EXPECT_NE(ax.elementAt({1, 2}), std::nullopt);
 }
 
+TEST_F(AccessibilityTest, LetsAnApplicationBeClickedThatLeftARaiseUnanswered) {
+  applications.hit = applications.element(kPid, kButton);
+  node(kButton).actions["AXRaise"] = kAXErrorCannotComplete;
+  node(kButton).attributes["AXRole"] = {kAXErrorCannotComplete, {}};
+  EXPECT_FALSE(ax.perform(button(), "AXRaise"));
+  EXPECT_NE(ax.elementAt({1, 2}), std::nullopt);
+}
+
+TEST_F(UnansweredTest, IsNotForgottenForARaiseThatIsAnswered) {
+  node(kButton).actions["AXRaise"] = kAXErrorSuccess;
+  EXPECT_TRUE(ax.perform(button(), "AXRaise"));
+  EXPECT_EQ(ax.elementAt({1, 2}), std::nullopt);
+}
+
 TEST_F(UnansweredTest, IsForgottenAfterTwoSeconds) {
   clock.sleep(2s);
   EXPECT_NE(ax.elementAt({1, 2}), std::nullopt);
