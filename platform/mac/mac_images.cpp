@@ -3,6 +3,7 @@
 #include <ImageIO/ImageIO.h>
 
 #include <cstdint>
+#include <string_view>
 
 namespace tarqo::mac {
 namespace {
@@ -11,6 +12,11 @@ namespace {
 CFStringRef pngType() { return CFSTR("public.png"); }
 
 constexpr CFIndex kNoLimit = 0;
+
+// What every PNG file starts with, and the chunk that it ends with: no bytes, their name, their
+// sum.
+constexpr std::string_view kPngStart("\x89PNG\r\n\x1a\n", 8);
+constexpr std::string_view kPngEnd("\0\0\0\0IEND\xae\x42\x60\x82", 12);
 
 }  // namespace
 
@@ -50,6 +56,11 @@ std::variant<std::string, PngError> MacImages::encodePng(const Image& image) {
 }
 
 std::optional<Image> MacImages::decodePng(const std::string& bytes) {
+  // ImageIO reads every format it knows, and gives an image of half a file too: it decodes nothing
+  // before the pixels are used.
+  if (!bytes.starts_with(kPngStart) || !bytes.ends_with(kPngEnd)) {
+    return std::nullopt;
+  }
   const auto data = adopt(CFDataCreate(nullptr, reinterpret_cast<const UInt8*>(bytes.data()),
                                        static_cast<CFIndex>(bytes.size())));
   const auto source =

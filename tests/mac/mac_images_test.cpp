@@ -42,7 +42,7 @@ TEST_F(MacImagesTest, AreNoneOfNothing) {
 }
 
 TEST_F(MacImagesTest, BecomePngFiles) {
-  EXPECT_EQ(encoded(*imageOf(standin::image(30, 20))), "picture 30 20");
+  EXPECT_EQ(encoded(*imageOf(standin::image(30, 20))), standin::pngFile(30, 20));
   EXPECT_EQ(files.type, "public.png");
 }
 
@@ -63,20 +63,34 @@ TEST_F(MacImagesTest, FailWhenTheFileCannotBeFinished) {
 }
 
 TEST_F(MacImagesTest, ComeOutOfPngFiles) {
-  const auto image = images.decodePng("picture 8 9");
+  const auto image = images.decodePng(standin::pngFile(8, 9));
   ASSERT_TRUE(image);
   EXPECT_EQ(image->widthPx, 8);
   EXPECT_EQ(image->heightPx, 9);
 }
 
+TEST_F(MacImagesTest, ComeOutOfNoPartOfAPngFile) {
+  const std::string whole = standin::pngFile(8, 9);
+  for (std::size_t size = 0; size < whole.size(); ++size) {
+    EXPECT_EQ(images.decodePng(whole.substr(0, size)), std::nullopt) << size;
+  }
+}
+
+TEST_F(MacImagesTest, ComeOutOfNoPngFileThatTheSystemCannotRead) {
+  std::string broken = standin::pngFile(8, 9);
+  broken[broken.find("picture")] = 'P';
+  EXPECT_EQ(images.decodePng(broken), std::nullopt);
+}
+
 TEST_F(MacImagesTest, ComeOutOfNoOtherFile) {
   EXPECT_EQ(images.decodePng("garbage"), std::nullopt);
   EXPECT_EQ(images.decodePng(""), std::nullopt);
+  EXPECT_EQ(images.decodePng(standin::otherFile(8, 9)), std::nullopt);
   files.refusesSources = true;
-  EXPECT_EQ(images.decodePng("picture 8 9"), std::nullopt);
+  EXPECT_EQ(images.decodePng(standin::pngFile(8, 9)), std::nullopt);
   files.reset();
   files.refusesData = true;
-  EXPECT_EQ(images.decodePng("picture 8 9"), std::nullopt);
+  EXPECT_EQ(images.decodePng(standin::pngFile(8, 9)), std::nullopt);
 }
 
 }  // namespace

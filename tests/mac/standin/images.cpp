@@ -10,6 +10,9 @@
 namespace standin {
 namespace {
 
+/// Width and height follow, anywhere in a file.
+constexpr std::string_view kPicture = "picture ";
+
 class Data final : public Object {
  public:
   explicit Data(std::string its) : bytes(std::move(its)) {}
@@ -66,6 +69,14 @@ Grants& Grants::instance() {
 }
 void Grants::reset() { *this = Grants(); }
 
+std::string otherFile(std::size_t width, std::size_t height) {
+  return std::string(kPicture) + std::to_string(width) + " " + std::to_string(height);
+}
+std::string pngFile(std::size_t width, std::size_t height) {
+  using namespace std::string_literals;
+  return "\x89PNG\r\n\x1a\n" + otherFile(width, height) + "\0\0\0\0IEND\xae\x42\x60\x82"s;
+}
+
 tarqo::mac::CfRef<CGImageRef> image(std::size_t width, std::size_t height) {
   return tarqo::mac::adopt(toRef<CGImageRef>(Heap::instance().make<Picture>(width, height)));
 }
@@ -112,9 +123,8 @@ CGImageDestinationRef CGImageDestinationCreateWithData(CFMutableDataRef data, CF
 }
 void CGImageDestinationAddImage(CGImageDestinationRef destination, CGImageRef image,
                                 CFDictionaryRef /*properties*/) {
-  std::ostringstream file;
-  file << kFileMark << CGImageGetWidth(image) << " " << CGImageGetHeight(image);
-  as<Destination>(destination, "CGImageDestinationAddImage").waiting = file.str();
+  as<Destination>(destination, "CGImageDestinationAddImage").waiting =
+      pngFile(CGImageGetWidth(image), CGImageGetHeight(image));
 }
 bool CGImageDestinationFinalize(CGImageDestinationRef destination) {
   const auto& its = as<Destination>(destination, "CGImageDestinationFinalize");
@@ -132,10 +142,11 @@ CGImageRef CGImageSourceCreateImageAtIndex(CGImageSourceRef source, size_t index
                                            CFDictionaryRef /*options*/) {
   const std::string& bytes =
       as<standin::PictureSource>(source, "CGImageSourceCreateImageAtIndex").bytes;
-  if (index != 0 || !bytes.starts_with(kFileMark)) {
+  const std::size_t at = bytes.find(kPicture);
+  if (index != 0 || at == std::string::npos) {
     return nullptr;
   }
-  std::istringstream numbers(bytes.substr(kFileMark.size()));
+  std::istringstream numbers(bytes.substr(at + kPicture.size()));
   std::size_t width = 0;
   std::size_t height = 0;
   numbers >> width >> height;

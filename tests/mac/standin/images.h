@@ -10,8 +10,11 @@
 
 namespace standin {
 
-/// A file of this system is this mark with the image's width and height.
-inline constexpr std::string_view kFileMark = "picture ";
+/// A picture of a format that is not PNG. As the system does, it is read without looking at its
+/// end.
+[[nodiscard]] std::string otherFile(std::size_t width, std::size_t height);
+/// What encoding gives.
+[[nodiscard]] std::string pngFile(std::size_t width, std::size_t height);
 
 class ImageFiles {
  public:
