@@ -137,7 +137,9 @@ NSMenuItem* menu(NSString* title, NSString* item) {
 int main(int argc, char** argv) {
   @autoreleasepool {
     const Options options = parse({argv, argv + argc});
-    ContractApp* delegate = [[ContractApp alloc] initWithOptions:options];
+    // The application holds its delegate weakly.
+    __attribute__((objc_precise_lifetime)) ContractApp* delegate =
+        [[ContractApp alloc] initWithOptions:options];
     NSApplication* application = NSApplication.sharedApplication;
     [application setActivationPolicy:NSApplicationActivationPolicyRegular];
     application.delegate = delegate;

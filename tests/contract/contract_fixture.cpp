@@ -91,6 +91,9 @@ std::optional<RunningApplication> TargetContract::running(const ContractTarget& 
 void TargetContract::bringToFront(const ContractTarget& which) const {
   const auto application = running(which);
   ASSERT_TRUE(application) << "the target is no application";
+  // As the product does: from macOS 14 on `activate` alone is a request, which may be refused.
+  const Element element = ax.application(which.pid(), kMessagingTimeout);
+  (void)ax.set(element, "AXFrontmost", Value{true});
   platform.workspace.activate(application->id);
   ASSERT_TRUE(waitUntil([&] { return platform.workspace.frontmostApplication() == which.pid(); }));
 }
