@@ -12,15 +12,15 @@ import annotate
 from tarqo_client import Helper, HelperError, find_node, nodes_of
 
 CALCULATOR = "org.gnome.Calculator"
-KEYS = [["7"], ["×"], ["6"], ["="]]
+KEYS = ["7", "×", "6", "="]
 # Enough that the first line of the calculator's history is out of sight.
 TYPED = ["12*12", "2^10", "81/3", "1000-1"]
 SCROLL_BACK = -500  # Pixels, up; up to 400 would be a pull with the pointer.
 
-# The calculator of macOS has named its keys differently over the years.
+# The calculator of macOS names its keys in the user's language, and has named them differently over
+# the years. Their places stay: rows counted from the bottom, keys of a row from the right.
 MAC_CALCULATOR = "com.apple.calculator"
-MAC_KEYS = [["7", "seven", "Seven"], ["Multiply", "multiply", "×"], ["6", "six", "Six"],
-            ["Equals", "equals", "="]]
+MAC_KEYS = {"7": (3, 3), "×": (3, 0), "6": (2, 1), "=": (0, 0)}
 
 VIEWER = "org.gnome.eog"
 VIEWER_PROGRAM = "eog"
@@ -133,14 +133,12 @@ class Demo:
               % (path, result["image"]["width"], result["image"]["height"], path))
         return result
 
-    def click(self, observation, names):
-        """Clicks the button that has one of the names."""
-        nodes = [find_node(observation, name, "button") for name in names]
-        node = next((found for found in nodes if found is not None), None)
+    def click(self, observation, key, find):
+        """Clicks the calculator's key that `find` finds."""
+        node = find(observation, key)
         if node is None:
-            others = [n["name"] for n in nodes_of(observation) if n["role"] == "button"]
-            sys.exit("There is no button called %s, only %s"
-                     % (" or ".join(names), ", ".join(others)))
+            others = [n["name"] for n in buttons(observation)]
+            sys.exit("There is no button %s, only %s" % (key, ", ".join(others)))
         self.play("click", {"nodeId": node["id"]})
         self.play("settle", {"quietMs": 300})
 
@@ -169,6 +167,32 @@ def first_node(observation, role):
     sys.exit("There is no %s in the window" % role)
 
 
+def buttons(observation):
+    return [node for node in nodes_of(observation) if node["role"] == "button"]
+
+
+def key_named(observation, key):
+    return find_node(observation, key, "button")
+
+
+def key_placed(observation, key):
+    """The key of a Mac's calculator, basic or scientific, by its place."""
+    def middle(node):
+        return node["bounds"]["y"] + node["bounds"]["height"] / 2
+
+    rows = []
+    placed = [node for node in buttons(observation) if "bounds" in node]
+    for node in sorted(placed, key=middle, reverse=True):
+        if rows and middle(rows[-1][0]) - middle(node) < node["bounds"]["height"] / 2:
+            rows[-1].append(node)
+        else:
+            rows.append([node])
+    row, place = MAC_KEYS[key]
+    if row >= len(rows) or place >= len(rows[row]):
+        return None
+    return sorted(rows[row], key=lambda node: -node["bounds"]["x"])[place]
+
+
 def texts(observation):
     """What an observation shows, without the menu bar: (role, name, value), each as often as it
     is there."""
@@ -194,14 +218,14 @@ def show_changes(what, before, after):
         sys.exit("  nothing: it had no effect")
 
 
-def press_keys(demo, application, keys):
+def press_keys(demo, application, find):
     demo.connect(application)
     first = demo.observe("before")
     last = first
-    for names in keys:
-        demo.click(last, names)
+    for key in KEYS:
+        demo.click(last, key, find)
         last = demo.observe("after")
-    show_changes("the clicks on " + " ".join(names[0] for names in keys), first, last)
+    show_changes("the clicks on " + " ".join(KEYS), first, last)
     return last
 
 
@@ -262,12 +286,12 @@ def read_window(demo):
 
 
 def play_on_a_mac(demo):
-    press_keys(demo, MAC_CALCULATOR, MAC_KEYS)
+    press_keys(demo, MAC_CALCULATOR, key_placed)
     read_window(demo)
 
 
 def play_on_linux(demo, folder):
-    type_and_scroll(demo, press_keys(demo, CALCULATOR, KEYS))
+    type_and_scroll(demo, press_keys(demo, CALCULATOR, key_named))
     read_picture(demo, folder)
 
 
