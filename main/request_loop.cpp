@@ -4,6 +4,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "platform/process_entry.h"
+
 namespace tarqo {
 namespace {
 
@@ -43,8 +45,10 @@ bool writeLine(std::FILE* out, const std::string& line) {
 void serveRequests(const Serve& serve, std::FILE* in, std::FILE* out) {
   std::string line;
   for (Line read = readLine(in, line); read != Line::endOfInput; read = readLine(in, line)) {
-    const Served served =
-        read == Line::tooLarge ? Served{Server::requestTooLarge(), false} : serve(line);
+    Served served;
+    runAndRelease([&] {
+      served = read == Line::tooLarge ? Served{Server::requestTooLarge(), false} : serve(line);
+    });
     if (served.close || (served.response && !writeLine(out, *served.response))) {
       return;
     }

@@ -22,6 +22,12 @@ struct ProtocolStreams {
 /// gives no thread.
 [[nodiscard]] bool startThread(std::size_t stackBytes, std::function<void()> body);
 
+/// Runs `body`, which does not throw, and then frees what libraries of the system left to be freed
+/// when a turn of the thread's work is over. On macOS almost every framework leaves something so, C
+/// functions included, and keeps it for good on a thread that has no such turns. Elsewhere nothing
+/// is left. Any thread.
+void runAndRelease(const std::function<void()>& body);
+
 /// Ends the process at once: no destructors, so that no thread finds its objects gone.
 [[noreturn]] void endProcess(int status);
 
