@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <optional>
 #include <utility>
 
 namespace tarqo::lnx {
@@ -19,14 +20,35 @@ constexpr int kGroundPx = 2;
 /// The share of a line's contrast that makes a pixel ink; what a lossy picture smears is less.
 constexpr int kInkPercent = 25;
 
-int luminanceAt(const png::BgrxView& image, int x, int y) {
+/// What makes a shade of grey of a pixel: the shares of blue, green and red, in 256ths.
+using Shade = std::array<int, 3>;
+constexpr Shade kLuminance = {29, 150, 77};
+/// For ink as light as its ground, as red on green can be.
+constexpr std::array<Shade, 3> kChannels = {{{256, 0, 0}, {0, 256, 0}, {0, 0, 256}}};
+/// How many times the contrast of the luminance a channel's must be to be looked at instead.
+constexpr int kClearer = 2;
+
+std::uint8_t shadeAt(const png::BgrxView& image, int x, int y, const Shade& shade) {
   const auto pixel = image.bytes.subspan(static_cast<std::size_t>(y) * image.strideBytes +
                                          static_cast<std::size_t>(x) * 4);
-  return (pixel[2] * 77 + pixel[1] * 150 + pixel[0] * 29) >> 8;
+  return static_cast<std::uint8_t>(
+      (pixel[0] * shade[0] + pixel[1] * shade[1] + pixel[2] * shade[2]) >> 8);
 }
 
-/// The luminance of what a line stands on: the median around its box.
-int groundOf(const png::BgrxView& image, const PixelBox& box) {
+GrayImage shadesOf(const png::BgrxView& image, const PixelBox& box, const Shade& shade) {
+  GrayImage gray{box.width(), box.height(), {}};
+  gray.bytes.reserve(static_cast<std::size_t>(box.width()) *
+                     static_cast<std::size_t>(box.height()));
+  for (int y = box.top; y < box.bottom; ++y) {
+    for (int x = box.left; x < box.right; ++x) {
+      gray.bytes.push_back(shadeAt(image, x, y, shade));
+    }
+  }
+  return gray;
+}
+
+/// The shade of what a line stands on: the median around its box.
+int groundOf(const png::BgrxView& image, const PixelBox& box, const Shade& shade) {
   const PixelBox around{std::max(box.left - kGroundPx, 0), std::max(box.top - kGroundPx, 0),
                         std::min(box.right + kGroundPx, image.widthPx),
                         std::min(box.bottom + kGroundPx, image.heightPx)};
@@ -34,7 +56,7 @@ int groundOf(const png::BgrxView& image, const PixelBox& box) {
   for (int y = around.top; y < around.bottom; ++y) {
     for (int x = around.left; x < around.right; ++x) {
       if (x < box.left || x >= box.right || y < box.top || y >= box.bottom) {
-        ring.push_back(luminanceAt(image, x, y));
+        ring.push_back(shadeAt(image, x, y, shade));
       }
     }
   }
@@ -46,26 +68,54 @@ int groundOf(const png::BgrxView& image, const PixelBox& box) {
   return *middle;
 }
 
-/// Makes the ground white and what differs most from it, on the side where more does, black.
-void makeBlackOnWhite(GrayImage& line, int ground) {
-  const auto [lowest, highest] = std::ranges::minmax(line.bytes);
-  const int darker = ground - lowest;
-  const int lighter = highest - ground;
-  const bool isLightText = lighter > darker;
-  const int contrast = std::max({darker, lighter, 1});
-  for (std::uint8_t& pixel : line.bytes) {
-    const int ink = std::clamp(isLightText ? pixel - ground : ground - pixel, 0, contrast);
-    pixel = static_cast<std::uint8_t>(255 - ink * 255 / contrast);
+/// A line in one shade.
+struct ShadedLine {
+  ShadedLine(const png::BgrxView& image, const PixelBox& box, const Shade& shade)
+      : pixels(shadesOf(image, box, shade)), ground(groundOf(image, box, shade)) {
+    const auto [lowest, highest] = std::ranges::minmax(pixels.bytes);
+    const int darker = ground - lowest;
+    const int lighter = highest - ground;
+    isLightText = lighter > darker;
+    contrast = std::max(darker, lighter);
   }
+
+  /// Makes the ground white and what differs most from it, on the side where more does, black.
+  void makeBlackOnWhite() {
+    for (std::uint8_t& pixel : pixels.bytes) {
+      const int ink = std::clamp(isLightText ? pixel - ground : ground - pixel, 0, contrast);
+      pixel = static_cast<std::uint8_t>(255 - ink * 255 / std::max(contrast, 1));
+    }
+  }
+
+  GrayImage pixels;
+  int ground = 0;
+  int contrast = 0;
+  bool isLightText = false;
+};
+
+/// The line by its luminance, or by a channel where that tells ink from ground much better.
+ShadedLine clearestLine(const png::BgrxView& image, const PixelBox& box) {
+  ShadedLine clearest(image, box, kLuminance);
+  int least = kClearer * clearest.contrast;
+  for (const Shade& channel : kChannels) {
+    ShadedLine line(image, box, channel);
+    if (line.contrast > least) {
+      least = line.contrast;
+      clearest = std::move(line);
+    }
+  }
+  return clearest;
 }
 
-/// The ink in a black-on-white line, in its own pixels.
+/// The ink in a black-on-white line, in its own pixels; empty when there is none.
 PixelBox inkBoxOf(const GrayImage& line) {
-  PixelBox box{line.widthPx, line.heightPx, 0, 0};
+  PixelBox box;
   for (int y = 0; y < line.heightPx; ++y) {
     for (int x = 0; x < line.widthPx; ++x) {
       if (line.at(x, y) <= 255 - 255 * kInkPercent / 100) {
-        box.add({x, y, x + 1, y + 1});
+        const PixelBox pixel{x, y, x + 1, y + 1};
+        box = box.width() > 0 ? box : pixel;
+        box.add(pixel);
       }
     }
   }
@@ -118,26 +168,25 @@ std::vector<Taps> tapsFor(int sizePx, int enlargedPx) {
 }  // namespace
 
 GrayImage grayOf(const png::BgrxView& image, const PixelBox& box) {
-  GrayImage gray{box.width(), box.height(), {}};
-  gray.bytes.reserve(static_cast<std::size_t>(box.width()) *
-                     static_cast<std::size_t>(box.height()));
-  for (int y = box.top; y < box.bottom; ++y) {
-    for (int x = box.left; x < box.right; ++x) {
-      gray.bytes.push_back(static_cast<std::uint8_t>(luminanceAt(image, x, y)));
-    }
-  }
-  return gray;
+  return shadesOf(image, box, kLuminance);
 }
 
-LineImage lineImage(const png::BgrxView& image, const PixelBox& box) {
-  GrayImage line = grayOf(image, box);
-  makeBlackOnWhite(line, groundOf(image, box));
-  const PixelBox ink = inkBoxOf(line);
+std::optional<LineImage> lineImage(const png::BgrxView& image, const PixelBox& box) {
+  if (box.width() <= 0 || box.height() <= 0) {
+    return std::nullopt;
+  }
+  ShadedLine line = clearestLine(image, box);
+  line.makeBlackOnWhite();
+  const PixelBox ink = inkBoxOf(line.pixels);
+  if (ink.width() == 0) {
+    return std::nullopt;
+  }
   const double scale = std::clamp(kLineHeightPx / ink.height(), 1.0, kMaxScale);
-  return {enlarged(withMargin(line, ink, kMarginPx), scale),
-          {box.left + ink.left, box.top + ink.top, box.left + ink.right, box.top + ink.bottom},
-          scale,
-          kMarginPx};
+  return LineImage{
+      enlarged(withMargin(line.pixels, ink, kMarginPx), scale),
+      {box.left + ink.left, box.top + ink.top, box.left + ink.right, box.top + ink.bottom},
+      scale,
+      kMarginPx};
 }
 
 GrayImage enlarged(const GrayImage& image, double scale) {

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 #include "platform/linux/linux_ink.h"
@@ -38,7 +39,9 @@ struct LineImage {
   double scale = 1;
   int marginPx = 0;  ///< Before enlarging.
 };
-[[nodiscard]] LineImage lineImage(const png::BgrxView& image, const PixelBox& box);
+/// By its luminance; where ink and ground are about equally light, by the channel in which they
+/// differ most. None when nothing in the box differs from what is around it.
+[[nodiscard]] std::optional<LineImage> lineImage(const png::BgrxView& image, const PixelBox& box);
 
 /// Enlarged smoothly: by linear steps letters lose more of their shape.
 [[nodiscard]] GrayImage enlarged(const GrayImage& image, double scale);

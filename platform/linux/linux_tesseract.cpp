@@ -89,7 +89,7 @@ struct Tesseract::Engine {
 
   /// Whether every one of the languages was loaded: the library is content with one of them.
   [[nodiscard]] bool load(const std::string& dataFolder, const char* languages, int count) const;
-  /// None when it takes longer than `limit`; 0: none is set.
+  /// None when it takes longer than `limit`.
   [[nodiscard]] std::vector<ReadText> read(const GrayImage& image, TessPageSegMode layout,
                                            std::chrono::milliseconds limit) const;
   [[nodiscard]] std::vector<ReadText> collect(TessPageIteratorLevel level) const;
@@ -249,9 +249,10 @@ const Tesseract::Engine* Tesseract::engineFor(Language language) {
   return engine.get();
 }
 
-std::vector<ReadText> Tesseract::readLine(const GrayImage& image, Language language) {
+std::vector<ReadText> Tesseract::readLine(const GrayImage& image, Language language,
+                                          std::chrono::milliseconds limit) {
   const Engine* engine = engineFor(language);
-  return engine != nullptr ? engine->read(image, tesseract::PSM_SINGLE_LINE, {})
+  return engine != nullptr ? engine->read(image, tesseract::PSM_SINGLE_LINE, limit)
                            : std::vector<ReadText>();
 }
 

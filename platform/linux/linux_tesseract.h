@@ -42,14 +42,16 @@ class Tesseract {
 
   /// A picture of one line as lines of text: one, or none when it is blank; several where the
   /// picture holds more than it should. After `prepare` only, as everything that follows. Takes
-  /// some 40 ms; the first time in one language alone 50 ms more.
-  [[nodiscard]] std::vector<ReadText> readLine(const GrayImage& image, Language language);
+  /// some 40 ms; the first time in one language alone 50 ms more. None when that takes longer than
+  /// `limit`, of which the library takes notice between two words.
+  [[nodiscard]] std::vector<ReadText> readLine(const GrayImage& image, Language language,
+                                               std::chrono::milliseconds limit);
 
   /// The words of the line read last in both languages. Korean may be torn apart in them.
   [[nodiscard]] std::vector<ReadText> lastWords() const;
 
   /// The lines that stand anywhere in a picture, without those that are blank. None when that takes
-  /// longer than `limit`, of which the library takes notice between two words.
+  /// longer than `limit`, as above.
   [[nodiscard]] std::vector<ReadText> readScattered(const GrayImage& image,
                                                     std::chrono::milliseconds limit);
 

@@ -1,8 +1,10 @@
 #include "platform/linux/linux_text_regions.h"
 
 #include <algorithm>
-#include <span>
+#include <optional>
 #include <utility>
+
+#include "platform/linux/linux_box_grid.h"
 
 namespace tarqo::lnx {
 namespace {
@@ -66,39 +68,39 @@ void join(Group& group, const Group& other) {
 }
 
 /// One pass from left to right: each group joins the nearest one before it that it stands beside.
-std::vector<Group> sweep(std::vector<Group> groups) {
-  std::ranges::sort(groups, {}, [](const Group& group) { return group.box.left; });
-  std::vector<Group> done;
-  std::vector<Group> open;
+std::vector<Group> sweep(std::vector<Group> groups, const PixelBox& picture) {
+  std::ranges::sort(groups, {},
+                    [](const Group& group) { return std::pair(group.box.left, group.box.top); });
+  std::vector<Group> joined;
+  BoxGrid grid(picture);
   for (const Group& group : groups) {
-    const auto finished = std::partition(open.begin(), open.end(), [&](const Group& before) {
-      const double tallest = before.box.height() / kMinHeightShare;
-      return gapBetween(before.box, group.box) <= kMaxGap * tallest;
-    });
-    done.insert(done.end(), finished, open.end());
-    open.erase(finished, open.end());
-    Group* nearest = nullptr;
-    for (Group& before : open) {
-      if (standSideBySide(before, group) &&
-          (nearest == nullptr ||
-           gapBetween(before.box, group.box) < gapBetween(nearest->box, group.box))) {
-        nearest = &before;
+    const double tallest = group.box.height() / kMinHeightShare;
+    PixelBox near = group.box;
+    near.left -= static_cast<int>(kMaxGap * tallest) + 1;
+    std::optional<std::pair<int, std::size_t>> nearest;  // The gap, and which group.
+    grid.forNear(near, [&](std::size_t i) {
+      if (standSideBySide(joined[i], group)) {
+        const std::pair candidate(gapBetween(joined[i].box, group.box), i);
+        nearest = std::min(candidate, nearest.value_or(candidate));
       }
-    }
-    if (nearest != nullptr) {
-      join(*nearest, group);
+    });
+    if (nearest) {
+      Group& before = joined[nearest->second];
+      const PixelBox box = before.box;
+      join(before, group);
+      grid.grow(nearest->second, box, before.box);
     } else {
-      open.push_back(group);
+      grid.add(joined.size(), group.box);
+      joined.push_back(group);
     }
   }
-  done.insert(done.end(), open.begin(), open.end());
-  return done;
+  return joined;
 }
 
-std::vector<Group> joinLines(std::vector<Group> groups) {
+std::vector<Group> joinLines(std::vector<Group> groups, const PixelBox& picture) {
   for (int i = 0; i < kMaxSweeps; ++i) {
     const std::size_t before = groups.size();
-    groups = sweep(std::move(groups));
+    groups = sweep(std::move(groups), picture);
     if (groups.size() == before) {
       break;
     }
@@ -120,29 +122,56 @@ bool isPartOf(const Group& small, const Group& line) {
          gapBetween(small.box, line.box) <= kMaxGap * height;
 }
 
-/// The nearest of the lines that the small group is part of; null when there is none.
-const Group* lineOf(const Group& small, std::span<const Group> lines) {
-  const Group* nearest = nullptr;
-  for (const Group& line : lines) {
-    if (isPartOf(small, line) && (nearest == nullptr || gapBetween(small.box, line.box) <
-                                                            gapBetween(small.box, nearest->box))) {
-      nearest = &line;
-    }
-  }
-  return nearest;
+/// Where the small groups are that can be part of a line.
+PixelBox reachOf(const PixelBox& line) {
+  const int beside = static_cast<int>(kMaxGap * line.height()) + 1;
+  const int above = static_cast<int>(kDotSlack * line.height()) + 1;
+  return {line.left - beside, line.top - above, line.right + beside, line.bottom + above};
 }
 
+/// Lines, and what may be one, to be found by the small groups that are part of them.
+class LineIndex {
+ public:
+  /// By their heights, the lowest first.
+  LineIndex(std::vector<Group> lines, const PixelBox& picture)
+      : lines_(std::move(lines)), grid_(picture) {
+    for (std::size_t i = 0; i < lines_.size(); ++i) {
+      // Lower ones have no parts among these, and are by far the most where there are many.
+      if (lines_[i].box.height() > 2 * lines_.front().box.height()) {
+        grid_.add(i, reachOf(lines_[i].box));
+      }
+    }
+  }
+
+  /// The nearest line that the small group is part of, the lowest of several.
+  [[nodiscard]] std::optional<std::size_t> lineOf(const Group& small) const {
+    PixelBox middle = small.box;
+    middle.top = (small.box.top + small.box.bottom) / 2;
+    middle.bottom = middle.top + 1;
+    std::optional<std::pair<int, std::size_t>> nearest;  // The gap, and which line.
+    grid_.forNear(middle, [&](std::size_t i) {
+      if (isPartOf(small, lines_[i])) {
+        const std::pair candidate(gapBetween(small.box, lines_[i].box), i);
+        nearest = std::min(candidate, nearest.value_or(candidate));
+      }
+    });
+    return nearest ? std::optional(nearest->second) : std::nullopt;
+  }
+
+ private:
+  std::vector<Group> lines_;
+  BoxGrid grid_;
+};
+
 /// Gives parts of glyphs to their lines; what belongs to none stays by itself.
-std::vector<Group> absorbParts(std::vector<Group> groups) {
-  const auto heightOf = [](const Group& group) { return group.box.height(); };
-  std::ranges::sort(groups, {}, heightOf);
+std::vector<Group> absorbParts(std::vector<Group> groups, const PixelBox& picture) {
+  std::ranges::sort(groups, {}, [](const Group& group) { return group.box.height(); });
   // Found in the groups as they were: a line that grew with each speck would creep into the next.
-  const std::vector<Group> before = groups;
+  const LineIndex lines(groups, picture);
   std::vector<Group> kept;
   for (const Group& small : groups) {
-    const auto taller = std::ranges::upper_bound(before, 2 * heightOf(small), {}, heightOf);
-    if (const Group* line = lineOf(small, std::span(taller, before.end())); line != nullptr) {
-      join(groups[static_cast<std::size_t>(line - before.data())], small);
+    if (const auto line = lines.lineOf(small)) {
+      join(groups[*line], small);
     } else {
       kept.push_back(small);
     }
@@ -168,17 +197,17 @@ bool isLine(const Group& group) {
                                                       aspect <= kMaxLoneAspect));
 }
 
-std::vector<Group> linesOf(std::vector<Group> glyphs) {
+std::vector<Group> linesOf(std::vector<Group> glyphs, const PixelBox& picture) {
   const auto isBody = [](const Group& group) { return group.box.height() >= kMinLinePx; };
   const auto dots = std::partition(glyphs.begin(), glyphs.end(), isBody);
   const std::vector<Group> small(dots, glyphs.end());
   glyphs.erase(dots, glyphs.end());
-  std::vector<Group> lines = joinLines(std::move(glyphs));
+  std::vector<Group> lines = joinLines(std::move(glyphs), picture);
   if (lines.size() > kMaxLines * 4) {
     return lines;
   }
   lines.insert(lines.end(), small.begin(), small.end());
-  lines = joinLines(absorbParts(std::move(lines)));
+  lines = joinLines(absorbParts(std::move(lines), picture), picture);
   std::erase_if(lines, [](const Group& group) { return !isLine(group); });
   return lines;
 }
@@ -186,6 +215,7 @@ std::vector<Group> linesOf(std::vector<Group> glyphs) {
 }  // namespace
 
 TextRegions findTextRegions(const png::BgrxView& image) {
+  const PixelBox whole{0, 0, image.widthPx, image.heightPx};
   TextRegions regions;
   std::vector<Group> glyphs;
   for (const InkPart& part : findInk(image)) {
@@ -197,9 +227,9 @@ TextRegions findTextRegions(const png::BgrxView& image) {
       glyphs.push_back({part.box, part.surface, 1, part.isSolid});
     }
   }
-  const std::vector<Group> lines = linesOf(std::move(glyphs));
+  const std::vector<Group> lines = linesOf(std::move(glyphs), whole);
   if (lines.size() > kMaxLines) {
-    return {{}, {}, {{0, 0, image.widthPx, image.heightPx}}};
+    return {{}, {}, {whole}};
   }
   for (const Group& line : lines) {
     (line.isSolid ? regions.large : regions.lines).push_back(line.box);

@@ -12,6 +12,7 @@
 #include <filesystem>
 #include <fstream>
 #include <memory>
+#include <random>
 #include <sstream>
 
 #include "tests/platform/text_picture.h"
@@ -199,6 +200,55 @@ TEST(TextRecognizer, ReadsLettersAsLargeAsSurfaces) {
                                                         "Press any key to continue"}));
 }
 
+TEST(TextRecognizer, ReadsTextThatIsAsLightAsItsGround) {
+  TextPicture picture(400, 60, 0x008200);
+  picture.write(20, 20, "Stop recording now", 0xFF0000);
+  EXPECT_EQ(textsIn(picture), (std::vector<std::string>{"Stop recording now"}));
+}
+
+/// One that has loaded already what the first picture needs.
+std::unique_ptr<LinuxTextRecognizer> recognizerFor(std::chrono::milliseconds limit) {
+  auto recognizer = std::make_unique<LinuxTextRecognizer>(std::string(), limit);
+  (void)recognizer->recognize(TextPicture(10, 10, 0xFFFFFF).image());
+  return recognizer;
+}
+
+TEST(TextRecognizer, KeepsWhatItReadWhenTheTimeIsUp) {
+  // All of it takes more than 4 s.
+  TextPicture picture(1280, 1600, 0xFFFFFF);
+  std::size_t drawn = 0;
+  for (int y = 10; y < 1570; y += 22) {
+    for (const int x : {10, 440, 870}) {
+      picture.write(x, y, "Line " + std::to_string(++drawn) + " of many that stand here");
+    }
+  }
+  const auto lines = linesOf(*recognizerFor(std::chrono::seconds(1)), picture.image());
+  EXPECT_FALSE(lines.empty());
+  EXPECT_LT(lines.size(), drawn);
+}
+
+TEST(TextRecognizer, ReadsLinesBeforePicturesWhichMayTakeAllTheTime) {
+  // Textures, each of which takes half a second.
+  constexpr int kTextures = 18;
+  TextPicture picture(300 * kTextures, 340, 0xFFFFFF);
+  std::minstd_rand random(1);
+  for (int y = 20; y < 270; ++y) {
+    for (int x = 20; x < 300 * kTextures; ++x) {
+      if (x % 300 >= 20 && x % 300 < 270) {
+        picture.fill({x, y, x + 1, y + 1}, static_cast<std::uint32_t>(random() & 0xFFFFFFU));
+      }
+    }
+  }
+  picture.write(20, 300, "Photos of the year");
+  const auto recognizer = recognizerFor(std::chrono::seconds(3));
+  const Image image = picture.image();
+  const auto start = std::chrono::steady_clock::now();
+  const auto lines = linesOf(*recognizer, image);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(7));
+  ASSERT_FALSE(lines.empty());
+  EXPECT_EQ(lines.front().text, "Photos of the year");
+}
+
 TEST(TextRecognizer, ReadsAPictureWithinALimitOrNotAtAll) {
   TextPicture picture(400, 60, 0xFFFFFF);
   const PixelBox whole{0, 0, 400, 60};
@@ -208,6 +258,21 @@ TEST(TextRecognizer, ReadsAPictureWithinALimitOrNotAtAll) {
   const GrayImage pixels = enlarged(grayOf(picture.view(), whole), 2);
   EXPECT_TRUE(tesseract.readScattered(pixels, std::chrono::milliseconds(1)).empty());
   EXPECT_EQ(tesseract.readScattered(pixels, std::chrono::minutes(1)).size(), 1U);
+}
+
+TEST(TextRecognizer, ReadsALineWithinALimitOrNotAtAll) {
+  TextPicture picture(400, 60, 0xFFFFFF);
+  const PixelBox box = picture.write(20, 20, "Some words to read");
+  Tesseract tesseract("");
+  ASSERT_EQ(tesseract.prepare(), std::nullopt);
+  const auto line = lineImage(picture.view(), box);
+  ASSERT_TRUE(line);
+  using Language = Tesseract::Language;
+  const auto read = [&](std::chrono::milliseconds limit) {
+    return tesseract.readLine(line->pixels, Language::koreanAndEnglish, limit).size();
+  };
+  EXPECT_EQ(read(std::chrono::minutes(1)), 1U);
+  EXPECT_EQ(read(std::chrono::milliseconds(1)), 0U);
 }
 
 TEST(TextRecognizer, KeepsTheCellsOfATableApart) {

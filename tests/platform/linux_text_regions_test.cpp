@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
 #include <random>
 
@@ -140,6 +141,30 @@ TEST(TextRegions, AreAPictureWhereThereIsNothingButNoise) {
   EXPECT_TRUE(regions.lines.empty());
   ASSERT_EQ(regions.pictures.size(), 1U);
   EXPECT_EQ(regions.pictures[0], (PixelBox{100, 0, 400, 300}));
+}
+
+/// Fills it with squares of four pixels and, in between, with dots of one.
+void dither(TextPicture& picture, const PixelBox& box) {
+  for (int y = box.top; y + 4 <= box.bottom; y += 6) {
+    for (int x = box.left; x + 4 <= box.right; x += 6) {
+      if ((x / 6 + y / 6) % 2 == 0) {
+        picture.fill({x, y, x + 4, y + 4}, 0);
+      } else {
+        picture.fill({x, y, x + 1, y + 1}, 0).fill({x + 2, y, x + 3, y + 1}, 0);
+        picture.fill({x, y + 2, x + 1, y + 3}, 0).fill({x + 2, y + 2, x + 3, y + 3}, 0);
+      }
+    }
+  }
+}
+
+TEST(TextRegions, AreFoundBesideManyThousandSpecks) {
+  TextPicture picture(2560, 1600, 0xFFFFFF);
+  dither(picture, {0, 0, 2560, 1300});
+  const PixelBox line = picture.write(40, 1400, "It's here, i.e. below");
+  const auto start = std::chrono::steady_clock::now();
+  expectLines(picture, {line});
+  // It takes less than a second, and a minute when each speck is compared with all others.
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
 }
 
 }  // namespace
