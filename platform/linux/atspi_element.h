@@ -34,6 +34,9 @@ class AtspiElement final : public ElementObject {
     /// areas of what scrolls around it.
     std::optional<Rect> clip{};
     AtspiRef window{};  ///< The top-level object it was reached through; empty when not known.
+
+    /// Whether it is that top-level object itself.
+    [[nodiscard]] bool isTopLevel() const { return !ref.empty() && ref == window; }
   };
 
   explicit AtspiElement(Parts parts) : parts_(std::move(parts)) {}

@@ -15,7 +15,7 @@ constexpr auto kLeftAlone = std::chrono::milliseconds(500);
 /// Matches objects to windows and puts them in the windows' order.
 ApplicationWindows matched(std::vector<Toplevel> toplevels,
                            const std::vector<LocatedWindow>& windows) {
-  matchWindows(toplevels, windows);
+  pairWithWindows(toplevels, windows);
   const auto rank = [&windows](const Toplevel& toplevel) {
     if (!toplevel.window) {
       return windows.size();
@@ -176,7 +176,7 @@ const ApplicationWindows& AtspiReader::windowsOf(Pid pid, Duration patience) {
   const std::vector<FactsPtr> facts = learnAll(objects, Fact::name | Fact::parent | Fact::extents);
   std::vector<Toplevel> toplevels;
   for (std::size_t i = 0; i < objects.size(); ++i) {
-    if (facts[i] && isWindowRole(facts[i]->role)) {
+    if (facts[i]) {
       toplevels.push_back({objects[i].ref, toolkitOf(objects[i]), facts[i], std::nullopt});
     }
   }

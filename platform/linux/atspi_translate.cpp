@@ -82,7 +82,7 @@ std::string_view namedOnce(std::string_view name) {
 }
 
 ValueSource valueSource(const AtspiView& view) {
-  if (view.facet == Facet::openedMenu || isSecure(view.facts)) {
+  if (view.facet == Facet::openedMenu || isWindow(view) || isSecure(view.facts)) {
     return ValueSource::none;
   }
   return refined(roleRow(view.facts.role), view.facts.states).value;
@@ -217,6 +217,12 @@ bool isWindow(const AtspiFacts& facts) {
   return isWindowRole(facts.role) && facts.parent && facts.parent->path == kRootPath;
 }
 
+bool isWindow(const AtspiElement::Parts& object, const AtspiFacts& facts) {
+  return object.isTopLevel() || isWindow(facts);
+}
+
+bool isWindow(const AtspiView& view) { return view.topLevel || isWindow(view.facts); }
+
 bool isSecure(const AtspiFacts& facts) { return facts.is(AtspiRole::passwordText); }
 
 std::string_view shownName(const AtspiFacts& facts, Toolkit toolkit) {
@@ -228,8 +234,9 @@ std::string_view shownName(const AtspiFacts& facts, Toolkit toolkit) {
 
 AxRole axRole(const AtspiView& view) {
   const AtspiFacts& facts = view.facts;
-  if (isWindow(facts)) {
-    const bool standard = facts.is(AtspiRole::frame) || facts.is(AtspiRole::window);
+  if (isWindow(view)) {
+    const bool standard =
+        facts.is(AtspiRole::frame) || facts.is(AtspiRole::window) || !isWindowRole(facts.role);
     return {"AXWindow", standard ? "AXStandardWindow" : "AXDialog"};
   }
   if (view.facet == Facet::openedMenu) {
@@ -363,7 +370,7 @@ std::vector<std::string> axActionNames(const AtspiView& view) {
   if (view.facet == Facet::openedMenu) {
     return result;
   }
-  const bool window = isWindow(view.facts);
+  const bool window = isWindow(view);
   for (const std::string& action : view.facts.actions) {
     const auto name = axAction(action, view.facts.role);
     if (name && !window && std::ranges::find(result, *name) == result.end()) {

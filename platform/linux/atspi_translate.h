@@ -23,13 +23,19 @@ struct AtspiView {
   /// What shows of whatever it lies in, in the same coordinates as its extents; none when not
   /// known.
   std::optional<Rect> clip{};
+  bool topLevel = false;  ///< It was paired with a window, so that it is one whatever its role.
 };
 
 /// What must be known to answer an attribute; nothing for attributes that are not made of facts.
 [[nodiscard]] FactSet factsFor(std::string_view attribute);
 
-/// Whether the object is a window of its application.
+/// Whether the object is a window of its application by what it tells of itself.
 [[nodiscard]] bool isWindow(const AtspiFacts& facts);
+
+/// The same, or because the X server shows it as one: Qt calls a plain widget that is a window a
+/// "filler", as it calls those inside of windows.
+[[nodiscard]] bool isWindow(const AtspiElement::Parts& object, const AtspiFacts& facts);
+[[nodiscard]] bool isWindow(const AtspiView& view);
 
 /// "AXRole" and "AXSubrole"; the subrole may be empty.
 struct AxRole {

@@ -77,6 +77,24 @@ void matchWindows(std::vector<Toplevel>& toplevels, const std::vector<LocatedWin
   }
 }
 
+void pairWithWindows(std::vector<Toplevel>& toplevels, const std::vector<LocatedWindow>& windows) {
+  const auto others = std::ranges::stable_partition(
+      toplevels, [](const Toplevel& toplevel) { return isWindowRole(toplevel.facts->role); });
+  std::vector<Toplevel> plain(others.begin(), others.end());
+  toplevels.erase(others.begin(), others.end());
+  matchWindows(toplevels, windows);
+  std::vector<LocatedWindow> left;
+  std::ranges::copy_if(windows, std::back_inserter(left), [&](const LocatedWindow& window) {
+    return !window.overrideRedirect &&
+           std::ranges::none_of(toplevels, [&window](const Toplevel& toplevel) {
+             return toplevel.window && toplevel.window->number == window.number;
+           });
+  });
+  matchWindows(plain, left);
+  std::ranges::copy_if(plain, std::back_inserter(toplevels),
+                       [](const Toplevel& toplevel) { return toplevel.window.has_value(); });
+}
+
 const LocatedWindow* popupOfSize(const ApplicationWindows& windows, const Rect& extents) {
   for (const LocatedWindow& popup : windows.popups) {
     if (distance(extents, popup.client, true) < 1) {

@@ -29,6 +29,11 @@ struct ApplicationWindows {
 /// two objects. `windows` is front to back; of equals the front one is taken first.
 void matchWindows(std::vector<Toplevel>& toplevels, const std::vector<LocatedWindow>& windows);
 
+/// The same for all that hangs at the top of an application, of which only what has the role of a
+/// window or is paired with a managed one is left. Qt keeps tips and the like there, and gives a
+/// plain widget that is a window no role of its own.
+void pairWithWindows(std::vector<Toplevel>& toplevels, const std::vector<LocatedWindow>& windows);
+
 /// How far the coordinates told by an object below `toplevel` are from the screen's.
 [[nodiscard]] Point screenOffset(const Toplevel& toplevel);
 

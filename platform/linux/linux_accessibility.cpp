@@ -16,7 +16,8 @@ Element LinuxAccessibility::application(Pid pid, Duration messagingTimeout) {
 AtspiView LinuxAccessibility::viewOf(const Parts& object, const AtspiFacts& facts) {
   AtspiView view{facts, reader_.toolkitOf(object), object.facet, object.place, object.inMenuBar};
   view.clip = object.clip;
-  if (!view.clip && mayBeScrolledAway(view) && facts.extents && !isWindow(facts) &&
+  view.topLevel = object.isTopLevel();
+  if (!view.clip && mayBeScrolledAway(view) && facts.extents && !isWindow(view) &&
       reader_.windowsOf(object.pid, object.timeout).popups.empty()) {
     if (const std::optional<Toplevel> top = reader_.toplevelOf(object)) {
       view.clip = plausible(top->facts->extents);
@@ -81,7 +82,7 @@ std::vector<std::optional<Value>> LinuxAccessibility::silentWindow(
 
 std::optional<Value> LinuxAccessibility::objectAttribute(const Parts& object, const FactsPtr& facts,
                                                          std::string_view name) {
-  if (isWindow(*facts)) {
+  if (isWindow(object, *facts)) {
     if (std::optional<Value> value = windowAttribute(object, name)) {
       return value;
     }
@@ -112,7 +113,7 @@ std::optional<Value> LinuxAccessibility::objectAttribute(const Parts& object, co
   if (name == "AXSubrole" && hasSearchIcon(object, *facts)) {
     return Value{std::string("AXSearchField")};
   }
-  if (name == "AXHidden" && isWindow(*facts)) {
+  if (name == "AXHidden" && isWindow(object, *facts)) {
     // A window in its icon is minimised, not hidden.
     return std::nullopt;
   }
@@ -147,7 +148,7 @@ bool LinuxAccessibility::isSettable(const Element& element, std::string_view nam
   if (!facts) {
     return false;
   }
-  if (isWindow(*facts) && (name == "AXMinimized" || name == "AXMain")) {
+  if (isWindow(object, *facts) && (name == "AXMinimized" || name == "AXMain")) {
     return true;
   }
   if (name == "AXFocused") {

@@ -45,7 +45,7 @@ MenuPlace placeBelow(const AtspiFacts& parent) {
 
 std::optional<Rect> LinuxAccessibility::frameOf(const Parts& object, const AtspiFacts& facts) {
   const std::optional<Rect> told = plausible(facts.extents);
-  if (!told || object.facet == Facet::openedMenu || isWindow(facts)) {
+  if (!told || object.facet == Facet::openedMenu || isWindow(object, facts)) {
     return std::nullopt;
   }
   if (reader_.toolkitOf(object) != Toolkit::gtk4) {
@@ -132,12 +132,12 @@ Values LinuxAccessibility::childrenOf(const Parts& object, const AtspiFacts& fac
     child.facet = Facet::whole;
     child.place = placeBelow(facts);
     child.clip = clipBelow(object.clip, facts, reader_.toolkitOf(object));
-    if (isWindow(facts)) {
+    if (isWindow(object, facts)) {
       child.window = object.ref;
     }
     result.push_back(Value{makeElement(std::move(child))});
   }
-  if (isWindow(facts)) {
+  if (isWindow(object, facts)) {
     for (AtspiRef& ref : contextMenus(object)) {
       Parts menu = object;
       menu.ref = std::move(ref);
@@ -214,7 +214,7 @@ std::optional<Element> LinuxAccessibility::parentOf(const Parts& object, const A
   if (!facts.parent || facts.parent->empty()) {
     return std::nullopt;
   }
-  if (isWindow(facts) || facts.parent->path == kRootPath) {
+  if (isWindow(object, facts) || facts.parent->path == kRootPath) {
     return application(object.pid, object.timeout);
   }
   Parts parent = object;

@@ -1,8 +1,9 @@
 #!/usr/bin/python3 -B
 """A Qt application to be driven by tests: each activation of a control is one line of output.
 
-    qt_app.py [--title TEXT] [--geometry WIDTHxHEIGHT+X+Y] [--slow-start MS]
+    qt_app.py [--title TEXT] [--geometry WIDTHxHEIGHT+X+Y] [--slow-start MS] [--plain]
 
+--plain makes the window of a plain widget with one button, in place of a main window.
 Prints "ready" when its window is shown and drawn.
 """
 
@@ -218,18 +219,31 @@ class Window(QtWidgets.QMainWindow):
             QtCore.QTimer.singleShot(0, lambda: log_line("ready"))
 
 
+class PlainWindow(QtWidgets.QWidget):
+    def __init__(self, options):
+        super().__init__()
+        self.setWindowTitle(options.title)
+        column = QtWidgets.QVBoxLayout(self)
+        column.addWidget(make_button("Save"))
+        column.addWidget(make_entry("Name", "Full name"))
+        width, height, _, _ = parse_geometry(options.geometry)
+        self.resize(width, height)
+        QtCore.QTimer.singleShot(0, lambda: log_line("ready"))
+
+
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--title", default="Tarqo Qt")
     parser.add_argument("--geometry", default="560x480")
     parser.add_argument("--slow-start", type=int, default=0, metavar="MS")
+    parser.add_argument("--plain", action="store_true")
     options = parser.parse_args()
     time.sleep(options.slow_start / 1000)
     signal.signal(signal.SIGTERM, signal.SIG_DFL)
     application = QtWidgets.QApplication(["qt_app"])
     input_log = InputLog()
     application.installEventFilter(input_log)
-    window = Window(options)
+    window = PlainWindow(options) if options.plain else Window(options)
     window.show()
     sys.exit(application.exec_())
 

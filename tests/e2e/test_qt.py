@@ -43,6 +43,18 @@ class Dialog(QtTest, OneDialogClickTests):
     pass
 
 
+class PlainWidget(QtTest):
+    """A window that is no main window and no dialog."""
+
+    OPTIONS = ("--plain",)
+
+    def test_it_is_the_window_and_what_is_in_it_works(self):
+        observation = self.observe()
+        self.assertEqual(observation["snapshot"]["title"], "Tarqo Qt")
+        self.click("Save", "button")
+        self.app.wait_for("clicked Save")
+
+
 class Menus(QtTest, OneMenuClickTests):
     pass
 

@@ -344,6 +344,40 @@ TEST(AtspiWindows, ThatNoObjectResemblesAreLeftAlone) {
   EXPECT_FALSE(objects[0].window.has_value());
 }
 
+TEST(AtspiWindows, OfPlainWidgetsAreThoseThatAManagedWindowShows) {
+  const auto plain = [](const char* name, Rect extents) {
+    Toplevel object = toplevelOf(name, extents, Toolkit::qt);
+    auto facts = std::make_shared<AtspiFacts>(*object.facts);
+    facts->role = 20;  // A filler.
+    object.facts = facts;
+    return object;
+  };
+  std::vector<Toplevel> objects{plain("Tip", {5, 5, 80, 20}), plain("A", {0, 0, 500, 400}),
+                                plain("B", {9, 9, 300, 200}), toplevelOf("A", {0, 0, 500, 400}),
+                                toplevelOf("Unused", {0, 0, 10, 10})};
+  const LocatedWindow a = located(1, "A", {0, 0, 500, 400});
+  const LocatedWindow b = located(2, "B", {9, 9, 300, 200});
+  LocatedWindow tip = located(3, "Tip", {5, 5, 80, 20});
+  tip.overrideRedirect = true;
+  pairWithWindows(objects, {tip, a, b});
+  ASSERT_EQ(objects.size(), 3U);
+  EXPECT_EQ(objects[0].window->number, 1U);  // The frame, before the widget of the same title.
+  EXPECT_FALSE(objects[1].window.has_value());
+  EXPECT_EQ(objects[2].facts->name, "B");
+  EXPECT_EQ(objects[2].window->number, 2U);
+}
+
+TEST(AtspiRoles, OfPlainWidgetsThatAreWindowsAreThoseOfWindows) {
+  AtspiFacts label = factsOf(AtspiRole::label);
+  label.name = "Plain";
+  const AtspiView window{.facts = label, .toolkit = Toolkit::qt, .topLevel = true};
+  EXPECT_EQ(axRole(window).role, "AXWindow");
+  EXPECT_EQ(axRole(window).subrole, "AXStandardWindow");
+  EXPECT_EQ(textOf(window, "AXTitle"), "Plain");
+  EXPECT_EQ(axActionNames(window), std::vector<std::string>{"AXRaise"});
+  EXPECT_EQ(axRole({.facts = label, .toolkit = Toolkit::qt}).role, "AXStaticText");
+}
+
 TEST(AtspiWindows, OfGtk4AddTheShadowToTheirPlaces) {
   Toplevel object = toplevelOf("A", {0, 0, 500, 400}, Toolkit::gtk4);
   object.window = located(1, "A", {100, 50, 528, 429});
