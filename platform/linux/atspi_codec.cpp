@@ -1,6 +1,7 @@
 #include "platform/linux/atspi_codec.h"
 
 #include <array>
+#include <cstring>
 
 namespace tarqo::lnx {
 namespace {
@@ -18,6 +19,24 @@ constexpr std::pair<std::string_view, AtspiInterface> kInterfaces[] = {
 };
 
 constexpr std::string_view kPrefix = "org.a11y.atspi.";
+
+/// No text that anybody reads is longer, and an application may send 128 MB.
+constexpr std::size_t kMaxTextBytes = 64 * 1024;
+
+/// Far more attributes and actions than an object has.
+constexpr std::size_t kMaxEntries = 200;
+
+/// A text as it is kept: cut, when it is longer, between two characters.
+std::string kept(const char* text) {
+  std::size_t length = strnlen(text, kMaxTextBytes + 1);
+  if (length > kMaxTextBytes) {
+    length = kMaxTextBytes;
+    while (length > 0 && (static_cast<unsigned char>(text[length]) & 0xC0U) == 0x80U) {
+      --length;
+    }
+  }
+  return {text, length};
+}
 
 bool enter(sd_bus_message* m, char type, const char* contents) {
   return sd_bus_message_enter_container(m, type, contents) > 0;
@@ -82,7 +101,7 @@ std::optional<std::string> readText(sd_bus_message* m) {
   if (sd_bus_message_read(m, "s", &text) <= 0) {
     return std::nullopt;
   }
-  return text;
+  return kept(text);
 }
 
 std::optional<std::uint32_t> readNumber(sd_bus_message* m) {
@@ -129,7 +148,9 @@ std::optional<AtspiAttributes> readAttributes(sd_bus_message* m) {
   const char* key = nullptr;
   const char* value = nullptr;
   while (sd_bus_message_read(m, "{ss}", &key, &value) > 0) {
-    result.emplace_back(key, value);
+    if (result.size() < kMaxEntries) {
+      result.emplace_back(kept(key), kept(value));
+    }
   }
   leave(m);
   return result;
@@ -156,7 +177,9 @@ std::optional<std::vector<std::string>> readActions(sd_bus_message* m) {
   const char* description = nullptr;
   const char* keys = nullptr;
   while (sd_bus_message_read(m, "(sss)", &name, &description, &keys) > 0) {
-    result.emplace_back(name);
+    if (result.size() < kMaxEntries) {
+      result.push_back(kept(name));
+    }
   }
   leave(m);
   return result;
@@ -276,8 +299,8 @@ std::vector<CacheItem> readCacheItems(sd_bus_message* m) {
     item.index = index;
     item.childCount = count;
     item.interfaces = *interfaces;
-    item.name = name;
-    item.description = description;
+    item.name = kept(name);
+    item.description = kept(description);
     item.states = *states;
     result.push_back(std::move(item));
   }

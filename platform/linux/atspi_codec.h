@@ -1,5 +1,6 @@
 // Reads the answers of AT-SPI objects. Every function leaves its result untouched, or gives none,
-// when the message has another shape: an application may answer anything.
+// when the message has another shape: an application may answer anything. Texts are kept up to
+// 64 KiB, attributes and actions up to 200.
 #pragma once
 
 #include <cstdint>
