@@ -7,6 +7,9 @@ BatchLimits within(Duration patience) {
   return {std::chrono::steady_clock::now() + patience, patience};
 }
 
+/// How long an application without a toolkit's name is not asked for one again.
+constexpr auto kNameless = std::chrono::seconds(1);
+
 }  // namespace
 
 void AtspiApplications::forgetAfterReconnect() {
@@ -16,6 +19,7 @@ void AtspiApplications::forgetAfterReconnect() {
     generation_ = bus_.generation();
     pids_.clear();
     toolkits_.clear();
+    namelessUntil_.clear();
     channelName_.clear();
     channel_.reset();
   }
@@ -67,6 +71,10 @@ std::optional<Toolkit> AtspiApplications::toolkitOf(const std::string& busName, 
   if (const std::optional<Toolkit> known = knownToolkitOf(busName)) {
     return known;
   }
+  const auto nameless = namelessUntil_.find(busName);
+  if (nameless != namelessUntil_.end() && std::chrono::steady_clock::now() < nameless->second) {
+    return Toolkit::other;
+  }
   std::optional<std::string> name;
   std::string version;
   AtspiBatch batch(bus_);
@@ -80,7 +88,11 @@ std::optional<Toolkit> AtspiApplications::toolkitOf(const std::string& busName, 
   if (batch.run(within(patience)) != BatchOutcome::complete) {
     return std::nullopt;
   }
-  return toolkits_[busName] = toolkitNamed(name.value_or(""), version);
+  if (!name || name->empty()) {
+    namelessUntil_[busName] = std::chrono::steady_clock::now() + kNameless;
+    return Toolkit::other;
+  }
+  return toolkits_[busName] = toolkitNamed(*name, version);
 }
 
 std::optional<Toolkit> AtspiApplications::knownToolkitOf(const std::string& busName) const {

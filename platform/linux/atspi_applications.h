@@ -30,7 +30,8 @@ class AtspiApplications {
   /// does not answer within `patience`.
   [[nodiscard]] std::vector<AtspiApp> of(Pid pid, Duration patience);
 
-  /// The toolkit of a connection, asked once; none while the application does not answer.
+  /// The toolkit of a connection, asked once; none while the application does not answer. One that
+  /// answers without a name, as it may while it starts, is `other` for a second.
   [[nodiscard]] std::optional<Toolkit> toolkitOf(const std::string& busName, Duration patience);
 
   /// The same, of a connection that was asked before; none when it was not. Asks nobody.
@@ -48,6 +49,7 @@ class AtspiApplications {
   int generation_ = 0;
   std::unordered_map<std::string, Pid> pids_;  ///< Unique names are never used again.
   std::unordered_map<std::string, Toolkit> toolkits_;
+  std::unordered_map<std::string, Instant> namelessUntil_;
   std::string channelName_;            ///< Whose channel the next is.
   std::unique_ptr<AtspiBus> channel_;  ///< Null for the bus.
 };
