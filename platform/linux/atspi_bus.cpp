@@ -1,5 +1,6 @@
 #include "platform/linux/atspi_bus.h"
 
+#include <algorithm>
 #include <cstdlib>
 
 #include "platform/linux/bus_readiness.h"
@@ -14,27 +15,49 @@ using std::chrono::microseconds;
 /// that stops answering.
 constexpr std::size_t kWindow = 256;
 
-constexpr std::uint64_t kActivationMicroseconds = 3'000'000;
-constexpr std::uint64_t kHelloMicroseconds = 1'000'000;
+constexpr auto kConnectPatience = std::chrono::seconds(3);
+
+/// For one answer of a bus that runs. The accessibility bus may have to be started first, and gets
+/// all the time there is.
+constexpr auto kHelloPatience = std::chrono::seconds(1);
+
 constexpr auto kSlowFailure = std::chrono::milliseconds(200);
 constexpr auto kRestAfterSlowFailure = std::chrono::seconds(2);
 
-BusHandle connect(const std::string& address) {
+/// The time to a deadline, for sd-bus: never zero, which it takes for no limit.
+microseconds until(Instant deadline) {
+  return std::max(duration_cast<microseconds>(deadline - std::chrono::steady_clock::now()),
+                  microseconds(1));
+}
+
+microseconds helloBefore(Instant deadline) {
+  return std::min(until(deadline), microseconds(kHelloPatience));
+}
+
+std::uint64_t numberOf(microseconds limit) { return static_cast<std::uint64_t>(limit.count()); }
+
+BusHandle connect(const std::string& address, Instant deadline) {
   sd_bus* made = nullptr;
   if (sd_bus_new(&made) < 0) {
     return nullptr;
   }
   BusHandle bus(made);
   if (sd_bus_set_address(made, address.c_str()) < 0 || sd_bus_set_bus_client(made, 1) < 0 ||
-      sd_bus_set_method_call_timeout(made, kHelloMicroseconds) < 0 || sd_bus_start(made) < 0 ||
-      !becomesReady(made, std::chrono::microseconds(kHelloMicroseconds))) {
+      sd_bus_set_method_call_timeout(made, numberOf(microseconds(kHelloPatience))) < 0 ||
+      sd_bus_start(made) < 0 || !becomesReady(made, helloBefore(deadline))) {
     return nullptr;
   }
   // A bus that accepts connections but never says hello must not be taken for one that works.
   const char* name = nullptr;
+  sd_bus_message* question = nullptr;
+  if (sd_bus_message_new_method_call(made, &question, "org.freedesktop.DBus",
+                                     "/org/freedesktop/DBus", "org.freedesktop.DBus",
+                                     "GetId") < 0) {
+    return nullptr;
+  }
+  const Message call(question);
   sd_bus_message* answer = nullptr;
-  const int asked = sd_bus_call_method(made, "org.freedesktop.DBus", "/org/freedesktop/DBus",
-                                       "org.freedesktop.DBus", "GetId", nullptr, &answer, "");
+  const int asked = sd_bus_call(made, question, numberOf(helloBefore(deadline)), nullptr, &answer);
   const Message held(answer);
   if (asked < 0 || sd_bus_get_unique_name(made, &name) < 0) {
     return nullptr;
@@ -48,17 +71,20 @@ bool AtspiRef::empty() const { return path.empty() || path == "/org/a11y/atspi/n
 
 AtspiRef registryRoot() { return {"org.a11y.atspi.Registry", kRootPath}; }
 
-std::optional<std::string> accessibilityBusAddress() {
+namespace {
+
+/// The address of the accessibility bus, asked of the session bus; none when nobody tells it.
+std::optional<std::string> accessibilityBusAddress(Instant deadline) {
   sd_bus* opened = nullptr;
   if (sd_bus_open_user(&opened) >= 0) {
     const BusHandle session(opened);
     sd_bus_message* made = nullptr;
-    if (becomesReady(opened, std::chrono::microseconds(kHelloMicroseconds)) &&
+    if (becomesReady(opened, helloBefore(deadline)) &&
         sd_bus_message_new_method_call(opened, &made, "org.a11y.Bus", "/org/a11y/bus",
                                        "org.a11y.Bus", "GetAddress") >= 0) {
       const Message call(made);
       sd_bus_message* answer = nullptr;
-      const int asked = sd_bus_call(opened, made, kActivationMicroseconds, nullptr, &answer);
+      const int asked = sd_bus_call(opened, made, numberOf(until(deadline)), nullptr, &answer);
       const Message reply(answer);
       const char* address = nullptr;
       if (asked >= 0 && sd_bus_message_read(answer, "s", &address) > 0 && *address != '\0') {
@@ -73,9 +99,12 @@ std::optional<std::string> accessibilityBusAddress() {
   return std::nullopt;
 }
 
-BusHandle openAccessibilityBus() {
-  const std::optional<std::string> address = accessibilityBusAddress();
-  return address ? connect(*address) : nullptr;
+}  // namespace
+
+BusHandle openAccessibilityBus(Duration patience) {
+  const Instant deadline = std::chrono::steady_clock::now() + patience;
+  const std::optional<std::string> address = accessibilityBusAddress(deadline);
+  return address ? connect(*address, deadline) : nullptr;
 }
 
 sd_bus* AtspiBus::connection() {
@@ -84,7 +113,7 @@ sd_bus* AtspiBus::connection() {
   }
   const Instant started = std::chrono::steady_clock::now();
   if (!bus_ && started >= notBefore_) {
-    bus_ = isDirect() ? openApplication(application_) : openAccessibilityBus();
+    bus_ = isDirect() ? openApplication(application_) : openAccessibilityBus(kConnectPatience);
     ++generation_;
     const Instant ended = std::chrono::steady_clock::now();
     if (!bus_ && ended - started > kSlowFailure) {

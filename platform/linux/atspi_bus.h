@@ -81,11 +81,9 @@ class AtspiBus {
   Instant notBefore_ = kDistantPast;
 };
 
-/// The address of the accessibility bus, asked of the session bus; none when nobody tells it.
-[[nodiscard]] std::optional<std::string> accessibilityBusAddress();
-
-/// A new connection to the accessibility bus; null when it cannot be made.
-[[nodiscard]] BusHandle openAccessibilityBus();
+/// A new connection to the accessibility bus, whose address the session bus tells; null when it
+/// cannot be made within `patience`.
+[[nodiscard]] BusHandle openAccessibilityBus(Duration patience);
 
 /// The answer to one call. Read it before the handler returns.
 struct Reply {

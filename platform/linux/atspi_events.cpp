@@ -14,6 +14,15 @@ namespace {
 
 constexpr auto kConnectPatience = std::chrono::seconds(1);
 
+/// A connection that was lost is tried again on the loop that everything else waits for: briefly
+/// and seldom. A bus that takes longer to start has started by the next time.
+constexpr auto kReconnectPatience = std::chrono::milliseconds(300);
+constexpr auto kReconnectRest = std::chrono::seconds(1);
+
+/// Messages handled before the loop's other work has its turn. Taking one costs some 10 us, and a
+/// page that loads sends tens of thousands.
+constexpr int kMaxMessagesARound = 300;
+
 /// Events that may wait for their sender's process id.
 constexpr std::size_t kMaxWaiting = 200;
 
@@ -89,7 +98,7 @@ AtspiEvents::~AtspiEvents() = default;
 std::unique_ptr<Observer> AtspiEvents::observe(Pid pid, NotificationCallback callback) {
   auto answer = std::make_shared<std::promise<bool>>();
   std::future<bool> ready = answer->get_future();
-  loop_.post([this, answer] { answer->set_value(connected()); });
+  loop_.post([this, answer] { answer->set_value(connected(kConnectPatience)); });
   if (ready.wait_for(kConnectPatience) != std::future_status::ready || !ready.get()) {
     return nullptr;
   }
@@ -118,12 +127,12 @@ std::vector<AtspiRef> AtspiEvents::openMenus(Pid pid) {
   return found == menus_.end() ? std::vector<AtspiRef>() : found->second;
 }
 
-bool AtspiEvents::connected() {
+bool AtspiEvents::connected(Duration patience) {
   if (bus_ && sd_bus_is_open(bus_.get()) > 0) {
     return true;
   }
   disconnect();
-  bus_ = openAccessibilityBus();
+  bus_ = openAccessibilityBus(patience);
   if (bus_ && !subscribe()) {
     disconnect();
   }
@@ -135,6 +144,7 @@ void AtspiEvents::disconnect() {
   pids_.clear();
   waiting_.clear();
   bus_.reset();
+  behind_ = false;
   questions_.clear();  // The connection's callbacks, which are gone with it, point at them.
   const std::lock_guard lock(lock_);
   focus_.clear();  // The next bus gives its own names.
@@ -178,8 +188,14 @@ short AtspiEvents::events() {
 }
 
 std::optional<Instant> AtspiEvents::deadline() {
+  if (!bus_) {
+    return retryAt_;
+  }
+  if (behind_) {
+    return kDistantPast;
+  }
   std::uint64_t microseconds = UINT64_MAX;
-  if (!bus_ || sd_bus_get_timeout(bus_.get(), &microseconds) <= 0 || microseconds == UINT64_MAX) {
+  if (sd_bus_get_timeout(bus_.get(), &microseconds) <= 0 || microseconds == UINT64_MAX) {
     return std::nullopt;
   }
   // The steady clock and sd-bus count from the same moment.
@@ -187,12 +203,28 @@ std::optional<Instant> AtspiEvents::deadline() {
 }
 
 void AtspiEvents::serve() {
+  if (!bus_) {
+    reconnect();
+    return;
+  }
   int processed = 1;
-  while (bus_ && processed > 0) {
+  for (int left = kMaxMessagesARound; processed > 0 && left > 0; --left) {
     processed = sd_bus_process(bus_.get(), nullptr);
   }
+  behind_ = processed > 0;
   if (processed < 0) {
     disconnect();
+    retryAt_ = std::chrono::steady_clock::now();
+  }
+}
+
+void AtspiEvents::reconnect() {
+  if (!retryAt_ || std::chrono::steady_clock::now() < *retryAt_) {
+    return;
+  }
+  retryAt_.reset();
+  if (hasListeners() && !connected(kReconnectPatience)) {
+    retryAt_ = std::chrono::steady_clock::now() + kReconnectRest;
   }
 }
 
@@ -336,6 +368,11 @@ void AtspiEvents::menuOpened(Pid pid, const AtspiRef& menu) {
     open.resize(std::min(open.size(), kMaxMenus));
   }
   notify(pid, kMenuOpened, &menu);
+}
+
+bool AtspiEvents::hasListeners() {
+  const std::lock_guard lock(lock_);
+  return std::ranges::any_of(subscribers_, [](const auto& entry) { return !entry.expired(); });
 }
 
 bool AtspiEvents::isObserved(Pid pid) {

@@ -1,8 +1,8 @@
 // The events of the accessibility bus, on the main loop's own connection.
 //
 // `observe`, `acknowledged`, `lastFocus` and the observers may be used from the worker; the rest
-// happens on the main loop's thread. The connection is made when the first observer asks for it,
-// and made again, when it was lost, by the next one.
+// happens on the main loop's thread. The connection is made when the first observer asks for it.
+// When it is lost while somebody observes, it is tried again about once a second.
 #pragma once
 
 #include <list>
@@ -65,7 +65,7 @@ class AtspiEvents final : public LoopSource {
     Unsorted event;
   };
 
-  [[nodiscard]] bool connected();
+  [[nodiscard]] bool connected(Duration patience);
   [[nodiscard]] bool subscribe();
   static int onSignal(sd_bus_message* signal, void* self, sd_bus_error* error);
   static int onPid(sd_bus_message* reply, void* self, sd_bus_error* error);
@@ -76,11 +76,15 @@ class AtspiEvents final : public LoopSource {
   void followMenu(Pid pid, const Unsorted& event);
   void menuOpened(Pid pid, const AtspiRef& menu);
   void disconnect();
+  void reconnect();
+  [[nodiscard]] bool hasListeners();
   [[nodiscard]] bool isObserved(Pid pid);
   void notify(Pid pid, std::string_view name, const AtspiRef* object);
 
   LinuxMainLoop& loop_;
   BusHandle bus_;
+  bool behind_ = false;             ///< More messages may be there than the last round took.
+  std::optional<Instant> retryAt_;  ///< When to connect again; none when nobody needs it.
   std::vector<Slot> slots_;
   std::unordered_map<std::string, Pid> pids_;
   std::unordered_map<std::string, std::vector<Unsorted>> waiting_;

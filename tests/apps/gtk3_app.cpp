@@ -4,10 +4,14 @@
 //   gtk3_app [--title TEXT] [--geometry WIDTHxHEIGHT+X+Y] [--tab NAME] [--nodes COUNT]
 //            [--slow-start MS] [--block MS]
 //
+// On SIGUSR1 it starts anew in the same process, without options.
+//
 // Prints "ready" when its window is mapped and drawn. Lines of its standard input change it while
 // it runs; gtk3_commands.h lists them.
 
+#include <glib-unix.h>
 #include <gtk/gtk.h>
+#include <unistd.h>
 
 #include <cmath>
 #include <cstdio>
@@ -118,6 +122,13 @@ GtkWidget* makeTabs(GtkWindow* window, const Options& options) {
   return tabs;
 }
 
+/// Toolkits do not come back to an accessibility bus that was restarted; programs that are do.
+gboolean startAnew(gpointer /*data*/) {
+  gchar* program = g_file_read_link("/proc/self/exe", nullptr);
+  execl(program, program, nullptr);
+  std::exit(2);
+}
+
 int run(int argc, char** argv) {
   const Options options = readOptions(argc, argv);
   g_usleep(static_cast<gulong>(options.slowStartMs) * 1000);
@@ -144,6 +155,7 @@ int run(int argc, char** argv) {
           nullptr, nullptr);
     }
   });
+  g_unix_signal_add(SIGUSR1, startAnew, nullptr);
   readCommands(GTK_WINDOW(window));
   gtk_widget_show_all(window);
   gtk_main();

@@ -298,6 +298,25 @@ class LosingTheDesktop(HelperTest):
         self.desktop.start_accessibility()
         self.expect_all_back()
 
+    def test_the_target_is_heard_again_after_the_accessibility_bus_came_back(self):
+        self.desktop.end_accessibility()
+        self.desktop.start_accessibility()
+        self.app.forget()
+        self.app.send_signal(signal.SIGUSR1)
+        self.app.wait_for("ready", 20)
+
+        def is_heard():
+            # The target was not connected to again: the same process is there with a new window.
+            try:
+                self.click("Save", "button")
+                settled = self.call("settle")
+            except HelperError:
+                return False
+            self.assertTrue(settled["listening"])
+            # Of the press itself the helper knows without the bus.
+            return bool(set(settled["heard"]) - {"AXActionAcknowledged"})
+        wait_until(is_heard, 10, "the target is heard")
+
     def test_an_accessibility_bus_that_comes_back_switched_off(self):
         self.desktop.end_accessibility()
         self.assertFalse(self.is_trusted())
