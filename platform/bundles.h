@@ -33,7 +33,8 @@ class Bundles {
   /// The folders that hold applications, in the order in which later ones overrule earlier ones.
   [[nodiscard]] virtual std::vector<std::string> applicationFolders() = 0;
 
-  /// The names of the bundles directly inside a folder; empty when it cannot be listed.
+  /// The names of the bundles inside a folder, relative to it; empty when it cannot be listed.
+  /// Those directly inside it, and those below where the system counts these too.
   [[nodiscard]] virtual std::vector<std::string> bundlesIn(const std::string& folder) = 0;
 
   /// The bundle at a path; none when there is none or it cannot be opened. An entry of the system

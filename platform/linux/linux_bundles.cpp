@@ -12,7 +12,7 @@ namespace tarqo::lnx {
 std::vector<std::string> LinuxBundles::applicationFolders() { return entryFolders(); }
 
 std::vector<std::string> LinuxBundles::bundlesIn(const std::string& folder) {
-  return entryFilesIn(folder);
+  return listEntries(folder).files;
 }
 
 const DesktopEntry* LinuxBundles::launchableAt(const std::string& path) {

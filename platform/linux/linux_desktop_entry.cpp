@@ -93,14 +93,22 @@ struct Word {
   bool quoted = false;
 };
 
-/// The words of an Exec line; empty when a quote is left open.
+/// Whether a backslash takes away the meaning of the character behind it, as in a shell: of any
+/// outside quotes, of a few inside double ones, of none inside single ones.
+bool isEscape(char quote, char next) {
+  constexpr std::string_view kEscapedInQuotes = "\"`$\\\n";
+  return quote == 0 || (quote == '"' && kEscapedInQuotes.find(next) != std::string_view::npos);
+}
+
+/// The words of an Exec line, split as desktops do: like a shell, which goes beyond what the format
+/// of entries allows, and Wine for one relies on it. Empty when a quote is left open.
 std::vector<Word> wordsOf(std::string_view line) {
   std::vector<Word> words;
   bool inWord = false;
-  bool inQuotes = false;
+  char quote = 0;  // The one that is open; 0 outside.
   for (std::size_t i = 0; i < line.size(); ++i) {
     const char c = line[i];
-    if (!inQuotes && (c == ' ' || c == '\t' || c == '\n')) {
+    if (quote == 0 && (c == ' ' || c == '\t' || c == '\n')) {
       inWord = false;
       continue;
     }
@@ -108,16 +116,29 @@ std::vector<Word> wordsOf(std::string_view line) {
       words.emplace_back();
       inWord = true;
     }
-    if (c == '"') {
-      inQuotes = !inQuotes;
-      words.back().quoted = true;
-    } else if (c == '\\' && inQuotes && i + 1 < line.size()) {
+    if (c == '\\' && i + 1 < line.size() && isEscape(quote, line[i + 1])) {
       words.back().text += line[++i];
+    } else if (quote != 0 ? c == quote : c == '"' || c == '\'') {
+      quote = quote != 0 ? '\0' : c;
+      words.back().quoted = true;
     } else {
       words.back().text += c;
     }
   }
-  return inQuotes ? std::vector<Word>() : words;
+  return quote != 0 ? std::vector<Word>() : words;
+}
+
+/// How many words an option of "env" takes up; 0 for what is none of its options.
+std::size_t lengthOfEnvOption(const std::string& word) {
+  if (word.size() < 2 || word[0] != '-') {
+    return word == "-" ? 1 : 0;
+  }
+  if (word[1] == '-') {
+    return word == "--unset" || word == "--chdir" ? 2 : 1;
+  }
+  // Of several letters in a word, the first that has a value has the rest of the word, or the next.
+  const std::size_t letter = word.find_first_of("uC", 1);
+  return letter != std::string::npos && letter + 1 == word.size() ? 2 : 1;
 }
 
 /// A word with its field codes filled in; codes that stand for files, and those out of use, are
@@ -147,6 +168,10 @@ bool intersect(const std::vector<std::string>& some, const std::vector<std::stri
 
 }  // namespace
 
+bool isEntryFile(std::string_view name) {
+  return name.ends_with(kSuffix) && name.size() > kSuffix.size();
+}
+
 std::vector<std::string> splitList(std::string_view text, char separator) {
   std::vector<std::string> parts;
   while (!text.empty()) {
@@ -157,6 +182,12 @@ std::vector<std::string> splitList(std::string_view text, char separator) {
     text.remove_prefix(std::min(end + 1, text.size()));
   }
   return parts;
+}
+
+std::string entryIdOf(std::string_view relativePath) {
+  std::string id(relativePath.substr(0, relativePath.size() - kSuffix.size()));
+  std::replace(id.begin(), id.end(), '/', '-');
+  return id;
 }
 
 std::vector<std::string> localeNames(std::string_view locale) {
@@ -185,14 +216,13 @@ std::vector<std::string> localeNames(std::string_view locale) {
 
 std::optional<DesktopEntry> parseDesktopEntry(std::string_view text, const std::string& path,
                                               const std::vector<std::string>& locales) {
-  const std::size_t slash = path.rfind('/');
-  const std::string file = slash == std::string::npos ? path : path.substr(slash + 1);
-  if (!file.ends_with(kSuffix) || file.size() == kSuffix.size()) {
+  const std::string_view file = std::string_view(path).substr(path.rfind('/') + 1);
+  if (!isEntryFile(file)) {
     return std::nullopt;
   }
   const Keys keys = readKeys(text);
   DesktopEntry entry;
-  entry.id = file.substr(0, file.size() - kSuffix.size());
+  entry.id = entryIdOf(file);
   entry.path = path;
   entry.hidden = flagOf(keys, "Hidden");
   // An entry that only says "this one is deleted" need not say anything else.
@@ -234,6 +264,14 @@ std::size_t programPosition(const std::vector<std::string>& command) {
     return 0;
   }
   std::size_t position = 1;
+  while (position < command.size()) {
+    const std::size_t length = lengthOfEnvOption(command[position]);
+    const bool isLast = length == 0 || command[position] == "--";
+    position += length;
+    if (isLast) {
+      break;
+    }
+  }
   while (position < command.size() && command[position].find('=') != std::string::npos) {
     ++position;
   }

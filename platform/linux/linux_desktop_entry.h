@@ -10,7 +10,8 @@
 namespace tarqo::lnx {
 
 struct DesktopEntry {
-  std::string id;    ///< The file's name without ".desktop".
+  std::string id;    ///< `entryIdOf` the file, of which the folder of entries is known to the index
+                     ///< only: `parseDesktopEntry` takes the file's name for it.
   std::string path;  ///< Absolute.
   std::string name;  ///< In the user's language where the entry has it.
   std::string icon;
@@ -30,6 +31,13 @@ struct DesktopEntry {
   bool launchable = false;  ///< A user may launch it and then see windows of it.
 };
 
+/// Whether a file of that name can be an entry.
+[[nodiscard]] bool isEntryFile(std::string_view name);
+
+/// The id of an entry by the place of its file below the folder of entries: "wine/Notes.desktop"
+/// gives "wine-Notes". The path must be one of an entry file.
+[[nodiscard]] std::string entryIdOf(std::string_view relativePath);
+
 /// The names under which translations of a user's language stand in entries, best first. Takes the
 /// value of a locale variable: "ko_KR.UTF-8@x" gives "ko_KR@x", "ko_KR", "ko@x", "ko".
 [[nodiscard]] std::vector<std::string> localeNames(std::string_view locale);
@@ -43,7 +51,7 @@ struct DesktopEntry {
 /// filled in or left out. Empty when the entry has none or its quotes do not match.
 [[nodiscard]] std::vector<std::string> commandOf(const DesktopEntry& entry);
 
-/// Where in a command its program stands: behind an "env" and the variables it sets.
+/// Where in a command its program stands: behind an "env", its options and the variables it sets.
 [[nodiscard]] std::size_t programPosition(const std::vector<std::string>& command);
 
 /// Whether an entry is for display in a desktop; `currentDesktops` is the list of its names, as

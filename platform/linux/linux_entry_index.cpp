@@ -4,16 +4,22 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cstdlib>
 #include <map>
 #include <memory>
+#include <set>
 #include <utility>
 
 #include "platform/linux/linux_proc.h"
 
 namespace tarqo::lnx {
 namespace {
+
+constexpr int kMaxDepth = 5;
+constexpr std::size_t kMaxFolders = 200;
+
+/// To list all applications takes thousands of questions, and there may be hundreds of folders.
+constexpr std::chrono::milliseconds kLookedAtFor{20};
 
 std::string variable(const char* name, const std::string& fallback) {
   const char* value = std::getenv(name);
@@ -77,6 +83,45 @@ void completeForThisMachine(DesktopEntry& entry, const std::vector<std::string>&
                      !entry.program.empty() && isShownIn(entry, desktops);
 }
 
+/// A folder below a folder of entries, by its relative path.
+struct Subfolder {
+  std::string path;
+  int depth = 0;
+};
+
+/// The names in one folder, sorted.
+struct Contents {
+  std::vector<std::string> files;
+  std::vector<std::string> subfolders;
+};
+
+bool isFolder(DIR* parent, const dirent& entry) {
+  if (entry.d_type != DT_LNK && entry.d_type != DT_UNKNOWN) {
+    return entry.d_type == DT_DIR;
+  }
+  struct stat status {};
+  return ::fstatat(::dirfd(parent), entry.d_name, &status, 0) == 0 && S_ISDIR(status.st_mode);
+}
+
+Contents contentsOf(DIR* folder) {
+  Contents contents;
+  while (const dirent* entry = ::readdir(folder)) {
+    const std::string_view name(entry->d_name);
+    if (isEntryFile(name)) {
+      contents.files.emplace_back(name);
+    } else if (name != "." && name != ".." && isFolder(folder, *entry)) {
+      contents.subfolders.emplace_back(name);
+    }
+  }
+  std::sort(contents.files.begin(), contents.files.end());
+  std::sort(contents.subfolders.begin(), contents.subfolders.end());
+  return contents;
+}
+
+std::string below(const std::string& folder, const std::string& name) {
+  return folder.empty() ? name : joined(folder, name);
+}
+
 }  // namespace
 
 std::vector<std::string> entryFolders() {
@@ -104,20 +149,33 @@ std::vector<std::string> entryFolders() {
   return folders;
 }
 
-std::vector<std::string> entryFilesIn(const std::string& folder) {
-  std::vector<std::string> names;
-  const std::unique_ptr<DIR, int (*)(DIR*)> open(::opendir(folder.c_str()), &::closedir);
-  if (!open) {
-    return names;
-  }
-  while (const dirent* entry = ::readdir(open.get())) {
-    const std::string_view name(entry->d_name);
-    if (name.ends_with(".desktop")) {
-      names.emplace_back(name);
+EntryListing listEntries(const std::string& folder) {
+  EntryListing listing;
+  std::vector<Subfolder> pending{{"", 0}};
+  std::set<std::pair<dev_t, ino_t>> seen;
+  for (std::size_t next = 0; next < pending.size() && next < kMaxFolders; ++next) {
+    const Subfolder current = pending[next];
+    const std::unique_ptr<DIR, int (*)(DIR*)> open(::opendir(joined(folder, current.path).c_str()),
+                                                   &::closedir);
+    struct stat status {};
+    if (!open || ::fstat(::dirfd(open.get()), &status) != 0 ||
+        !seen.emplace(status.st_dev, status.st_ino).second) {
+      continue;
+    }
+    if (!current.path.empty()) {
+      listing.subfolders.push_back(current.path);
+    }
+    Contents contents = contentsOf(open.get());
+    for (const std::string& file : contents.files) {
+      listing.files.push_back(below(current.path, file));
+    }
+    for (const std::string& subfolder : contents.subfolders) {
+      if (current.depth < kMaxDepth) {
+        pending.push_back({below(current.path, subfolder), current.depth + 1});
+      }
     }
   }
-  std::sort(names.begin(), names.end());
-  return names;
+  return listing;
 }
 
 std::string resolvedProgram(const std::string& program) {
@@ -133,32 +191,46 @@ std::string resolvedProgram(const std::string& program) {
   return {};
 }
 
-bool EntryIndex::upToDate() const {
+bool EntryIndex::upToDate() {
   if (folders_.empty()) {
     return false;
   }
+  const auto now = std::chrono::steady_clock::now();
+  if (now - lookedAt_ < kLookedAtFor) {
+    return true;
+  }
+  lookedAt_ = now;
   return std::all_of(folders_.begin(), folders_.end(), [](const Folder& folder) {
-    const auto now = changeTime(folder.path);
-    if (!now || !folder.changed) {
-      return now.has_value() == folder.changed.has_value();
+    const auto changed = changeTime(folder.path);
+    if (!changed || !folder.changed) {
+      return changed.has_value() == folder.changed.has_value();
     }
-    return now->tv_sec == folder.changed->tv_sec && now->tv_nsec == folder.changed->tv_nsec;
+    return changed->tv_sec == folder.changed->tv_sec && changed->tv_nsec == folder.changed->tv_nsec;
   });
 }
 
 void EntryIndex::read() {
   folders_.clear();
+  byPath_.clear();
   entries_.clear();
+  lookedAt_ = std::chrono::steady_clock::now();
   const auto locales = userLocales();
   const auto desktops = splitList(variable("XDG_CURRENT_DESKTOP", ""), ':');
   std::map<std::string, DesktopEntry> byId;
   for (const std::string& folder : entryFolders()) {
     folders_.push_back({folder, changeTime(folder)});
-    for (const std::string& file : entryFilesIn(folder)) {
-      const std::string path = joined(folder, file);
+    const EntryListing listing = listEntries(folder);
+    for (const std::string& subfolder : listing.subfolders) {
+      const std::string path = joined(folder, subfolder);
+      folders_.push_back({path, changeTime(path)});
+    }
+    // Backwards, so that of two files with the same id the one less deep is in force.
+    for (auto file = listing.files.rbegin(); file != listing.files.rend(); ++file) {
+      const std::string path = joined(folder, *file);
       const auto text = readWholeFile(path);
       auto entry = text ? parseDesktopEntry(*text, path, locales) : std::nullopt;
       if (entry) {
+        entry->id = entryIdOf(*file);
         std::string id = entry->id;
         byId.insert_or_assign(std::move(id), std::move(*entry));
       }
@@ -169,6 +241,9 @@ void EntryIndex::read() {
       completeForThisMachine(entry, desktops);
       entries_.push_back(std::move(entry));
     }
+  }
+  for (const DesktopEntry& entry : entries_) {
+    byPath_.emplace(entry.path, &entry);
   }
 }
 
@@ -188,10 +263,11 @@ const DesktopEntry* EntryIndex::byId(std::string_view id) {
 }
 
 const DesktopEntry* EntryIndex::byPath(const std::string& path) {
-  const auto& all = entries();
-  const auto found = std::find_if(
-      all.begin(), all.end(), [&path](const DesktopEntry& entry) { return entry.path == path; });
-  return found != all.end() ? &*found : nullptr;
+  if (!upToDate()) {
+    read();
+  }
+  const auto found = byPath_.find(path);
+  return found != byPath_.end() ? found->second : nullptr;
 }
 
 }  // namespace tarqo::lnx

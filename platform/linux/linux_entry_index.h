@@ -5,9 +5,11 @@
 
 #include <sys/stat.h>
 
+#include <chrono>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "platform/linux/linux_desktop_entry.h"
@@ -18,8 +20,17 @@ namespace tarqo::lnx {
 /// so that later ones overrule earlier ones. By XDG_DATA_DIRS and XDG_DATA_HOME.
 [[nodiscard]] std::vector<std::string> entryFolders();
 
-/// The names of the entry files in a folder, sorted; empty when it cannot be listed.
-[[nodiscard]] std::vector<std::string> entryFilesIn(const std::string& folder);
+/// What lies in a folder of entries.
+struct EntryListing {
+  /// The entry files, relative to the folder: its own sorted, then those of the folders below it.
+  std::vector<std::string> files;
+  std::vector<std::string> subfolders;  ///< Relative paths of the folders below it that were read.
+};
+
+/// Reads a folder of entries and those below it; empty when it cannot be listed. Links to folders
+/// are followed, no folder is read twice, none deeper than 5 levels, and no more than 200 in all: a
+/// link may well lead to a whole disk.
+[[nodiscard]] EntryListing listEntries(const std::string& folder);
 
 /// The program for a name or a path, as a launch would find it, links resolved; empty if there is
 /// none. By PATH.
@@ -27,8 +38,13 @@ namespace tarqo::lnx {
 
 class EntryIndex {
  public:
+  EntryIndex() = default;
+  EntryIndex(const EntryIndex&) = delete;
+  EntryIndex& operator=(const EntryIndex&) = delete;
+
   /// The entries in force, one for each id, in the order of their ids. An entry that its user has
-  /// deleted is none. Read again when a folder has changed; references are valid until then.
+  /// deleted is none. Read again when a folder has changed, for which the folders are looked
+  /// at 20 ms after the last time at the earliest; references are valid until then.
   [[nodiscard]] const std::vector<DesktopEntry>& entries();
 
   /// The entry in force for an id; null when there is none.
@@ -43,11 +59,13 @@ class EntryIndex {
     std::optional<timespec> changed;  ///< None while the folder is missing.
   };
 
-  [[nodiscard]] bool upToDate() const;
+  [[nodiscard]] bool upToDate();
   void read();
 
   std::vector<Folder> folders_;
+  std::chrono::steady_clock::time_point lookedAt_;
   std::vector<DesktopEntry> entries_;
+  std::unordered_map<std::string_view, const DesktopEntry*> byPath_;  ///< Keys in `entries_`.
 };
 
 }  // namespace tarqo::lnx

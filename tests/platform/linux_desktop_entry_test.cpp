@@ -100,9 +100,19 @@ TEST(DesktopEntryCommand, TakesQuotedWordsAsOne) {
             (Words{"/opt/My App/run", "a \"b\"", "", "plain"}));
 }
 
+TEST(DesktopEntryCommand, IsSplitLikeAShellWould) {
+  EXPECT_EQ(commandOf(withExec(R"(wine C:\\\\run.exe /c/Start\\ Menu/x.lnk)")),
+            (Words{"wine", R"(C:\run.exe)", "/c/Start Menu/x.lnk"}));
+  EXPECT_EQ(commandOf(withExec(R"(notes 'one word' a'b c'd '' '"' "it's")")),
+            (Words{"notes", "one word", "ab cd", "", "\"", "it's"}));
+  EXPECT_EQ(commandOf(withExec(R"(notes it\\'s \\"x 'a\\b' "a\\b" "\\$x")")),
+            (Words{"notes", "it's", "\"x", R"(a\b)", R"(a\b)", "$x"}));
+}
+
 TEST(DesktopEntryCommand, IsEmptyWithoutAProgramOrWithAnOpenQuote) {
   EXPECT_TRUE(commandOf(withExec("")).empty());
   EXPECT_TRUE(commandOf(withExec("notes \"open")).empty());
+  EXPECT_TRUE(commandOf(withExec("notes 'open")).empty());
 }
 
 TEST(DesktopEntryCommand, HasItsProgramBehindTheVariablesItSets) {
@@ -111,6 +121,23 @@ TEST(DesktopEntryCommand, HasItsProgramBehindTheVariablesItSets) {
   EXPECT_EQ(programPosition({"/usr/bin/env", "notes"}), 1U);
   EXPECT_EQ(programPosition({"env", "A=1"}), 0U);
   EXPECT_EQ(programPosition({}), 0U);
+}
+
+TEST(DesktopEntryCommand, HasItsProgramBehindTheOptionsOfEnv) {
+  EXPECT_EQ(programPosition({"env", "-u", "VAR", "notes"}), 3U);
+  EXPECT_EQ(programPosition({"env", "-uVAR", "notes"}), 2U);
+  EXPECT_EQ(programPosition({"env", "--unset=VAR", "--unset", "VAR", "notes"}), 4U);
+  EXPECT_EQ(programPosition({"env", "-i", "A=1", "notes", "-u"}), 3U);
+  EXPECT_EQ(programPosition({"env", "-iu", "VAR", "-C", "/srv", "notes"}), 5U);
+  EXPECT_EQ(programPosition({"env", "--chdir=/srv", "--ignore-environment", "notes"}), 3U);
+  EXPECT_EQ(programPosition({"env", "-", "notes"}), 2U);
+  EXPECT_EQ(programPosition({"env", "--", "A=1", "notes"}), 3U);
+  EXPECT_EQ(programPosition({"env", "-u"}), 0U);
+}
+
+TEST(DesktopEntryFile, HasItsFoldersInItsId) {
+  EXPECT_EQ(entryIdOf("notes.desktop"), "notes");
+  EXPECT_EQ(entryIdOf("wine/Programs/Start Menu.desktop"), "wine-Programs-Start Menu");
 }
 
 TEST(DesktopEntryDisplay, FollowsTheNamesOfTheDesktop) {

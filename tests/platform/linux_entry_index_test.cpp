@@ -6,11 +6,14 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <thread>
 
 namespace tarqo::lnx {
 namespace {
 
 namespace fs = std::filesystem;
+
+constexpr std::chrono::milliseconds kUntilLookedAtAgain{25};
 
 /// Three folders of entries, the environment pointing at them.
 class EntryFolders : public testing::Test {
@@ -37,9 +40,14 @@ class EntryFolders : public testing::Test {
   }
 
   std::string write(const std::string& folder, const std::string& id, const std::string& keys) {
-    const fs::path path = root_ / folder / "applications" / (id + ".desktop");
+    const fs::path path = applications(folder) / (id + ".desktop");
+    fs::create_directories(path.parent_path());
     std::ofstream(path) << "[Desktop Entry]\nType=Application\n" << keys;
     return path;
+  }
+
+  [[nodiscard]] fs::path applications(const std::string& folder) const {
+    return root_ / folder / "applications";
   }
 
   EntryIndex index;
@@ -75,7 +83,59 @@ TEST_F(EntryFolders, AreReadAgainWhenTheyChange) {
   // Where the clock of the file system is coarse, both changes would bear the same time.
   fs::last_write_time(path.parent_path(),
                       fs::last_write_time(path.parent_path()) + std::chrono::seconds(1));
+  std::this_thread::sleep_for(kUntilLookedAtAgain);
   EXPECT_NE(index.byId("notes"), nullptr);
+}
+
+TEST_F(EntryFolders, AreReadWithTheFoldersBelowThem) {
+  const std::string path = write("home", "wine/Programs/notes", "Name=Notes\nExec=sh\n");
+  ASSERT_NE(index.byId("wine-Programs-notes"), nullptr);
+  EXPECT_EQ(index.byId("wine-Programs-notes")->path, path);
+  EXPECT_EQ(index.byPath(path), index.byId("wine-Programs-notes"));
+  EXPECT_EQ(index.byId("notes"), nullptr);
+
+  write("system", "wine/overruled", "Name=System\nExec=sh\n");
+  write("local", "wine-overruled", "Name=Local\nExec=sh\n");
+  write("local", "same-id", "Name=Above\nExec=sh\n");
+  write("local", "same/id", "Name=Below\nExec=sh\n");
+  EntryIndex second;
+  ASSERT_NE(second.byId("wine-overruled"), nullptr);
+  EXPECT_EQ(second.byId("wine-overruled")->name, "Local");
+  ASSERT_NE(second.byId("same-id"), nullptr);
+  EXPECT_EQ(second.byId("same-id")->name, "Above");
+}
+
+TEST_F(EntryFolders, AreReadAgainWhenAFolderBelowThemChanges) {
+  write("home", "wine/one", "Name=One\nExec=sh\n");
+  EXPECT_EQ(index.byId("wine-two"), nullptr);
+  const fs::path path = write("home", "wine/two", "Name=Two\nExec=sh\n");
+  fs::last_write_time(path.parent_path(),
+                      fs::last_write_time(path.parent_path()) + std::chrono::seconds(1));
+  std::this_thread::sleep_for(kUntilLookedAtAgain);
+  EXPECT_NE(index.byId("wine-two"), nullptr);
+}
+
+TEST_F(EntryFolders, MayHoldLinksThatLeadInCircles) {
+  write("home", "wine/notes", "Name=Notes\nExec=sh\n");
+  fs::create_directory_symlink(applications("home"), applications("home") / "wine" / "up");
+  fs::create_directory_symlink("self", applications("home") / "self");
+  write("system", "linked/one", "Name=One\nExec=sh\n");
+  fs::create_directory_symlink(applications("system") / "linked", applications("home") / "other");
+
+  EXPECT_EQ(listEntries(applications("home")).files,
+            (std::vector<std::string>{"other/one.desktop", "wine/notes.desktop"}));
+  EXPECT_NE(index.byId("other-one"), nullptr);
+}
+
+TEST_F(EntryFolders, AreNotSearchedWithoutEnd) {
+  for (int i = 0; i < 300; ++i) {
+    fs::create_directories(applications("home") / std::to_string(1000 + i));
+  }
+  EXPECT_EQ(listEntries(applications("home")).subfolders.size(), 199U) << "and the folder itself";
+  write("local", "1/2/3/4/5/notes", "Name=x\nExec=sh\n");
+  write("local", "1/2/3/4/5/6/deeper", "Name=x\nExec=sh\n");
+  EXPECT_EQ(listEntries(applications("local")).files,
+            (std::vector<std::string>{"1/2/3/4/5/notes.desktop"}));
 }
 
 TEST_F(EntryFolders, HoldEntriesThatAUserCanLaunch) {
