@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cmath>
-#include <sstream>
 
 namespace tarqo::lnx {
 namespace {
@@ -150,9 +150,13 @@ std::optional<Value> contentOf(const AtspiFacts& facts) {
   if (!facts.number || !std::isfinite(*facts.number)) {
     return std::nullopt;
   }
-  std::ostringstream shown;
-  shown << *facts.number;
-  return Value{shown.str()};
+  // The shortest text that reads as this number again; long enough for every number in plain
+  // digits.
+  std::array<char, 512> digits{};
+  const auto [end, error] = std::to_chars(digits.data(), digits.data() + digits.size(),
+                                          *facts.number, std::chars_format::fixed);
+  return error == std::errc() ? std::optional(Value{std::string(digits.data(), end)})
+                              : std::nullopt;
 }
 
 std::optional<Value> value(const AtspiView& view) {

@@ -40,6 +40,20 @@ std::string textOf(const AtspiView& view, std::string_view attribute) {
   return text == nullptr ? "(none)" : *text;
 }
 
+TEST(AtspiValues, OfASpinButtonWithoutTextHaveAllTheirDigits) {
+  AtspiFacts spin = factsOf(AtspiRole::spinButton, {});
+  for (const auto& [number, text] :
+       std::initializer_list<std::pair<double, const char*>>{{1234567, "1234567"},
+                                                             {0, "0"},
+                                                             {-12.25, "-12.25"},
+                                                             {0.1, "0.1"},
+                                                             {1e21, "1000000000000000000000"},
+                                                             {5e-7, "0.0000005"}}) {
+    spin.number = number;
+    EXPECT_EQ(textOf({spin}, "AXValue"), text);
+  }
+}
+
 TEST(AtspiRoles, StandInTheirTableAtTheirNumber) {
   for (std::uint32_t role = 0; role <= 130; ++role) {
     EXPECT_EQ(roleRow(role).role, role) << "row " << role;
