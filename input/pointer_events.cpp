@@ -25,18 +25,25 @@ void Session::post(EventSource* source, const InputEvent& event) {
   }
 }
 
+// An event may carry the time of its making, and applications read the speed of a drag from those
+// times: the up is made when it is due. The one made beforehand is for when that fails.
+void Session::release(EventSource* source, const MouseEvent& up, const CreatedEvent& spare) {
+  const auto created = platform_.inputEvents.create(source, up);
+  platform_.inputEvents.post(created ? *created : spare);
+}
+
 // Both events exist before the first goes out, so that no button is ever left held down: without an
 // up there is no down. The waits sleep: nothing may be delivered inside a click.
 void Session::pressOnce(EventSource* source, const MouseEvent& down, const MouseEvent& up) {
   InputEvents& events = platform_.inputEvents;
   const auto first = events.create(source, down);
-  const auto second = events.create(source, up);
-  if (first && second) {
+  const auto spare = events.create(source, up);
+  if (first && spare) {
     events.post(*first);
   }
   platform_.clock.sleep(kBetweenButtonEvents);
-  if (second) {
-    events.post(*second);
+  if (spare) {
+    release(source, up, *spare);
   }
   platform_.clock.sleep(kBetweenButtonEvents);
 }

@@ -101,8 +101,9 @@ void Session::drag(Point start, std::span<const Point> way, Duration slice) {
   const auto source = events.makeSource("");
   post(source.get(), MouseEvent{MouseEventType::moved, start});
   platform_.clock.sleep(kBeforeDrag);
-  const auto up = events.create(source.get(), MouseEvent{MouseEventType::leftUp, way.back(), 1});
-  if (!up) {
+  const MouseEvent up{MouseEventType::leftUp, way.back(), 1};
+  const auto spare = events.create(source.get(), up);
+  if (!spare) {
     return;
   }
   post(source.get(), MouseEvent{MouseEventType::leftDown, start, 1});
@@ -111,7 +112,7 @@ void Session::drag(Point start, std::span<const Point> way, Duration slice) {
     post(source.get(), MouseEvent{MouseEventType::leftDragged, point, 1});
     platform_.clock.sleep(slice);
   }
-  events.post(*up);
+  release(source.get(), up, *spare);
 }
 
 void Session::spotlightPull(const Rect& area) {

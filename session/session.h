@@ -170,6 +170,7 @@ class Session {
 
   // input/: events.
   void post(EventSource* source, const InputEvent& event);
+  void release(EventSource* source, const MouseEvent& up, const CreatedEvent& spare);
   void pressOnce(EventSource* source, const MouseEvent& down, const MouseEvent& up);
   void press(Point point, int count = 1);
   void rightPress(Point point);
