@@ -21,7 +21,7 @@ constexpr std::pair<std::string_view, AtspiInterface> kInterfaces[] = {
 constexpr std::string_view kPrefix = "org.a11y.atspi.";
 
 /// No text that anybody reads is longer, and an application may send 128 MB.
-constexpr std::size_t kMaxTextBytes = 64 * 1024;
+constexpr std::size_t kMaxTextBytes = std::size_t{64} * 1024;
 
 /// Far more attributes and actions than an object has.
 constexpr std::size_t kMaxEntries = 200;

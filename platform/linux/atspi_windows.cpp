@@ -78,10 +78,11 @@ void matchWindows(std::vector<Toplevel>& toplevels, const std::vector<LocatedWin
 }
 
 void pairWithWindows(std::vector<Toplevel>& toplevels, const std::vector<LocatedWindow>& windows) {
-  const auto others = std::ranges::stable_partition(
-      toplevels, [](const Toplevel& toplevel) { return isWindowRole(toplevel.facts->role); });
-  std::vector<Toplevel> plain(others.begin(), others.end());
-  toplevels.erase(others.begin(), others.end());
+  const auto others = std::stable_partition(
+      toplevels.begin(), toplevels.end(),
+      [](const Toplevel& toplevel) { return isWindowRole(toplevel.facts->role); });
+  std::vector<Toplevel> plain(others, toplevels.end());
+  toplevels.erase(others, toplevels.end());
   matchWindows(toplevels, windows);
   std::vector<LocatedWindow> left;
   std::ranges::copy_if(windows, std::back_inserter(left), [&](const LocatedWindow& window) {
