@@ -206,7 +206,8 @@ FactsPtr AtspiReader::factsOfSilentWindow(const AtspiElement::Parts& object) {
 std::optional<Toplevel> AtspiReader::toplevelOf(const AtspiElement::Parts& object) {
   const std::vector<Toplevel>& all = windowsOf(object.pid, object.timeout).toplevels;
   AtspiRef at = object.window.empty() ? object.ref : object.window;
-  for (int depth = 0; depth < kMaxDepth; ++depth) {
+  const Instant end = std::chrono::steady_clock::now() + object.timeout;
+  for (int depth = 0; depth < kMaxDepth && std::chrono::steady_clock::now() < end; ++depth) {
     const auto found = std::ranges::find(all, at, &Toplevel::ref);
     if (found != all.end()) {
       return *found;

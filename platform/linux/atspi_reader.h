@@ -42,7 +42,8 @@ class AtspiReader {
   /// the object is no window.
   [[nodiscard]] FactsPtr factsOfSilentWindow(const AtspiElement::Parts& object);
 
-  /// The top-level object that an object lies in; none when it cannot be found.
+  /// The top-level object that an object lies in; none when it cannot be found, or not within the
+  /// messaging time-out: the answers of an application that is slow, but in time, add up.
   [[nodiscard]] std::optional<Toplevel> toplevelOf(const AtspiElement::Parts& object);
 
   /// `other` when the application does not answer.

@@ -24,7 +24,8 @@ void searchBelow(AtspiReader& reader, const AtspiElement::Parts& start, FactSet 
     appendChildren(level, start, *top);
   }
   std::size_t seen = 0;
-  while (!level.empty() && seen < limit) {
+  const Instant end = std::chrono::steady_clock::now() + start.timeout;
+  while (!level.empty() && seen < limit && std::chrono::steady_clock::now() < end) {
     level.resize(std::min(level.size(), limit - seen));
     seen += level.size();
     const std::vector<FactsPtr> facts = reader.learnAll(level, wanted);

@@ -15,6 +15,8 @@ using Visitor = std::function<Visit(const AtspiElement::Parts& object, const Ats
 
 /// Shows `visit` every object below `start`, nearest levels first and at most `limit` of them, but
 /// for what lies below an object it skipped. Ends early when the application fails to answer.
+/// Also ends, with what it found, after one messaging time-out: level by level, the answers of an
+/// application that is slow, but in time, add up.
 void searchBelow(AtspiReader& reader, const AtspiElement::Parts& start, FactSet wanted,
                  std::size_t limit, const Visitor& visit);
 

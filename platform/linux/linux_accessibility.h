@@ -105,7 +105,7 @@ class LinuxAccessibility final : public Accessibility {
                                                     Point point);
   [[nodiscard]] std::optional<AtspiRef> shownInPopup(const Parts& start, const LocatedWindow& popup,
                                                      Point point);
-  [[nodiscard]] AtspiRef deepestAt(const Parts& start, Point point);
+  [[nodiscard]] std::optional<AtspiRef> deepestAt(const Parts& start, Point point);
   [[nodiscard]] std::optional<AtspiRef> childAt(const Parts& object, Point point);
   [[nodiscard]] std::optional<AtspiRef> placedChildAt(const Parts& object, Point point);
 

@@ -37,7 +37,11 @@ std::optional<Element> LinuxAccessibility::elementAt(Point point) {
   }
   for (const Parts& start : hitCandidates(*window, point)) {
     Parts object = start;
-    object.ref = deepestAt(start, point);
+    const std::optional<AtspiRef> deepest = deepestAt(start, point);
+    if (!deepest) {
+      return std::nullopt;
+    }
+    object.ref = *deepest;
     if (reader_.learn(object, Fact::kind)) {
       return makeElement(asMet(std::move(object)));
     }
@@ -118,9 +122,11 @@ std::optional<AtspiRef> LinuxAccessibility::shownInPopup(const Parts& start,
 }
 
 /// GTK 3 answers one level at a time, the other toolkits the deepest object at once; asking on
-/// until nothing deeper comes serves them all.
-AtspiRef LinuxAccessibility::deepestAt(const Parts& start, Point point) {
+/// until nothing deeper comes serves them all. None when that takes longer than the messaging
+/// time-out: a shallower object must not pass for the one under the pointer.
+std::optional<AtspiRef> LinuxAccessibility::deepestAt(const Parts& start, Point point) {
   Parts at = start;
+  const Instant end = std::chrono::steady_clock::now() + start.timeout;
   std::vector<AtspiRef> seen{start.ref};
   for (int depth = 0; depth < kMaxDepth; ++depth) {
     std::optional<AtspiRef> next = childAt(at, point);
@@ -132,6 +138,9 @@ AtspiRef LinuxAccessibility::deepestAt(const Parts& start, Point point) {
     }
     seen.push_back(*next);
     at.ref = *std::move(next);
+    if (std::chrono::steady_clock::now() >= end) {
+      return std::nullopt;
+    }
   }
   return at.ref;
 }

@@ -168,7 +168,8 @@ std::vector<AtspiRef> LinuxAccessibility::contextMenus(const Parts& window) {
 bool LinuxAccessibility::hangsNowhere(const Parts& menu) {
   const std::vector<Toplevel> all = reader_.windowsOf(menu.pid, menu.timeout).toplevels;
   Parts at = menu;
-  for (int depth = 0; depth < kMaxAncestors; ++depth) {
+  const Instant end = std::chrono::steady_clock::now() + menu.timeout;
+  for (int depth = 0; depth < kMaxAncestors && std::chrono::steady_clock::now() < end; ++depth) {
     const FactsPtr facts = reader_.learn(at, Fact::kind | Fact::parent);
     if (!facts || !facts->parent || facts->parent->empty() || facts->parent->path == kRootPath) {
       return facts != nullptr;
