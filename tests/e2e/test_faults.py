@@ -64,9 +64,12 @@ class Hanging(SlowTest):
 
     def expect_whole(self):
         self.app.send_signal(signal.SIGCONT)
-        wait_until(lambda: len(nodes_of(self.observe(ocr=False))) == self.whole, 5,
-                   "the tree is whole again")
-        self.assertFalse(self.observe()["snapshot"]["truncated"])
+        wait_until(self.is_whole, 10, "the tree is whole again")
+
+    def is_whole(self):
+        observation = self.observe(ocr=False)
+        return (len(nodes_of(observation)) == self.whole
+                and not observation["snapshot"]["truncated"])
 
     def test_an_application_that_hangs_already(self):
         self.app.send_signal(signal.SIGSTOP)
