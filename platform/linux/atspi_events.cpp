@@ -12,7 +12,7 @@
 namespace tarqo::lnx {
 namespace {
 
-constexpr auto kConnectPatience = std::chrono::seconds(1);
+constexpr auto kObservePatience = std::chrono::seconds(1);
 
 /// A connection that was lost is tried again on the loop that everything else waits for: briefly
 /// and seldom. A bus that takes longer to start has started by the next time.
@@ -98,8 +98,8 @@ AtspiEvents::~AtspiEvents() = default;
 std::unique_ptr<Observer> AtspiEvents::observe(Pid pid, NotificationCallback callback) {
   auto answer = std::make_shared<std::promise<bool>>();
   std::future<bool> ready = answer->get_future();
-  loop_.post([this, answer] { answer->set_value(connected(kConnectPatience)); });
-  if (ready.wait_for(kConnectPatience) != std::future_status::ready || !ready.get()) {
+  loop_.post([this, answer] { answer->set_value(connected(kObservePatience)); });
+  if (ready.wait_for(kObservePatience) != std::future_status::ready || !ready.get()) {
     return nullptr;
   }
   auto subscriber = std::make_shared<Subscriber>();
