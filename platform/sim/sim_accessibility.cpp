@@ -66,8 +66,11 @@ class ReadAhead final : public TreeRead {
     service_.silent_ = false;
   }
 
-  [[nodiscard]] bool incomplete() const override { return !complete_; }
-  void askAgain() override { service_.silent_ = false; }
+  [[nodiscard]] bool incomplete() const override { return !complete_ || service_.silent_; }
+  void askAgain() override {
+    complete_ = !incomplete();
+    service_.silent_ = false;
+  }
 
  private:
   AccessibilityService& service_;
@@ -99,6 +102,9 @@ Node* AccessibilityService::answering(const Element& element, Duration extra) {
   const Duration waited = late ? app->messagingTimeout_ : cost;
   if (waited > Duration::zero()) {
     world_.clock.advance(waited);
+  }
+  if (late && !copies_.empty()) {
+    silent_ = true;  // Within a scope, one silence ends the asking.
   }
   // Asked anew: the application may have ended, and the element gone, while the call waited.
   return late || app->terminated() ? nullptr : handle->node();

@@ -118,30 +118,26 @@ TEST_F(ReadTreeContract, ReadsNothingAheadOnceTheDeadlineHasPassed) {
 TEST_F(ReadTreeContract, TellsTheRootThoughTheDeadlineHasPassed) {
   const Element save = control("AXButton", "Save");
   const auto scope = ax.readTree(window(), {clock.now() - 1s, 2000});
-  if (scope == nullptr) {
-    GTEST_SKIP() << "reads nothing ahead";
-  }
   EXPECT_EQ(text(window(), "AXRole"), "AXWindow");
-  EXPECT_EQ(text(save, "AXTitle"), "");
-  EXPECT_TRUE(scope->incomplete());
-
-  scope->askAgain();
+  if (scope != nullptr) {
+    EXPECT_EQ(text(save, "AXTitle"), "");
+    EXPECT_TRUE(scope->incomplete());
+    scope->askAgain();
+  }
   EXPECT_EQ(text(save, "AXTitle"), "Save");
 }
 
 TEST_F(ReadTreeContract, StillTellsWhatItReadOnceTheApplicationHangs) {
   const Element save = control("AXButton", "Save");
   const auto scope = ax.readTree(window(), {clock.now() + 4s, 2000});
-  if (scope == nullptr) {
-    GTEST_SKIP() << "reads nothing ahead";
-  }
-  EXPECT_FALSE(scope->incomplete());
+  const bool readsAhead = scope != nullptr;
+  EXPECT_FALSE(readsAhead && scope->incomplete());
   target->hang();
   EXPECT_EQ(text(application(), "AXTitle"), "");  // Nobody read that ahead.
 
-  EXPECT_TRUE(scope->incomplete());
-  EXPECT_EQ(text(window(), "AXRole"), "AXWindow");
-  EXPECT_EQ(text(save, "AXTitle"), "Save");
+  EXPECT_EQ(readsAhead && scope->incomplete(), readsAhead);
+  EXPECT_EQ(text(window(), "AXRole"), readsAhead ? "AXWindow" : "");
+  EXPECT_EQ(text(save, "AXTitle"), readsAhead ? "Save" : "");
   target->resume();
 }
 

@@ -52,6 +52,7 @@ class SimBackend final : public ContractBackend {
       desktop_.processes().files[arguments.at(1)] = arguments.at(0);
     };
     desktop_.capture().shareableWindowsExist = true;
+    desktop_.accessibility().readsAhead = true;
   }
 
   [[nodiscard]] PlatformHost& host() override { return desktop_; }

@@ -46,6 +46,14 @@ class EntryFolders : public testing::Test {
     return path;
   }
 
+  /// Writes one once the index has been read, and waits until it is looked at again. Where the
+  /// clock of the file system is coarse, both changes of the folder would bear the same time.
+  void writeLater(const std::string& folder, const std::string& id, const std::string& keys) {
+    const fs::path parent = fs::path(write(folder, id, keys)).parent_path();
+    fs::last_write_time(parent, fs::last_write_time(parent) + std::chrono::seconds(1));
+    std::this_thread::sleep_for(kUntilLookedAtAgain);
+  }
+
   [[nodiscard]] fs::path applications(const std::string& folder) const {
     return root_ / folder / "applications";
   }
@@ -79,11 +87,7 @@ TEST_F(EntryFolders, OverruleEachOther) {
 
 TEST_F(EntryFolders, AreReadAgainWhenTheyChange) {
   EXPECT_EQ(index.byId("notes"), nullptr);
-  const fs::path path = write("local", "notes", "Name=Notes\nExec=sh\n");
-  // Where the clock of the file system is coarse, both changes would bear the same time.
-  fs::last_write_time(path.parent_path(),
-                      fs::last_write_time(path.parent_path()) + std::chrono::seconds(1));
-  std::this_thread::sleep_for(kUntilLookedAtAgain);
+  writeLater("local", "notes", "Name=Notes\nExec=sh\n");
   EXPECT_NE(index.byId("notes"), nullptr);
 }
 
@@ -108,10 +112,7 @@ TEST_F(EntryFolders, AreReadWithTheFoldersBelowThem) {
 TEST_F(EntryFolders, AreReadAgainWhenAFolderBelowThemChanges) {
   write("home", "wine/one", "Name=One\nExec=sh\n");
   EXPECT_EQ(index.byId("wine-two"), nullptr);
-  const fs::path path = write("home", "wine/two", "Name=Two\nExec=sh\n");
-  fs::last_write_time(path.parent_path(),
-                      fs::last_write_time(path.parent_path()) + std::chrono::seconds(1));
-  std::this_thread::sleep_for(kUntilLookedAtAgain);
+  writeLater("home", "wine/two", "Name=Two\nExec=sh\n");
   EXPECT_NE(index.byId("wine-two"), nullptr);
 }
 
