@@ -76,10 +76,15 @@ Rect Session::requireVisibleFrame(const Element& element) {
 Json Session::clickElement(const Stored& stored, const Element& app, std::int64_t count) {
   verifyAndActivate(stored, app);
   if (stored.role == "AXMenuItem") {  // A closed menu's item has no place to point at.
-    if (!platform_.accessibility.perform(stored.element, kPress)) {
+    const Performed pressed = performed(stored.element, kPress);
+    if (pressed == Performed::refused) {
       fail(failures::kMenuRefused);
     }
-    return {{"method", "accessibility"}, {"via", "menubar"}};
+    Json result = {{"method", "accessibility"}, {"via", "menubar"}};
+    if (pressed == Performed::pending) {
+      result["pending"] = true;
+    }
+    return result;
   }
   const Point point = requireVisibleFrame(stored.element).center();
   Press byAccessibility = Press::refused;
@@ -87,6 +92,9 @@ Json Session::clickElement(const Stored& stored, const Element& app, std::int64_
     byAccessibility = pressByAccessibility(stored.element);
     if (byAccessibility == Press::answered) {
       return {{"method", "accessibility"}};
+    }
+    if (byAccessibility == Press::pending) {
+      return {{"method", "accessibility"}, {"pending", true}};
     }
   }
   verifyPointer(point, stored.element);
@@ -110,8 +118,15 @@ Session::Press Session::pressByAccessibility(const Element& element) {
     watch(*window_);
   }
   const Instant pressedAt = platform_.clock.now();
-  if (!ax.perform(element, kPress)) {
-    return Press::refused;
+  switch (performed(element, kPress)) {
+    case Performed::refused:
+      return Press::refused;
+    case Performed::pending:
+      return Press::pending;
+    case Performed::acknowledged:
+      return Press::answered;
+    case Performed::taken:
+      break;
   }
   return pressAnswered(pressedAt) ? Press::answered : Press::unanswered;
 }
@@ -141,8 +156,14 @@ Json Session::showMenu(const Json& args) {
   const Point point = requireVisibleFrame(stored.element).center();
   Accessibility& ax = platform_.accessibility;
   Json result = {{"method", "accessibility"}, {"nodeId", nodeId}};
-  if (offers(actionNames(ax, stored.element), kShowMenu) && ax.perform(stored.element, kShowMenu)) {
+  const Performed shown = offers(actionNames(ax, stored.element), kShowMenu)
+                              ? performed(stored.element, kShowMenu)
+                              : Performed::refused;
+  if (shown != Performed::refused) {
     platform_.clock.turn(kActionOpensMenu);
+    if (shown == Performed::pending) {
+      result["pending"] = true;
+    }
   } else {
     verifyPointer(point, stored.element);
     rightPress(point);

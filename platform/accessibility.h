@@ -22,11 +22,9 @@
 
 #include "platform/clock.h"
 #include "platform/geometry.h"
+#include "platform/process_id.h"
 
 namespace tarqo {
-
-/// A process id. Values below 1 name no process.
-using Pid = std::int32_t;
 
 /// What a backend knows of one accessibility object.
 class ElementObject {
@@ -79,11 +77,13 @@ struct Value {
   }
 };
 
-/// The name under which an observer reports that the target's toolkit has acknowledged an action
-/// performed through `Accessibility::perform`. Toolkits that announce nothing when a button is
-/// pressed still acknowledge the request, and that is the one sign of life every press causes. Only
-/// backends of such toolkits send it, for the observed process, without a subscription.
-inline constexpr std::string_view kActionAcknowledged = "AXActionAcknowledged";
+/// What became of an action.
+enum class Performed {
+  refused,       ///< Not offered, not taken, not sent: it has not happened and will not.
+  taken,         ///< Taken without an error. Whether it had an effect, the system does not say.
+  acknowledged,  ///< The application says that it did it. Nothing else need show that.
+  pending        ///< Sent, and not answered in time: it is happening, or will yet.
+};
 
 /// Listens to one process. Destroying it ends the delivery: no callback runs or starts afterwards.
 class Observer {
@@ -138,9 +138,15 @@ class Accessibility {
   /// The names of the actions the element offers, in its own order.
   [[nodiscard]] virtual std::vector<std::string> actionNames(const Element& element) = 0;
 
-  /// Performs an action. True when the application took it; that says nothing of its effect. The
-  /// application may still be busy with it when this returns.
-  [[nodiscard]] virtual bool perform(const Element& element, std::string_view action) = 0;
+  /// Performs an action. Waits for the application's answer, for two messaging time-outs at most.
+  /// An answer of the application to anything else is no answer to the action. What is `taken`,
+  /// `acknowledged` or `pending` must not be done once more by other means.
+  [[nodiscard]] virtual Performed perform(const Element& element, std::string_view action) = 0;
+
+  /// Whether a key would harm the process now, because it is still inside an action that was
+  /// `pending`: some toolkits stop for good when a key comes while the handler of an action waits
+  /// in a loop of its own. Always false where keys are harmless. Costs no round trip to the target.
+  [[nodiscard]] virtual bool isEndangeredByKeys(Pid pid) = 0;
 
   /// Sets an attribute; true when the application accepted the value.
   [[nodiscard]] virtual bool set(const Element& element, std::string_view name,

@@ -2,6 +2,10 @@
 //
 // An event is created first and posted after, because a failed creation is told apart. Worker
 // thread only; posting returns before anybody has received the event.
+//
+// Events carry the modifiers that they name and no others: a mouse, scroll or text event carries
+// none, a key event exactly its own. What the user holds on the keyboard at that moment does not
+// turn a click into a Control-click or a turn of the wheel into a zoom; it counts again afterwards.
 #pragma once
 
 #include <cstdint>
@@ -11,6 +15,7 @@
 #include <variant>
 
 #include "platform/geometry.h"
+#include "platform/process_id.h"
 
 namespace tarqo {
 
@@ -31,8 +36,7 @@ inline constexpr Modifiers kModifierControl = 0x40000;
 inline constexpr Modifiers kModifierAlternate = 0x80000;
 inline constexpr Modifiers kModifierCommand = 0x100000;
 
-/// A key by its virtual key code on the ANSI layout, with exactly these modifiers: a modifier that
-/// the user holds and that is not among them does not count.
+/// A key by its virtual key code on the ANSI layout.
 struct KeyEvent {
   std::uint16_t keyCode = 0;
   bool down = false;
@@ -84,7 +88,17 @@ class InputEvents {
   [[nodiscard]] virtual std::unique_ptr<CreatedEvent> create(EventSource* source,
                                                              const InputEvent& event) = 0;
 
+  /// Posts an event, whoever receives it: what lets go of a key or a button, and what moves the
+  /// pointer while one is held or on its way.
   virtual void post(const CreatedEvent& event) = 0;
+
+  /// Posts an event if `receiver` is the process that gets it, judged by the system at the moment
+  /// of posting: for a key or text the process that keystrokes go to, whoever has a title bar lit;
+  /// for the mouse the one whose window is uppermost at the event's place, for scrolling at the
+  /// pointer's; in both cases nobody who has grabbed the device. False, with nothing posted, when
+  /// another process would get it or that cannot be learnt. Scrolling by several clicks of a wheel
+  /// is judged before each group of them that goes out together, and ends with the first refused.
+  [[nodiscard]] virtual bool postTo(Pid receiver, const CreatedEvent& event) = 0;
 
   [[nodiscard]] virtual std::optional<Point> pointerLocation() = 0;
 };

@@ -66,6 +66,14 @@ void Session::watch(const Element& element) {
   }
 }
 
+Performed Session::performed(const Element& element, std::string_view action) {
+  const Performed performed = platform_.accessibility.perform(element, action);
+  if (performed == Performed::acknowledged) {
+    journal_.note(kActionAcknowledged, platform_.clock.now());
+  }
+  return performed;
+}
+
 bool Session::pressAnswered(Instant since, double windowMs) {
   if (!observer_) {
     return true;  // Nobody listened, so nothing can be said against the press.

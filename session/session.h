@@ -87,10 +87,12 @@ class Session {
     std::string at;
   };
 
-  /// What became of a press through accessibility.
+  /// What became of a press through accessibility. Only what is `refused` or `unanswered` may be
+  /// followed by the pointer.
   enum class Press {
     refused,     ///< Not offered, or the application did not take it.
-    unanswered,  ///< Taken, but nothing happened that could be heard.
+    unanswered,  ///< Taken by a system that says no more, and nothing happened that could be heard.
+    pending,     ///< Sent, and the application has not finished with it.
     answered
   };
 
@@ -113,6 +115,8 @@ class Session {
   // session/: notifications.
   void listen(Pid pid);
   void watch(const Element& element);
+  /// Performs an action, and writes an acknowledgement of it into the journal.
+  Performed performed(const Element& element, std::string_view action);
   /// Waits until `windowMs` after `since`, less when something answers.
   bool pressAnswered(Instant since, double windowMs = 350);
 
@@ -213,5 +217,9 @@ inline constexpr Duration kSnapshotLifetime = std::chrono::seconds(60);
 
 /// What a call on the target's accessibility may take.
 inline constexpr Duration kMessagingTimeout = std::chrono::milliseconds(300);
+
+/// Stands in the journal for an action that the target acknowledged: toolkits that announce nothing
+/// when a button is pressed still say that they did it.
+inline constexpr std::string_view kActionAcknowledged = "AXActionAcknowledged";
 
 }  // namespace tarqo

@@ -87,25 +87,27 @@ void AtspiDebts::waitFor(const Debt& debt, const bool& done, Duration patience) 
   }
 }
 
-bool AtspiDebts::perform(const AtspiElement::Parts& object, int index, Toolkit toolkit) {
+Performed AtspiDebts::perform(const AtspiElement::Parts& object, int index, Toolkit toolkit) {
   debts_.emplace_back();
   Debt& debt = debts_.back();
   debt.pid = object.pid;
   const bool apart = toolkit == Toolkit::gtk3 || toolkit == Toolkit::other;
   if ((apart && !openDirect(debt, object)) || !send(debt, object, index)) {
     debts_.pop_back();
-    return false;
+    return Performed::refused;
   }
   waitFor(debt, debt.answered, object.timeout);
   if (!debt.answered && ping(debt, object)) {
     waitFor(debt, debt.alive, object.timeout);
   }
   debt.since = std::chrono::steady_clock::now();
-  const bool taken = debt.answered ? debt.taken : debt.alive;
+  const Performed performed = !debt.answered ? Performed::pending
+                              : debt.taken   ? Performed::acknowledged
+                                             : Performed::refused;
   if (debt.answered || debt.alive) {
     debts_.pop_back();
   }
-  return taken;
+  return performed;
 }
 
 void AtspiDebts::takeIn() {

@@ -32,7 +32,7 @@ class AtspiDebts {
   /// GTK 3 and its relatives run the handler within their dispatch of the very connection the
   /// action came in on, and hear nothing on it until the handler returns; a dialog that the handler
   /// waits for could never be read. There the action goes over a connection of its own.
-  [[nodiscard]] bool perform(const AtspiElement::Parts& object, int index, Toolkit toolkit);
+  [[nodiscard]] Performed perform(const AtspiElement::Parts& object, int index, Toolkit toolkit);
 
   /// Whether a process owes an answer. What was owed and has been paid meanwhile is still told
   /// once, within `kMemory`: the caller may ask on behalf of the very action that was not

@@ -46,7 +46,7 @@ struct AtspiEvents::Subscriber {
   std::vector<std::pair<AtspiRef, std::string>> ofElements;
 
   [[nodiscard]] bool wants(std::string_view name, const AtspiRef* object) const {
-    if (name == kActionAcknowledged || ofApplication.contains(name)) {
+    if (ofApplication.contains(name)) {
       return true;
     }
     return object != nullptr && std::ranges::any_of(ofElements, [&](const auto& entry) {
@@ -109,10 +109,6 @@ std::unique_ptr<Observer> AtspiEvents::observe(Pid pid, NotificationCallback cal
   std::erase_if(subscribers_, [](const auto& entry) { return entry.expired(); });
   subscribers_.push_back(subscriber);
   return std::make_unique<Handle>(std::move(subscriber));
-}
-
-void AtspiEvents::acknowledged(Pid pid) {
-  loop_.post([this, pid] { notify(pid, kActionAcknowledged, nullptr); });
 }
 
 std::optional<AtspiRef> AtspiEvents::lastFocus(Pid pid) {

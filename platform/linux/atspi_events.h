@@ -1,6 +1,6 @@
 // The events of the accessibility bus, on the main loop's own connection.
 //
-// `observe`, `acknowledged`, `lastFocus` and the observers may be used from the worker; the rest
+// `observe`, `lastFocus` and the observers may be used from the worker; the rest
 // happens on the main loop's thread. The connection is made when the first observer asks for it.
 // When it is lost while somebody observes, it is tried again about once a second.
 #pragma once
@@ -31,9 +31,6 @@ class AtspiEvents final : public LoopSource {
   /// Null when there is no accessibility bus. Waits for the main loop's connection to it, for at
   /// most a second.
   [[nodiscard]] std::unique_ptr<Observer> observe(Pid pid, NotificationCallback callback);
-
-  /// Reports `kActionAcknowledged` to the observers of a process.
-  void acknowledged(Pid pid);
 
   /// The object of a process that said last that it has the focus, on the connection at hand.
   [[nodiscard]] std::optional<AtspiRef> lastFocus(Pid pid);

@@ -19,30 +19,26 @@ std::optional<double> numberIn(const std::string& text) {
 
 }  // namespace
 
-bool LinuxAccessibility::perform(const Element& element, std::string_view action) {
+Performed LinuxAccessibility::perform(const Element& element, std::string_view action) {
   reader_.beginCall();
   const AtspiElement* ours = atspiElement(element);
   if (ours == nullptr || ours->isApplication()) {
-    return false;
+    return Performed::refused;
   }
   const Parts& object = ours->parts();
   if (action == "AXRaise") {
     const std::optional<WindowNumber> window = windowNumber(object);
-    return window && reader_.locator().raise(*window);
+    return window && reader_.locator().raise(*window) ? Performed::taken : Performed::refused;
   }
   const FactsPtr facts = reader_.learn(object, Fact::kind | Fact::actions);
   if (!facts) {
-    return false;
+    return Performed::refused;
   }
   const std::optional<int> index = actionIndex(viewOf(object, *facts), action);
-  if (!index || !debts_.perform(object, *index, reader_.toolkitOf(object))) {
-    return false;
-  }
-  // GTK 3 and Qt announce nothing when a button is pressed; that they took the press is all there
-  // is.
-  events_.acknowledged(object.pid);
-  return true;
+  return index ? debts_.perform(object, *index, reader_.toolkitOf(object)) : Performed::refused;
 }
+
+bool LinuxAccessibility::isEndangeredByKeys(Pid /*pid*/) { return false; }
 
 bool LinuxAccessibility::set(const Element& element, std::string_view name, const Value& value) {
   reader_.beginCall();

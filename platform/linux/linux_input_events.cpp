@@ -14,8 +14,8 @@
 namespace tarqo::lnx {
 
 /// Whatever events that belong together change on the server. Ends with what it is destroyed with.
-struct EventRow {
-  EventRow(XDisplay& display, const std::string& text) : keys(display, text), buttons(display) {}
+struct InputGroup {
+  InputGroup(XDisplay& display, const std::string& text) : keys(display, text), buttons(display) {}
 
   void end() {
     buttons.releaseAll();
@@ -41,29 +41,29 @@ constexpr std::chrono::milliseconds kAfterFirstClick{50};
 class RowSource final : public EventSource {
  public:
   RowSource(XDisplay& display, const std::string& text)
-      : row_(std::make_shared<EventRow>(display, text)) {}
+      : row_(std::make_shared<InputGroup>(display, text)) {}
   RowSource(const RowSource&) = delete;
   RowSource& operator=(const RowSource&) = delete;
   /// Puts back what the row changed, even when an event of it still exists.
   ~RowSource() override { row_->end(); }
 
-  [[nodiscard]] const std::shared_ptr<EventRow>& row() const { return row_; }
+  [[nodiscard]] const std::shared_ptr<InputGroup>& row() const { return row_; }
 
  private:
-  std::shared_ptr<EventRow> row_;
+  std::shared_ptr<InputGroup> row_;
 };
 
 class XEvent final : public CreatedEvent {
  public:
-  XEvent(InputEvent event, std::shared_ptr<EventRow> row)
+  XEvent(InputEvent event, std::shared_ptr<InputGroup> row)
       : event_(std::move(event)), row_(std::move(row)) {}
 
   [[nodiscard]] const InputEvent& event() const { return event_; }
-  [[nodiscard]] EventRow& row() const { return *row_; }
+  [[nodiscard]] InputGroup& row() const { return *row_; }
 
  private:
   InputEvent event_;
-  std::shared_ptr<EventRow> row_;
+  std::shared_ptr<InputGroup> row_;
 };
 
 /// The pixel that a point lies in.
@@ -126,7 +126,7 @@ std::unique_ptr<CreatedEvent> LinuxInputEvents::create(EventSource* source,
     return nullptr;
   }
   const auto* owner = dynamic_cast<RowSource*>(source);
-  const std::shared_ptr<EventRow> row = owner != nullptr ? owner->row() : looseRow();
+  const std::shared_ptr<InputGroup> row = owner != nullptr ? owner->row() : looseRow();
   if (const auto* text = std::get_if<TextEvent>(&event)) {
     if (owner == nullptr || !row->keys.prepare(*text)) {
       return nullptr;
@@ -139,10 +139,10 @@ std::unique_ptr<CreatedEvent> LinuxInputEvents::create(EventSource* source,
   return std::make_unique<XEvent>(event, row);
 }
 
-std::shared_ptr<EventRow> LinuxInputEvents::looseRow() {
-  std::shared_ptr<EventRow> row = loose_.lock();
+std::shared_ptr<InputGroup> LinuxInputEvents::looseRow() {
+  std::shared_ptr<InputGroup> row = loose_.lock();
   if (!row) {
-    row = std::make_shared<EventRow>(display_, "");
+    row = std::make_shared<InputGroup>(display_, "");
     loose_ = row;
   }
   return row;
@@ -164,6 +164,11 @@ void LinuxInputEvents::post(const CreatedEvent& event) {
     return created->row().keys.post(*key);
   }
   server->sync();
+}
+
+bool LinuxInputEvents::postTo(Pid /*receiver*/, const CreatedEvent& event) {
+  post(event);
+  return true;
 }
 
 std::optional<Point> LinuxInputEvents::pointerLocation() {

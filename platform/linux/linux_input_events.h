@@ -7,7 +7,7 @@
 
 namespace tarqo::lnx {
 
-struct EventRow;
+struct InputGroup;
 
 /// How many pixels of scrolling count as one click of the wheel. X11 knows clicks only; a click
 /// moves 30 to 36 pixels in GTK 3 and GTK 4, three rows in Qt, 120 pixels in Chromium.
@@ -30,14 +30,15 @@ class LinuxInputEvents final : public InputEvents {
   std::unique_ptr<EventSource> makeSource(const std::string& text) override;
   std::unique_ptr<CreatedEvent> create(EventSource* source, const InputEvent& event) override;
   void post(const CreatedEvent& event) override;
+  bool postTo(Pid receiver, const CreatedEvent& event) override;
   std::optional<Point> pointerLocation() override;
 
  private:
   /// What events without a source share as long as one of them exists.
-  std::shared_ptr<EventRow> looseRow();
+  std::shared_ptr<InputGroup> looseRow();
 
   XDisplay& display_;
-  std::weak_ptr<EventRow> loose_;
+  std::weak_ptr<InputGroup> loose_;
 };
 
 }  // namespace tarqo::lnx

@@ -1,19 +1,10 @@
 #include "platform/mac/mac_accessibility.h"
 
-#include <chrono>
-
 #include "platform/mac/mac_cf_text.h"
 #include "platform/mac/mac_cf_value.h"
 
 namespace tarqo::mac {
 namespace {
-
-/// Longer than the core needs from an unanswered action to the hit test after it.
-constexpr auto kUnansweredMemory = std::chrono::seconds(2);
-
-/// Whether the action may do harm when it happens a second time, later, by a click in its place.
-/// To raise a window again changes nothing.
-bool isHarmfulTwice(std::string_view action) { return action != "AXRaise"; }
 
 CfRef<CFArrayRef> makeNames(std::span<const std::string_view> names) {
   std::vector<CfRef<CFStringRef>> texts;
@@ -99,37 +90,23 @@ std::vector<std::string> MacAccessibility::actionNames(const Element& element) {
   return names;
 }
 
-bool MacAccessibility::perform(const Element& element, std::string_view action) {
+Performed MacAccessibility::perform(const Element& element, std::string_view action) {
   const MacElement* ours = macElement(element);
   const CfRef<CFStringRef> name = makeString(action);
   if (ours == nullptr || !name) {
-    return false;
+    return Performed::refused;
   }
-  const AXError error = AXUIElementPerformAction(ours->reference(), name.get());
-  // "Cannot complete" says no more than that the answer did not come in time.
-  if (error != kAXErrorCannotComplete) {
-    return error == kAXErrorSuccess;
+  switch (AXUIElementPerformAction(ours->reference(), name.get())) {
+    case kAXErrorSuccess:
+      return Performed::taken;
+    case kAXErrorCannotComplete:
+      return Performed::pending;
+    default:  // Apple adds errors; each of them says that nothing was done.
+      return Performed::refused;
   }
-  if (answers(*ours)) {
-    return true;
-  }
-  if (const std::optional<Pid> pid = processOf(ours->reference()); pid && isHarmfulTwice(action)) {
-    unanswered_[*pid] = clock_.now();
-  }
-  return false;
 }
 
-bool MacAccessibility::answers(const MacElement& element) {
-  CfRef<CFTypeRef> value;
-  // Any error but this one is an answer too: the action may have removed its own element.
-  return AXUIElementCopyAttributeValue(element.reference(), kAXRoleAttribute, value.out()) !=
-         kAXErrorCannotComplete;
-}
-
-bool MacAccessibility::owesAnAnswer(Pid pid) {
-  const auto owing = unanswered_.extract(pid);
-  return !owing.empty() && clock_.now() - owing.mapped() < kUnansweredMemory;
-}
+bool MacAccessibility::isEndangeredByKeys(Pid /*pid*/) { return false; }
 
 bool MacAccessibility::set(const Element& element, std::string_view name, const Value& value) {
   const MacElement* ours = macElement(element);
@@ -167,9 +144,6 @@ std::optional<Element> MacAccessibility::elementAt(Point point) {
   const AXError error = AXUIElementCopyElementAtPosition(
       systemWide_.get(), static_cast<float>(point.x), static_cast<float>(point.y), found.out());
   if (error != kAXErrorSuccess || !found) {
-    return std::nullopt;
-  }
-  if (const std::optional<Pid> pid = processOf(found.get()); pid && owesAnAnswer(*pid)) {
     return std::nullopt;
   }
   return makeElement(std::move(found), messagingTimeout_);

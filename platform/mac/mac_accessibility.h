@@ -22,26 +22,25 @@ namespace tarqo::mac {
 class MacAccessibility final : public Accessibility {
  public:
   /// Kept; outlives this.
-  explicit MacAccessibility(Clock& clock) : clock_(clock) {}
-
   Element application(Pid pid, Duration messagingTimeout) override;
   std::optional<Value> attribute(const Element& element, std::string_view name) override;
   std::vector<std::optional<Value>> attributes(const Element& element,
                                                std::span<const std::string_view> names) override;
   std::vector<std::string> actionNames(const Element& element) override;
 
-  /// An action that is not answered in time may still have been taken, and mostly has: its handler
-  /// shows a menu or a dialog and waits in it. So the element is asked something else, for another
-  /// time-out at most. Who answers that is busy with the action: it was taken. Who does not may
-  /// still take it later, and `elementAt` remembers that, but for "AXRaise".
-  bool perform(const Element& element, std::string_view action) override;
+  /// "Cannot complete" says no more than that the answer did not come in time: a handler that shows
+  /// a menu or a dialog and waits in it keeps it from coming. Such an action is `pending`, whatever
+  /// else the application answers meanwhile. Success means that the handler has returned, and says
+  /// nothing of its effect. Waits for one messaging time-out.
+  Performed perform(const Element& element, std::string_view action) override;
+
+  /// Keys wait in the application's queue until it reads them: always false.
+  bool isEndangeredByKeys(Pid pid) override;
 
   bool set(const Element& element, std::string_view name, const Value& value) override;
   bool isSettable(const Element& element, std::string_view name) override;
 
-  /// Waits as long as calls to the last `application` do. None also in a process that owes the
-  /// answer to an action, once, within two seconds: whoever would click there instead could make
-  /// the action happen twice.
+  /// Waits as long as calls to the last `application` do.
   std::optional<Element> elementAt(Point point) override;
 
   std::optional<Pid> pidOf(const Element& element) override;
@@ -51,15 +50,9 @@ class MacAccessibility final : public Accessibility {
   std::unique_ptr<TreeRead> readTree(const Element& root, const TreeReadLimits& limits) override;
 
  private:
-  [[nodiscard]] bool answers(const MacElement& element);
-  [[nodiscard]] bool owesAnAnswer(Pid pid);
-
-  Clock& clock_;
   CfRef<AXUIElementRef> systemWide_;
   /// Of the last application. Until there is one, less than the system's own limit of some seconds.
   Duration messagingTimeout_ = std::chrono::milliseconds(500);
-  /// When a process left an action unanswered that must not happen twice.
-  std::map<Pid, Instant> unanswered_;
   MacObservers observers_;
 };
 

@@ -39,12 +39,14 @@ class MacSource final : public EventSource {
 
 class MacEvent final : public CreatedEvent {
  public:
-  explicit MacEvent(std::vector<Event> events) : events_(std::move(events)) {}
+  MacEvent(std::vector<Event> events, bool isKey) : events_(std::move(events)), isKey_(isKey) {}
+  [[nodiscard]] bool isKey() const { return isKey_; }
   /// In the order to post them, one after the other.
   [[nodiscard]] const std::vector<Event>& events() const { return events_; }
 
  private:
   std::vector<Event> events_;
+  bool isKey_;
 };
 
 CGEventType typeOf(MouseEventType type) {
@@ -167,7 +169,9 @@ std::unique_ptr<EventSource> MacInputEvents::makeSource(const std::string& /*tex
 std::unique_ptr<CreatedEvent> MacInputEvents::create(EventSource* source, const InputEvent& event) {
   const auto* ours = dynamic_cast<MacSource*>(source);
   std::vector<Event> events = std::visit(Maker(ours == nullptr ? nullptr : ours->get()), event);
-  return events.empty() ? nullptr : std::make_unique<MacEvent>(std::move(events));
+  const bool isKey =
+      std::holds_alternative<KeyEvent>(event) || std::holds_alternative<TextEvent>(event);
+  return events.empty() ? nullptr : std::make_unique<MacEvent>(std::move(events), isKey);
 }
 
 void MacInputEvents::post(const CreatedEvent& event) {
@@ -176,6 +180,15 @@ void MacInputEvents::post(const CreatedEvent& event) {
       CGEventPost(kCGHIDEventTap, each.get());
     }
   }
+}
+
+bool MacInputEvents::postTo(Pid receiver, const CreatedEvent& event) {
+  const auto* ours = dynamic_cast<const MacEvent*>(&event);
+  if (ours == nullptr || (ours->isKey() && frontmost_() != receiver)) {
+    return false;
+  }
+  post(event);
+  return true;
 }
 
 std::optional<Point> MacInputEvents::pointerLocation() {

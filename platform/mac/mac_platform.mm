@@ -33,14 +33,14 @@ class MacPlatform final : public PlatformHost {
  private:
   MacMainLoop mainLoop_;
   MacClock clock_;
-  MacAccessibility accessibility_{clock_};
+  MacAccessibility accessibility_;
   MacWorkspace workspace_;
   MacBundles bundles_;
   MacProcesses processes_;
   MacPermissions permissions_;
   MacWindowServer windowServer_;
   MacScreenCapture capture_;
-  MacInputEvents inputEvents_;
+  MacInputEvents inputEvents_{[this] { return workspace_.frontmostApplication(); }};
   MacTextRecognizer recognizer_;
   MacImages images_;
   MacRandom random_;

@@ -156,43 +156,68 @@ std::vector<std::string> AccessibilityService::actionNames(const Element& elemen
   return node == nullptr ? std::vector<std::string>{} : node->offeredActions();
 }
 
-bool AccessibilityService::perform(const Element& element, std::string_view action) {
+Performed AccessibilityService::perform(const Element& element, std::string_view action) {
   const NodeHandle* handle = handleOf(element);
   const Node* target = handle == nullptr ? nullptr : handle->node();
   const std::string name(action);
   world_.journal.note(Topic::accessibility,
                       "perform " + name + " " + (target == nullptr ? "nothing" : target->name()));
-  Action* script = target == nullptr ? nullptr : target->findAction(name);
-  Node* node = answering(element, script == nullptr ? Duration{} : script->takes_);
-  script = node == nullptr ? nullptr : node->findAction(name);
-  if (script == nullptr || script->refused_) {
-    return false;
+  Node* node = answering(element);
+  if (node == nullptr) {
+    const App* app = handle == nullptr ? nullptr : world_.appOf(handle->pid());
+    return app != nullptr && handle->node() != nullptr && !silent_ ? Performed::pending
+                                                                   : Performed::refused;
   }
-  carryOut(*node, *script);
-  return true;
+  const Action* script = node->findAction(name);
+  if (script == nullptr || script->refused_) {
+    return Performed::refused;
+  }
+  App& app = node->app();
+  const Duration takes = script->takes_;
+  const Duration patience = app.messagingTimeout_ * (app.facts.acknowledgesActions ? 2 : 1);
+  if (takes > patience) {
+    ++app.unfinishedActions_;
+    world_.clock.after(takes, [this, &app, element, name] {
+      --app.unfinishedActions_;
+      carryOut(element, name);
+    });
+    world_.clock.advance(patience);
+    return Performed::pending;
+  }
+  world_.clock.advance(takes);
+  if (!carryOut(element, name)) {
+    return Performed::refused;
+  }
+  return app.facts.acknowledgesActions ? Performed::acknowledged : Performed::taken;
 }
 
-void AccessibilityService::carryOut(Node& node, Action& action) {
-  if (action.name_ == "AXPress") {
-    ++node.presses_;
+bool AccessibilityService::isEndangeredByKeys(Pid pid) {
+  const App* app = world_.appOf(pid);
+  return app != nullptr && app->isEndangeredByKeys();
+}
+
+// The element may have gone since the application was asked.
+bool AccessibilityService::carryOut(const Element& element, const std::string& name) {
+  const NodeHandle* handle = handleOf(element);
+  Node* node = world_.appOf(handle->pid()) == nullptr ? nullptr : handle->node();
+  Action* action = node == nullptr ? nullptr : node->findAction(name);
+  if (action == nullptr || action->refused_) {
+    return false;
   }
-  App& app = node.app();
-  if (app.facts.acknowledgesActions) {
-    app.announce(std::string(kActionAcknowledged));
+  if (name == "AXPress") {
+    ++node->presses_;
   }
-  for (const auto& [notification, delay] : action.announced_) {
-    node.announce(notification, delay);
+  for (const auto& [notification, delay] : action->announced_) {
+    node->announce(notification, delay);
   }
-  if (!action.effect_) {
-    return;
-  }
-  if (action.effectDelay_ == Duration::zero()) {
+  if (action->effect_ && action->effectDelay_ == Duration::zero()) {
     // A copy: the effect may give the action another effect, or remove it.
-    const std::function<void()> effect = action.effect_;
+    const std::function<void()> effect = action->effect_;
     effect();
-  } else {
-    world_.clock.after(action.effectDelay_, action.effect_);
+  } else if (action->effect_) {
+    world_.clock.after(action->effectDelay_, action->effect_);
   }
+  return true;
 }
 
 bool AccessibilityService::set(const Element& element, std::string_view name, const Value& value) {

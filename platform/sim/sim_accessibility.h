@@ -38,7 +38,8 @@ class AccessibilityService final : public Accessibility {
   [[nodiscard]] std::vector<std::optional<Value>> attributes(
       const Element& element, std::span<const std::string_view> names) override;
   [[nodiscard]] std::vector<std::string> actionNames(const Element& element) override;
-  [[nodiscard]] bool perform(const Element& element, std::string_view action) override;
+  [[nodiscard]] Performed perform(const Element& element, std::string_view action) override;
+  [[nodiscard]] bool isEndangeredByKeys(Pid pid) override;
   [[nodiscard]] bool set(const Element& element, std::string_view name,
                          const Value& value) override;
   [[nodiscard]] bool isSettable(const Element& element, std::string_view name) override;
@@ -62,7 +63,8 @@ class AccessibilityService final : public Accessibility {
   /// fails.
   [[nodiscard]] Node* answering(const Element& element, Duration extra = {});
   [[nodiscard]] const Copy* copyOf(const Element& element) const;
-  void carryOut(Node& node, Action& action);
+  /// False when the element or the action is gone.
+  bool carryOut(const Element& element, const std::string& name);
   bool copyTree(const Node& node, Copies& copies) const;
 
   World& world_;

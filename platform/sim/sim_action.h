@@ -36,7 +36,8 @@ class Action {
     return *this;
   }
 
-  /// `perform` blocks that long (and fails when that exceeds the messaging time-out).
+  /// The application is busy with it for that long, and its effects come at the end of that.
+  /// `perform` waits as long as it would for a real one; an action that takes longer is pending.
   Action& takes(Duration duration) {
     takes_ = duration;
     return *this;

@@ -58,6 +58,8 @@ struct AppFacts {
   std::set<std::string> unsupportedNotifications;
   /// Acknowledges every action performed on it, like a toolkit that announces no button press.
   bool acknowledgesActions = false;
+  /// Hangs for good when a key comes while it is inside an action that `perform` did not await.
+  bool hangsAtKeysInActions = false;
 };
 
 class App {
@@ -101,6 +103,10 @@ class App {
   [[nodiscard]] Window* focusedWindow() const { return focusedWindow_; }
   [[nodiscard]] Node* focusedNode() const { return focusedNode_; }
   [[nodiscard]] World& world() const { return world_; }
+  /// Whether it is inside an action whose end `perform` did not await, and a key would hang it.
+  [[nodiscard]] bool isEndangeredByKeys() const {
+    return facts.hangsAtKeysInActions && unfinishedActions_ > 0;
+  }
 
  private:
   friend class Node;
@@ -123,6 +129,7 @@ class App {
   bool stillListed_ = false;
   Duration messagingTimeout_ = std::chrono::seconds(1);
   int calls_ = 0;
+  int unfinishedActions_ = 0;
   std::multimap<int, std::function<void()>> afterCalls_;
   std::function<void(const KeyEvent&)> onKey_;
 };

@@ -85,6 +85,9 @@ std::string eventText(const InputEvent& event) {
 void Pointer::handle(const MouseEvent& event) {
   location = event.at;
   Node* under = accessibility_.hit(event.at);
+  if (world_.pointerGrab && under != nullptr && under->app().pid() != *world_.pointerGrab) {
+    under = nullptr;
+  }
   switch (event.type) {
     case MouseEventType::moved:
     case MouseEventType::leftDragged:
@@ -146,14 +149,25 @@ void Pointer::rightClicked(Node& node) {
   }
 }
 
+App* Keyboard::receiver() const {
+  const std::optional<Pid> pid = world_.keyReceiver();
+  App* app = pid ? world_.appOf(*pid) : nullptr;
+  if (app != nullptr && app->isEndangeredByKeys()) {
+    app->facts.hung = true;
+    return nullptr;
+  }
+  return app;
+}
+
 void Keyboard::handle(const KeyEvent& event) {
-  if (world_.frontmost != nullptr && world_.frontmost->onKey_) {
-    world_.frontmost->onKey_(event);
+  if (App* app = receiver(); app != nullptr && app->onKey_) {
+    app->onKey_(event);
   }
 }
 
 void Keyboard::handle(const TextEvent& event) {
-  Node* focused = world_.frontmost == nullptr ? nullptr : world_.frontmost->focusedNode();
+  const App* app = receiver();
+  Node* focused = app == nullptr ? nullptr : app->focusedNode();
   if (event.down && focused != nullptr) {
     focused->value(focused->readText("AXValue") + event.text);
     focused->announce("AXValueChanged");
@@ -183,18 +197,56 @@ std::unique_ptr<CreatedEvent> InputEventsService::create(EventSource* /*source*/
 }
 
 void InputEventsService::post(const CreatedEvent& event) {
+  if (const auto* created = dynamic_cast<const SimulatedEvent*>(&event)) {
+    if (beforePost) {
+      beforePost(created->event());
+    }
+    deliver(created->event());
+  }
+}
+
+bool InputEventsService::postTo(Pid receiver, const CreatedEvent& event) {
   const auto* created = dynamic_cast<const SimulatedEvent*>(&event);
   if (created == nullptr) {
-    return;
+    return false;
   }
-  world_.journal.note(Topic::input, eventText(created->event()));
+  if (beforePost) {
+    beforePost(created->event());
+  }
+  if (receiverOf(created->event()) != receiver) {
+    return false;
+  }
+  deliver(created->event());
+  return true;
+}
+
+std::optional<Pid> InputEventsService::receiverOf(const InputEvent& event) const {
+  const auto* mouse = std::get_if<MouseEvent>(&event);
+  if (mouse == nullptr && !std::holds_alternative<ScrollEvent>(event)) {
+    return world_.keyReceiver();
+  }
+  if (world_.pointerGrab) {
+    return world_.pointerGrab;
+  }
+  const std::optional<Point> at = mouse != nullptr ? mouse->at : pointer.location;
+  for (const ServerWindow* window : world_.windows.shown()) {
+    if (at && window->info.layer == 0 && window->info.bounds &&
+        window->info.bounds->contains(*at)) {
+      return window->info.ownerPid;
+    }
+  }
+  return std::nullopt;
+}
+
+void InputEventsService::deliver(const InputEvent& event) {
+  world_.journal.note(Topic::input, eventText(event));
   std::visit(Overloaded{
                  [this](const MouseEvent& mouse) { pointer.handle(mouse); },
                  [this](const KeyEvent& key) { keyboard_.handle(key); },
                  [this](const TextEvent& text) { keyboard_.handle(text); },
                  [](const ScrollEvent&) {},
              },
-             created->event());
+             event);
 }
 
 }  // namespace tarqo::sim

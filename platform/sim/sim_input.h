@@ -1,6 +1,7 @@
 // Simulated input: events are written down, and act on the scene as a device's own would.
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -32,7 +33,7 @@ class Pointer {
   Node* rightDown_ = nullptr;
 };
 
-/// The keyboard: its events go to the application in front.
+/// The keyboard: its events go to the application in front, or to the one that has grabbed it.
 class Keyboard {
  public:
   explicit Keyboard(World& world) : world_(world) {}
@@ -41,6 +42,9 @@ class Keyboard {
   void handle(const TextEvent& event);
 
  private:
+  /// Whoever gets the keys; null when nobody does, or hangs because of this one.
+  [[nodiscard]] App* receiver() const;
+
   World& world_;
 };
 
@@ -52,6 +56,14 @@ class InputEventsService final : public InputEvents {
   Pointer pointer;
   /// The text that each source was made for, in order.
   std::vector<std::string> sourceTexts;
+
+  /// Called with each event when it is about to be posted, before it is judged whom it would reach:
+  /// what happens on the desktop between the helper's last look and its event.
+  std::function<void(const InputEvent&)> beforePost;
+
+  /// The process that gets all keystrokes, or all the pointer's events, until it is none again.
+  void grabKeyboard(std::optional<Pid> owner) { world_.keyboardGrab = owner; }
+  void grabPointer(std::optional<Pid> owner) { world_.pointerGrab = owner; }
 
   // Faults: what cannot be created.
   bool refusesSources = false;
@@ -65,10 +77,13 @@ class InputEventsService final : public InputEvents {
   [[nodiscard]] std::unique_ptr<CreatedEvent> create(EventSource* source,
                                                      const InputEvent& event) override;
   void post(const CreatedEvent& event) override;
+  [[nodiscard]] bool postTo(Pid receiver, const CreatedEvent& event) override;
   [[nodiscard]] std::optional<Point> pointerLocation() override { return pointer.location; }
 
  private:
   [[nodiscard]] bool refuses(const InputEvent& event) const;
+  [[nodiscard]] std::optional<Pid> receiverOf(const InputEvent& event) const;
+  void deliver(const InputEvent& event);
 
   Keyboard keyboard_;
   World& world_;

@@ -60,8 +60,6 @@ void WorkspaceService::activate(const ApplicationId& application) {
   app->requestFront();
 }
 
-std::optional<Pid> WorkspaceService::frontmostApplication() {
-  return world_.frontmost == nullptr ? std::nullopt : std::optional(world_.frontmost->pid());
-}
+std::optional<Pid> WorkspaceService::frontmostApplication() { return world_.keyReceiver(); }
 
 }  // namespace tarqo::sim

@@ -17,6 +17,13 @@ App* World::appOf(const ApplicationId& id) const {
   return found == apps.end() ? nullptr : found->get();
 }
 
+std::optional<Pid> World::keyReceiver() const {
+  if (keyboardGrab) {
+    return keyboardGrab;
+  }
+  return frontmost == nullptr ? std::nullopt : std::optional(frontmost->pid());
+}
+
 void World::deliver(const App& app, const std::shared_ptr<const Identity>& element,
                     const std::string& notification) {
   // A callback may end listeners and add others.
@@ -26,8 +33,7 @@ void World::deliver(const App& app, const std::shared_ptr<const Identity>& eleme
     if (listener == nullptr || listener->pid != app.pid()) {
       continue;
     }
-    const bool subscribed = notification == kActionAcknowledged ||
-                            listener->subscriptions.contains({nullptr, notification}) ||
+    const bool subscribed = listener->subscriptions.contains({nullptr, notification}) ||
                             listener->subscriptions.contains({element, notification});
     if (subscribed) {
       listener->callback(notification);

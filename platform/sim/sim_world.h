@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -31,6 +32,10 @@ struct World {
   WindowServerService windows;
   std::vector<std::unique_ptr<App>> apps;  ///< All there ever were, in the order of their start.
   App* frontmost = nullptr;
+  /// The process that has all keystrokes, or all the pointer's events, sent to itself, whatever is
+  /// in front or under the pointer: an open menu, a launcher, a simple locker.
+  std::optional<Pid> keyboardGrab;
+  std::optional<Pid> pointerGrab;
   std::vector<std::weak_ptr<Listener>> listeners;
   std::map<Pid, Process> processes;
   Pid nextPid = 500;
@@ -38,6 +43,9 @@ struct World {
   /// The live application with that process id; null when there is none.
   [[nodiscard]] App* appOf(Pid pid) const;
   [[nodiscard]] App* appOf(const ApplicationId& id) const;
+
+  /// The process that keystrokes go to; none when nobody gets them.
+  [[nodiscard]] std::optional<Pid> keyReceiver() const;
 
   /// Calls the listeners of `app` now: those of the whole application, and those of the element.
   void deliver(const App& app, const std::shared_ptr<const Identity>& element,

@@ -19,7 +19,7 @@ TEST_F(ActionsContract, OfferAPressOnAButton) {
 TEST_F(ActionsContract, PressAButtonOnce) {
   ASSERT_EQ(status(), "Status: idle");
 
-  EXPECT_TRUE(ax.perform(control("AXButton", "Save"), "AXPress"));
+  EXPECT_NE(ax.perform(control("AXButton", "Save"), "AXPress"), Performed::refused);
 
   EXPECT_TRUE(waitUntil([&] { return status() == "Status: saved 1"; })) << status();
   clock.turn(300ms);
@@ -27,12 +27,14 @@ TEST_F(ActionsContract, PressAButtonOnce) {
 }
 
 TEST_F(ActionsContract, RefuseWhatIsNotOffered) {
-  EXPECT_FALSE(ax.perform(control("AXButton", "Save"), "AXNoSuchAction"));
-  EXPECT_FALSE(ax.perform(control("AXButton", "Save"), ""));
+  EXPECT_EQ(ax.perform(control("AXButton", "Save"), "AXNoSuchAction"), Performed::refused);
+  EXPECT_EQ(ax.perform(control("AXButton", "Save"), ""), Performed::refused);
   EXPECT_EQ(status(), "Status: idle");
 }
 
-TEST_F(ActionsContract, RaiseAWindow) { EXPECT_TRUE(ax.perform(window(), "AXRaise")); }
+TEST_F(ActionsContract, RaiseAWindow) {
+  EXPECT_NE(ax.perform(window(), "AXRaise"), Performed::refused);
+}
 
 TEST_F(ActionsContract, SetTheValueOfAField) {
   const Element field = control("AXTextField", "Name");

@@ -17,7 +17,7 @@ class FaultsContract : public TargetContract {
     EXPECT_FALSE(ax.attribute(element, "AXRole"));
     EXPECT_TRUE(ax.attributes(element, kRoleAndTitle).empty());
     EXPECT_TRUE(ax.actionNames(element).empty());
-    EXPECT_FALSE(ax.perform(element, "AXPress"));
+    EXPECT_EQ(ax.perform(element, "AXPress"), Performed::refused);
     EXPECT_FALSE(ax.set(element, "AXValue", Value{"x"}));
     EXPECT_FALSE(ax.isSettable(element, "AXValue"));
   }

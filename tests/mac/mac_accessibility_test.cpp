@@ -37,7 +37,7 @@ class AccessibilityTest : public MacTest {
   float lastSeconds() { return applications.calls.back().seconds; }
 
   StoppedClock clock;
-  MacAccessibility ax{clock};
+  MacAccessibility ax;
 };
 
 TEST_F(AccessibilityTest, ReadsAnAttribute) {
@@ -58,7 +58,7 @@ TEST_F(AccessibilityTest, ReleasesAValueThatCameWithAnError) {
 
 TEST_F(AccessibilityTest, AsksNothingUnderANameThatIsNotUtf8) {
   EXPECT_EQ(ax.attribute(application(), "\xff"), std::nullopt);
-  EXPECT_FALSE(ax.perform(application(), "\xff"));
+  EXPECT_EQ(ax.perform(application(), "\xff"), Performed::refused);
   EXPECT_FALSE(ax.set(application(), "\xff", {true}));
   EXPECT_FALSE(ax.isSettable(application(), "\xff"));
   const std::array<std::string_view, 2> names{"AXRole", "\xff"};
@@ -124,70 +124,21 @@ TEST_F(AccessibilityTest, TakesNoActionNamesButAListOfTexts) {
 
 TEST_F(AccessibilityTest, PerformsAnAction) {
   node(kButton).actions["AXPress"] = kAXErrorSuccess;
-  EXPECT_TRUE(ax.perform(button(), "AXPress"));
+  EXPECT_EQ(ax.perform(button(), "AXPress"), Performed::taken);
   EXPECT_EQ(applications.asked().back(), "perform AXPress");
 }
 
-TEST_F(AccessibilityTest, TakesAnActionThatAnApplicationIsBusyWithForTaken) {
+TEST_F(AccessibilityTest, TakesAnActionThatWasNotAnsweredForPendingWhateverElseIsAnswered) {
   node(kButton).actions["AXPress"] = kAXErrorCannotComplete;
   node(kButton).attributes["AXRole"] = {kAXErrorSuccess, standin::text("AXButton")};
-  EXPECT_TRUE(ax.perform(button(), "AXPress"));
-  EXPECT_EQ(applications.asked(), (Names{"read AXMain", "perform AXPress", "read AXRole"}));
+  EXPECT_EQ(ax.perform(button(), "AXPress"), Performed::pending);
+  EXPECT_EQ(applications.asked(), (Names{"read AXMain", "perform AXPress"}));
 }
 
-TEST_F(AccessibilityTest, TakesAnActionThatRemovedItsOwnElementForTaken) {
+TEST_F(AccessibilityTest, FearsNoKeysWhileAnActionIsPending) {
   node(kButton).actions["AXPress"] = kAXErrorCannotComplete;
-  node(kButton).attributes["AXRole"] = {kAXErrorInvalidUIElement, {}};
-  EXPECT_TRUE(ax.perform(button(), "AXPress"));
-}
-
-TEST_F(AccessibilityTest, NeverRepeatsAnActionThatWasNotAnswered) {
-  node(kButton).actions["AXPress"] = kAXErrorCannotComplete;
-  node(kButton).attributes["AXRole"] = {kAXErrorCannotComplete, {}};
-  EXPECT_FALSE(ax.perform(button(), "AXPress"));
-  const Names asked = applications.asked();
-  EXPECT_EQ(std::count(asked.begin(), asked.end(), "perform AXPress"), 1);
-}
-
-class UnansweredTest : public AccessibilityTest {
- protected:
-  UnansweredTest() {
-    applications.hit = applications.element(kPid, kButton);
-    node(kButton).actions["AXPress"] = kAXErrorCannotComplete;
-    node(kButton).attributes["AXRole"] = {kAXErrorCannotComplete, {}};
-    EXPECT_FALSE(ax.perform(button(), "AXPress"));
-  }
-};
-
-TEST_F(UnansweredTest, KeepsItsApplicationFromBeingClickedOnce) {
-  EXPECT_EQ(ax.elementAt({1, 2}), std::nullopt);
-  EXPECT_NE(ax.elementAt({1, 2}), std::nullopt);
-}
-
-TEST_F(AccessibilityTest, LetsAnApplicationBeClickedThatLeftARaiseUnanswered) {
-  applications.hit = applications.element(kPid, kButton);
-  node(kButton).actions["AXRaise"] = kAXErrorCannotComplete;
-  node(kButton).attributes["AXRole"] = {kAXErrorCannotComplete, {}};
-  EXPECT_FALSE(ax.perform(button(), "AXRaise"));
-  EXPECT_NE(ax.elementAt({1, 2}), std::nullopt);
-}
-
-TEST_F(UnansweredTest, IsNotForgottenForARaiseThatIsAnswered) {
-  node(kButton).actions["AXRaise"] = kAXErrorSuccess;
-  EXPECT_TRUE(ax.perform(button(), "AXRaise"));
-  EXPECT_EQ(ax.elementAt({1, 2}), std::nullopt);
-}
-
-TEST_F(UnansweredTest, IsForgottenAfterTwoSeconds) {
-  clock.sleep(2s);
-  EXPECT_NE(ax.elementAt({1, 2}), std::nullopt);
-}
-
-TEST_F(UnansweredTest, KeepsNoOtherApplicationFromBeingClicked) {
-  applications.hit = applications.element(kPid + 1, kButton);
-  EXPECT_NE(ax.elementAt({1, 2}), std::nullopt);
-  applications.hit = applications.element(kPid, kButton);
-  EXPECT_EQ(ax.elementAt({1, 2}), std::nullopt);
+  EXPECT_EQ(ax.perform(button(), "AXPress"), Performed::pending);
+  EXPECT_FALSE(ax.isEndangeredByKeys(kPid));
 }
 
 TEST_F(AccessibilityTest, SetsAnAttribute) {

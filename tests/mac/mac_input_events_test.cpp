@@ -35,7 +35,8 @@ class InputEventsTest : public MacTest {
     return events.empty() ? EventFields{} : events.front();
   }
 
-  MacInputEvents input;
+  std::optional<Pid> front = 700;
+  MacInputEvents input{[this] { return front; }};
   std::unique_ptr<EventSource> source = input.makeSource("");
 };
 

@@ -83,9 +83,11 @@ std::vector<std::string> AskedAccessibility::actionNames(const Element& element)
   return service_.actionNames(element);
 }
 
-bool AskedAccessibility::perform(const Element& element, std::string_view action) {
+Performed AskedAccessibility::perform(const Element& element, std::string_view action) {
   return service_.perform(element, action);
 }
+
+bool AskedAccessibility::isEndangeredByKeys(Pid pid) { return service_.isEndangeredByKeys(pid); }
 
 bool AskedAccessibility::set(const Element& element, std::string_view name, const Value& value) {
   return service_.set(element, name, value);

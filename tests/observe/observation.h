@@ -42,7 +42,8 @@ class AskedAccessibility final : public Accessibility {
   std::vector<std::optional<Value>> attributes(const Element& element,
                                                std::span<const std::string_view> names) override;
   std::vector<std::string> actionNames(const Element& element) override;
-  bool perform(const Element& element, std::string_view action) override;
+  Performed perform(const Element& element, std::string_view action) override;
+  bool isEndangeredByKeys(Pid pid) override;
   bool set(const Element& element, std::string_view name, const Value& value) override;
   bool isSettable(const Element& element, std::string_view name) override;
   std::optional<Element> elementAt(Point point) override;

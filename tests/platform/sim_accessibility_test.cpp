@@ -151,7 +151,7 @@ TEST_F(SimAccessibility, ReadsNothingOfARemovedElement) {
 
   EXPECT_EQ(textOf(element, "AXValue"), "(none)");
   EXPECT_TRUE(ax.actionNames(element).empty());
-  EXPECT_FALSE(ax.perform(element, "AXPress"));
+  EXPECT_EQ(ax.perform(element, "AXPress"), Performed::refused);
   EXPECT_EQ(elementsOf(window.element(), "AXChildren"), std::vector{save.element()});
   EXPECT_EQ(ax.pidOf(element), notes.pid()) << "that costs no round trip";
 }
@@ -181,7 +181,7 @@ TEST_F(SimAccessibility, CarriesOutWhatAnActionDoes) {
   int pressed = 0;
   save.onPress([&] { ++pressed; });
 
-  EXPECT_TRUE(ax.perform(save.element(), "AXPress"));
+  EXPECT_EQ(ax.perform(save.element(), "AXPress"), Performed::taken);
   EXPECT_EQ(pressed, 1);
   EXPECT_EQ(save.presses(), 1);
   EXPECT_EQ(desktop.journal().lines(Topic::accessibility),
@@ -192,7 +192,7 @@ TEST_F(SimAccessibility, DelaysWhatAnActionDoes) {
   bool done = false;
   save.action("AXPress").effect([&] { done = true; }, 200ms);
 
-  EXPECT_TRUE(ax.perform(save.element(), "AXPress"));
+  EXPECT_EQ(ax.perform(save.element(), "AXPress"), Performed::taken);
   desktop.run(199ms);
   EXPECT_FALSE(done);
   desktop.run(1ms);
@@ -202,19 +202,58 @@ TEST_F(SimAccessibility, DelaysWhatAnActionDoes) {
 TEST_F(SimAccessibility, RefusesActions) {
   save.action("AXPress").refused();
 
-  EXPECT_FALSE(ax.perform(save.element(), "AXPress"));
-  EXPECT_FALSE(ax.perform(save.element(), "AXShowMenu")) << "which it does not offer";
+  EXPECT_EQ(ax.perform(save.element(), "AXPress"), Performed::refused);
+  EXPECT_EQ(ax.perform(save.element(), "AXShowMenu"), Performed::refused)
+      << "which it does not offer";
   EXPECT_EQ(save.presses(), 0);
 }
 
 TEST_F(SimAccessibility, BlocksForAsLongAsAnActionTakes) {
   save.action("AXPress").takes(200ms);
-  EXPECT_TRUE(ax.perform(save.element(), "AXPress"));
+  EXPECT_EQ(ax.perform(save.element(), "AXPress"), Performed::taken);
   EXPECT_EQ(desktop.clock().elapsed(), 200ms);
 
   save.action("AXPress").takes(2s);
-  EXPECT_FALSE(ax.perform(save.element(), "AXPress")) << "given up at the messaging time-out";
-  EXPECT_EQ(desktop.clock().elapsed(), 500ms);
+  EXPECT_EQ(ax.perform(save.element(), "AXPress"), Performed::pending);
+  EXPECT_EQ(desktop.clock().elapsed(), 500ms) << "given up at the messaging time-out";
+}
+
+TEST_F(SimAccessibility, CarriesOutAPendingActionWhenTheApplicationIsDone) {
+  bool done = false;
+  save.action("AXPress").takes(450ms).effect([&] { done = true; });
+
+  EXPECT_EQ(ax.perform(save.element(), "AXPress"), Performed::pending);
+  desktop.run(149ms);
+  EXPECT_FALSE(done);
+  desktop.run(1ms);
+  EXPECT_TRUE(done);
+  EXPECT_EQ(save.presses(), 1);
+}
+
+TEST_F(SimAccessibility, AwaitsTheAcknowledgementOfAToolkitForTwoTimeouts) {
+  notes.facts.acknowledgesActions = true;
+
+  save.action("AXPress").takes(450ms);
+  EXPECT_EQ(ax.perform(save.element(), "AXPress"), Performed::acknowledged);
+  EXPECT_EQ(desktop.clock().elapsed(), 450ms);
+
+  save.action("AXPress").takes(601ms);
+  EXPECT_EQ(ax.perform(save.element(), "AXPress"), Performed::pending);
+  EXPECT_EQ(desktop.clock().elapsed(), 1050ms);
+}
+
+TEST_F(SimAccessibility, IsHungByAKeyInsideAnActionWhereTheSceneSaysSo) {
+  notes.facts.hangsAtKeysInActions = true;
+  save.action("AXPress").takes(2s);
+  EXPECT_FALSE(ax.isEndangeredByKeys(notes.pid()));
+
+  EXPECT_EQ(ax.perform(save.element(), "AXPress"), Performed::pending);
+  EXPECT_TRUE(ax.isEndangeredByKeys(notes.pid()));
+  desktop.input().post(*desktop.input().create(nullptr, KeyEvent{36, true, 0}));
+  EXPECT_TRUE(notes.facts.hung);
+
+  desktop.run(2s);
+  EXPECT_FALSE(ax.isEndangeredByKeys(notes.pid()));
 }
 
 TEST_F(SimAccessibility, SetsOnlyWhatCanBeSet) {
@@ -263,7 +302,7 @@ TEST_F(SimAccessibility, AnswersAHungApplicationAfterTheTimeoutWithNothing) {
   EXPECT_EQ(desktop.clock().elapsed(), kTimeout);
   EXPECT_TRUE(ax.attributes(save.element(), names).empty());
   EXPECT_TRUE(ax.actionNames(save.element()).empty());
-  EXPECT_FALSE(ax.perform(save.element(), "AXPress"));
+  EXPECT_EQ(ax.perform(save.element(), "AXPress"), Performed::pending);
   EXPECT_FALSE(ax.set(save.element(), "AXValue", Value{"x"}));
   EXPECT_FALSE(ax.isSettable(save.element(), "AXValue"));
   EXPECT_EQ(desktop.clock().elapsed(), 6 * kTimeout);
@@ -287,7 +326,7 @@ TEST_F(SimAccessibility, ReadsNothingOfADeadApplicationAndDoesNotWaitForIt) {
   notes.kill();
 
   EXPECT_EQ(textOf(app, "AXRole"), "(none)");
-  EXPECT_FALSE(ax.perform(save.element(), "AXPress"));
+  EXPECT_EQ(ax.perform(save.element(), "AXPress"), Performed::refused);
   EXPECT_EQ(desktop.clock().elapsed(), 0ms);
   EXPECT_EQ(ax.pidOf(app), notes.pid());
 }

@@ -109,7 +109,7 @@ TEST_F(SimInput, CountsInAnEffectWhetherPressedOrClicked) {
   save.onPress([&counts, count = 0]() mutable { counts.push_back(++count); });
 
   click({210, 210});
-  EXPECT_TRUE(desktop.accessibility().perform(save.element(), "AXPress"));
+  EXPECT_EQ(desktop.accessibility().perform(save.element(), "AXPress"), Performed::taken);
   click({210, 210});
 
   EXPECT_EQ(counts, (std::vector<int>{1, 2, 3}));
@@ -208,7 +208,7 @@ TEST_F(SimInput, TogglesACheckBoxByPressOrClick) {
 
   click({210, 410});
   EXPECT_EQ(*box.read("AXValue")->as<double>(), 1);
-  EXPECT_TRUE(desktop.accessibility().perform(box.element(), "AXPress"));
+  EXPECT_EQ(desktop.accessibility().perform(box.element(), "AXPress"), Performed::taken);
   EXPECT_EQ(*box.read("AXValue")->as<double>(), 0);
   EXPECT_EQ(box.activations(), 2);
 }

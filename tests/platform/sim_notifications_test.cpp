@@ -135,24 +135,11 @@ TEST_F(SimNotifications, FollowAnAction) {
   EXPECT_TRUE(observer->add(notes.node().element(), "AXLayoutChanged"));
   save.action("AXPress").announces("AXLayoutChanged", 300ms).announces("AXValueChanged");
 
-  EXPECT_TRUE(desktop.accessibility().perform(save.element(), "AXPress"));
+  EXPECT_EQ(desktop.accessibility().perform(save.element(), "AXPress"), Performed::taken);
   EXPECT_EQ(heard, Lines{}) << "never on the caller's back";
   desktop.run(1s);
 
   EXPECT_EQ(heard, (Lines{"1 AXValueChanged", "300 AXLayoutChanged"}));
-}
-
-TEST_F(SimNotifications, AcknowledgeActionsWithoutASubscriptionWhenTheToolkitDoes) {
-  const auto observer = listen();
-
-  EXPECT_TRUE(desktop.accessibility().perform(save.element(), "AXPress"));
-  desktop.run(10ms);
-  EXPECT_EQ(heard, Lines{});
-
-  notes.facts.acknowledgesActions = true;
-  EXPECT_TRUE(desktop.accessibility().perform(save.element(), "AXPress"));
-  desktop.run(10ms);
-  EXPECT_EQ(heard, Lines{"11 AXActionAcknowledged"});
 }
 
 TEST_F(SimNotifications, TellOfTheFocusAndOfComingToTheFront) {

@@ -74,7 +74,7 @@ TEST_F(SimReadAhead, ActsLive) {
   const auto scope = ax.readTree(window.element(), {in(4s), 1000});
   save.withoutAction("AXPress");
 
-  EXPECT_FALSE(ax.perform(save.element(), "AXPress"));
+  EXPECT_EQ(ax.perform(save.element(), "AXPress"), Performed::refused);
 }
 
 TEST_F(SimReadAhead, NeverReadsPastTheDeadline) {

@@ -66,7 +66,7 @@ TEST_F(SimWindows, RaisesAWindowAmongItsOwn) {
   notes.window({0, 0, 200, 200}, "notes two");
   mail.bringToFront();
 
-  EXPECT_TRUE(desktop.accessibility().perform(first.element(), "AXRaise"));
+  EXPECT_EQ(desktop.accessibility().perform(first.element(), "AXRaise"), Performed::taken);
 
   EXPECT_EQ(titles(), (Lines{"mail one", "notes one", "notes two"}));
   EXPECT_EQ(notes.focusedWindow(), &first);
