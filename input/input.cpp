@@ -73,7 +73,9 @@ Json Session::inputToElement(const std::string& kind, const Stored& stored, cons
   const Point point = bounds->center();
   if (kind == "key") {
     requireFrontmost();
+    requireKeysHarmless();
     (void)platform_.accessibility.set(stored.element, "AXFocused", Value{true});
+    requireInputTarget(stored);
   } else {
     verifyPointer(point, stored.element);
   }
@@ -93,6 +95,18 @@ Json Session::keyOrScroll(const std::string& kind, const Stored& stored, Point p
   fail(failures::kUnknownInput);
 }
 
+// Return goes to whatever has the focus: a field whose value was set has yet to be given it.
+void Session::pressReturnIn(const Stored& stored, bool focusFirst) {
+  if (focusFirst) {
+    requireFrontmost();
+    requireKeysHarmless();
+    (void)platform_.accessibility.set(stored.element, "AXFocused", Value{true});
+  }
+  platform_.clock.turn(kBeforeReturn);
+  requireStillFrontmost();
+  postKey(kReturn, 0);
+}
+
 Json Session::typeInto(const Stored& stored, const Json& args) {
   Accessibility& ax = platform_.accessibility;
   const std::string typed = boundedText(args);
@@ -110,13 +124,12 @@ Json Session::typeInto(const Stored& stored, const Json& args) {
     typeUnicode(typed);
   }
   if (submit) {
-    if (byValue) {
-      requireFrontmost();
-      (void)ax.set(stored.element, "AXFocused", Value{true});
+    try {
+      pressReturnIn(stored, byValue);
+    } catch (Failure& failure) {
+      failure.addDetail("sent", typed);  // The text has arrived, and only Return has not.
+      throw;
     }
-    platform_.clock.turn(kBeforeReturn);
-    requireStillFrontmost();
-    postKey(kReturn, 0);
   }
   return {
       {"method", byValue ? "accessibility" : "keyboard"}, {"sent", typed}, {"submitted", submit}};

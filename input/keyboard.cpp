@@ -28,7 +28,8 @@ std::string boundedText(const Json& args) {
   return typed;
 }
 
-// Both events exist before the first goes out, so that no key is ever left held down.
+// Both events exist before the first goes out, so that no key is ever left held down. The target
+// must be the one that keystrokes go to when the key goes down; it comes up wherever that is.
 void Session::postPair(EventSource* source, const InputEvent& down, const InputEvent& up,
                        std::pair<Duration, Duration> pace) {
   InputEvents& events = platform_.inputEvents;
@@ -37,7 +38,8 @@ void Session::postPair(EventSource* source, const InputEvent& down, const InputE
   if (!first || !second) {
     fail(failures::kNoKeyEvent);
   }
-  events.post(*first);
+  requireKeysHarmless();
+  postToTarget(*first, failures::kNotFrontmost);
   platform_.clock.turn(pace.first);
   events.post(*second);
   platform_.clock.turn(pace.second);
@@ -45,11 +47,19 @@ void Session::postPair(EventSource* source, const InputEvent& down, const InputE
 
 void Session::typeUnicode(const std::string& typed) {
   const auto source = platform_.inputEvents.makeSource(typed);
-  unicode::forEachCluster(typed, [&](std::string_view cluster) {
-    requireStillFrontmost();
-    postPair(source.get(), TextEvent{std::string(cluster), true},
-             TextEvent{std::string(cluster), false}, {kTextKeyHeld, kBetweenTextKeys});
-  });
+  std::size_t sent = 0;
+  try {
+    unicode::forEachCluster(typed, [&](std::string_view cluster) {
+      requireStillFrontmost();
+      postPair(source.get(), TextEvent{std::string(cluster), true},
+               TextEvent{std::string(cluster), false}, {kTextKeyHeld, kBetweenTextKeys});
+      sent += cluster.size();
+    });
+  } catch (Failure& failure) {
+    // What has gone out stays; a client that repeats the whole text would type it twice.
+    failure.addDetail("sent", typed.substr(0, sent));
+    throw;
+  }
 }
 
 void Session::postKey(std::uint16_t code, Modifiers modifiers) {

@@ -54,7 +54,7 @@ Json Session::clickRecognizedText(const Stored& stored, const Element& app) {
   activate(app);
   const Point point = stored.box->center();
   verifyPointer(point, stored.element);
-  press(point);
+  press(point, 1, [&] { verifyPointer(point, stored.element); });
   return {{"method", "pointer"}, {"via", "ocr"}};
 }
 
@@ -63,6 +63,11 @@ void Session::verifyAndActivate(const Stored& stored, const Element& app) {
   verifyIdentity(stored);
   activate(app);
   verifyIdentity(stored);
+}
+
+void Session::verifyNodeAt(Point point, const Stored& stored) {
+  verifyIdentity(stored);
+  verifyPointer(point, stored.element);
 }
 
 Rect Session::requireVisibleFrame(const Element& element) {
@@ -98,7 +103,8 @@ Json Session::clickElement(const Stored& stored, const Element& app, std::int64_
     }
   }
   verifyPointer(point, stored.element);
-  press(point, static_cast<int>(std::clamp<std::int64_t>(count, 1, 2)));
+  press(point, static_cast<int>(std::clamp<std::int64_t>(count, 1, 2)),
+        [&] { verifyNodeAt(point, stored); });
   Json result = {{"method", count > 1 ? "pointer-double" : "pointer"}};
   if (byAccessibility == Press::unanswered) {
     result["fallback"] = "press_unanswered";
@@ -143,6 +149,8 @@ Json Session::hover(const Json& args) {
   verifyInsideApp(point);
   const auto source = platform_.inputEvents.makeSource("");
   glide(point, source.get(), kHoverRest);
+  // What the pointer rested on may have been covered meanwhile; then the hover was not seen.
+  verifyInsideApp(point);
   return {{"method", "pointer"}, {"nodeId", nodeId}, {"at", timestampNow()}};
 }
 
@@ -166,7 +174,7 @@ Json Session::showMenu(const Json& args) {
     }
   } else {
     verifyPointer(point, stored.element);
-    rightPress(point);
+    rightPress(point, [&] { verifyNodeAt(point, stored); });
     result["method"] = "pointer";
   }
   result["at"] = timestampNow();

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "main/failure.h"
 #include "session/session.h"
 
 namespace tarqo {
@@ -25,6 +26,12 @@ void Session::post(EventSource* source, const InputEvent& event) {
   }
 }
 
+void Session::postToTarget(const CreatedEvent& event, const FailureText& elsewhere) {
+  if (!platform_.inputEvents.postTo(running_->id.pid, event)) {
+    fail(elsewhere);
+  }
+}
+
 // An event may carry the time of its making, and applications read the speed of a drag from those
 // times: the up is made when it is due. The one made beforehand is for when that fails.
 void Session::release(EventSource* source, const MouseEvent& up, const CreatedEvent& spare) {
@@ -33,13 +40,16 @@ void Session::release(EventSource* source, const MouseEvent& up, const CreatedEv
 }
 
 // Both events exist before the first goes out, so that no button is ever left held down: without an
-// up there is no down. The waits sleep: nothing may be delivered inside a click.
-void Session::pressOnce(EventSource* source, const MouseEvent& down, const MouseEvent& up) {
+// up there is no down. The proof is the last thing before the down. The waits sleep: nothing may be
+// delivered inside a click.
+void Session::pressOnce(EventSource* source, const MouseEvent& down, const MouseEvent& up,
+                        const Proof& proof) {
   InputEvents& events = platform_.inputEvents;
   const auto first = events.create(source, down);
   const auto spare = events.create(source, up);
+  proof();
   if (first && spare) {
-    events.post(*first);
+    postToTarget(*first, failures::kPointCovered);
   }
   platform_.clock.sleep(kBetweenButtonEvents);
   if (spare) {
@@ -49,35 +59,41 @@ void Session::pressOnce(EventSource* source, const MouseEvent& down, const Mouse
 }
 
 // The waits around a click turn the loop, so that its effects can be heard.
-void Session::press(Point point, int count) {
+void Session::press(Point point, int count, const Proof& proof) {
   const auto source = platform_.inputEvents.makeSource("");
   glide(point, source.get(), kRestBeforePress);
   for (int click = 1; click <= std::max(count, 1); ++click) {
     pressOnce(source.get(), {MouseEventType::leftDown, point, click},
-              {MouseEventType::leftUp, point, click});
+              {MouseEventType::leftUp, point, click}, proof);
   }
 }
 
-void Session::rightPress(Point point) {
+void Session::rightPress(Point point, const Proof& proof) {
   const auto source = platform_.inputEvents.makeSource("");
   post(source.get(), MouseEvent{MouseEventType::moved, point});
   platform_.clock.sleep(kBeforeRightPress);
   pressOnce(source.get(), {MouseEventType::rightDown, point, 1},
-            {MouseEventType::rightUp, point, 1});
+            {MouseEventType::rightUp, point, 1}, proof);
   platform_.clock.turn(kMenuOpens);
 }
 
-// Interfaces that react to the pointer see a real approach, not a jump.
+// Interfaces that react to the pointer see a real approach, not a jump. On its way the pointer
+// crosses whatever lies there; where it stays must be the target.
 void Session::glide(Point point, EventSource* source, Duration settle) {
   const Point start =
       platform_.inputEvents.pointerLocation().value_or(Point{point.x, point.y - kGlideFromAbove});
-  for (int step = 1; step <= kGlideSteps; ++step) {
+  for (int step = 1; step < kGlideSteps; ++step) {
     const double part = static_cast<double>(step) / kGlideSteps;
     post(source,
          MouseEvent{MouseEventType::moved,
                     {start.x + (point.x - start.x) * part, start.y + (point.y - start.y) * part}});
     platform_.clock.turn(kGlideSlice);
   }
+  const MouseEvent arrival{MouseEventType::moved, point};
+  if (const auto created = platform_.inputEvents.create(source, arrival)) {
+    postToTarget(*created, failures::kPointCovered);
+  }
+  platform_.clock.turn(kGlideSlice);
   platform_.clock.turn(settle);
 }
 

@@ -59,30 +59,31 @@ void Session::scroll(const Stored& stored, Point point, const Json& args) {
   }
   requireFrontmost();
   if (dx != 0) {
-    trackpadSwipe(gestureArea(stored), static_cast<double>(dx));
+    trackpadSwipe(requireGestureArea(), static_cast<double>(dx));
   } else if (dy < 0 && dy >= -kLongestPull) {
-    spotlightPull(gestureArea(stored));
+    spotlightPull(requireGestureArea());
   } else {
-    turnWheel(point, static_cast<std::int32_t>(-dy));
+    turnWheel(point, static_cast<std::int32_t>(-dy), [&] {
+      if (stored.box) {
+        verifyInsideApp(point);
+      } else {
+        requireInputTarget(stored);
+        verifyPointer(point, stored.element);
+      }
+    });
   }
 }
 
-Rect Session::gestureArea(const Stored& stored) {
-  Accessibility& ax = platform_.accessibility;
-  if (const auto bounds = window_ ? frame(ax, *window_) : std::nullopt) {
-    return *bounds;
-  }
-  if (stored.box) {
-    return *stored.box;
-  }
-  const auto bounds = frame(ax, stored.element);
+// Without its window's place nothing could be proven of a gesture's way.
+Rect Session::requireGestureArea() {
+  const auto bounds = window_ ? frame(platform_.accessibility, *window_) : std::nullopt;
   if (!bounds) {
     fail(failures::kInputNotVisible);
   }
   return *bounds;
 }
 
-void Session::turnWheel(Point point, std::int32_t pixels) {
+void Session::turnWheel(Point point, std::int32_t pixels, const Proof& proof) {
   InputEvents& events = platform_.inputEvents;
   const auto source = events.makeSource("");
   post(source.get(), MouseEvent{MouseEventType::moved, point});
@@ -90,13 +91,18 @@ void Session::turnWheel(Point point, std::int32_t pixels) {
   if (!wheel) {
     fail(failures::kNoScrollEvent);
   }
-  events.post(*wheel);
+  proof();
+  postToTarget(*wheel, failures::kPointCovered);
   platform_.clock.turn(kAfterWheel);
 }
 
 // What ends the drag exists before it begins, so that the button is never left held down: a drag
-// that could not end is left out.
+// that could not end is left out. It does not begin at the node that was proven, so all of it is:
+// before the pointer moves, and again when the button is about to go down.
 void Session::drag(Point start, std::span<const Point> way, Duration slice) {
+  std::vector<Point> all(way.begin(), way.end());
+  all.push_back(start);
+  verifyInsideApp(all);
   InputEvents& events = platform_.inputEvents;
   const auto source = events.makeSource("");
   post(source.get(), MouseEvent{MouseEventType::moved, start});
@@ -106,7 +112,11 @@ void Session::drag(Point start, std::span<const Point> way, Duration slice) {
   if (!spare) {
     return;
   }
-  post(source.get(), MouseEvent{MouseEventType::leftDown, start, 1});
+  const auto down = events.create(source.get(), MouseEvent{MouseEventType::leftDown, start, 1});
+  verifyInsideApp(all);
+  if (down) {
+    postToTarget(*down, failures::kPointCovered);
+  }
   platform_.clock.sleep(kBeforeDrag);
   for (const Point& point : way) {
     post(source.get(), MouseEvent{MouseEventType::leftDragged, point, 1});

@@ -87,20 +87,32 @@ void Session::requireStillFrontmost() {
   }
 }
 
-void Session::verifyInsideApp(Point point) {
+void Session::requireKeysHarmless() {
+  if (platform_.accessibility.isEndangeredByKeys(running_->id.pid)) {
+    fail(failures::kKeysHarmful);
+  }
+}
+
+void Session::verifyInsideApp(std::span<const Point> points) {
   if (!running_) {
     fail(failures::kAppClosed);
   }
   const auto bounds = window_ ? frame(platform_.accessibility, *window_) : std::nullopt;
-  if (!bounds || !bounds->grownBy(kWindowMargin).contains(point)) {
+  const auto isInside = [&](Point point) {
+    return bounds && bounds->grownBy(kWindowMargin).contains(point);
+  };
+  if (!std::all_of(points.begin(), points.end(), isInside)) {
     fail(failures::kPointOutsideWindow);
   }
   // Menus, panels and overlays lie on other layers; only an ordinary window can cover the point.
   const auto windows = platform_.windowServer.windows(WindowList::onScreenAboveDesktop);
-  const auto top = std::find_if(windows.begin(), windows.end(), [&](const WindowInfo& window) {
-    return window.layer == 0 && window.bounds && window.bounds->contains(point);
-  });
-  if (top != windows.end() && top->ownerPid != running_->id.pid) {
+  const auto isCovered = [&](Point point) {
+    const auto top = std::find_if(windows.begin(), windows.end(), [&](const WindowInfo& window) {
+      return window.layer == 0 && window.bounds && window.bounds->contains(point);
+    });
+    return top != windows.end() && top->ownerPid != running_->id.pid;
+  };
+  if (std::any_of(points.begin(), points.end(), isCovered)) {
     fail(failures::kPointCovered);
   }
 }

@@ -27,6 +27,7 @@ class Failure : public std::exception {
   [[nodiscard]] const std::string& code() const { return code_; }
   [[nodiscard]] const std::string& message() const { return message_; }
   [[nodiscard]] const Json& detail() const { return detail_; }
+  void addDetail(const std::string& key, Json value) { detail_[key] = std::move(value); }
   [[nodiscard]] const char* what() const noexcept override { return message_.c_str(); }
 
  private:
@@ -99,6 +100,10 @@ inline constexpr FailureText kNotFrontmost{
     "target_covered",
     "The application did not come to the front, so keys would go elsewhere. Bring it forward "
     "(open_target) and try again."};
+inline constexpr FailureText kKeysHarmful{
+    "target_busy",
+    "The application is still inside an earlier press, and a key would hang it now. Observe again "
+    "and finish with click what it shows."};
 inline constexpr FailureText kIdentityChanged{
     "stale_snapshot", "The captured element changed. Take a new snapshot before acting."};
 inline constexpr FailureText kNotClickable{"not_clickable",

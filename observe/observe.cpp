@@ -98,12 +98,13 @@ void Session::completeObservation(Json& result, const std::optional<Stored>& pre
     fail(failures::kWindowDisappeared);
   }
   const Element window = *window_;
+  // Text recognition takes seconds, in which the window may have moved and come to rest: the text
+  // would be listed where it no longer is, whether or not the picture is wanted.
+  if (observationImage_ && observationImage_->bounds != *bounds) {
+    fail(failures::kWindowChanged);
+  }
   if (withImage) {
     const Observation observation = observationImage_ ? *observationImage_ : windowImage(*bounds);
-    // Text recognition takes seconds, in which the window may have moved and come to rest.
-    if (observation.bounds != *bounds) {
-      fail(failures::kWindowChanged);
-    }
     result["image"] = encodedImage(observation);
     result["imageCapturedAt"] = observation.at;
   }

@@ -43,6 +43,12 @@ Json Session::connect(const Json& args) {
   running_ = candidates.empty() ? launch(bundleId) : candidates.front();
   app_ = platform_.accessibility.application(running_->id.pid, kMessagingTimeout);
   nodes_.clear();
+  // What belongs to another process says nothing of this one: its observer would let presses pass
+  // for unanswered, its window be taken for the place to act in. Even when binding fails below.
+  observer_.reset();
+  if (window_ && platform_.accessibility.pidOf(*window_) != running_->id.pid) {
+    window_.reset();
+  }
 
   bindSite(bundleId, args, mayLaunch);
   listen(running_->id.pid);

@@ -7,6 +7,7 @@
 #pragma once
 
 #include <array>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
@@ -16,6 +17,7 @@
 
 #include "ax/description.h"
 #include "host/grants.h"
+#include "main/failure.h"
 #include "main/json.h"
 #include "platform/platform.h"
 #include "session/journal.h"
@@ -80,6 +82,9 @@ class Session {
   [[nodiscard]] Json input(const Json& args);
 
  private:
+  /// Proves anew, when called, that an event may go out; fails when it may not.
+  using Proof = std::function<void()>;
+
   /// A window image taken by text recognition, kept for the observation it belongs to.
   struct Observation {
     Image image;
@@ -148,7 +153,9 @@ class Session {
 
   // input/: the proofs before an event.
   void verifyIdentity(const Stored& stored);
-  void verifyInsideApp(Point point);
+  void verifyInsideApp(Point point) { verifyInsideApp(std::span(&point, 1)); }
+  /// The same of several points at one moment.
+  void verifyInsideApp(std::span<const Point> points);
   void verifyPointer(Point point, const Element& target);
   void requireInputTarget(const Stored& stored);
   /// Waits up to 1.5 s for the target to be in front; never brings it there.
@@ -156,10 +163,14 @@ class Session {
   /// Waits for nothing: for the keys of one text, between which the target may quit or lose its
   /// place.
   void requireStillFrontmost();
+  /// Fails "target_busy" while a key would hang the target for good.
+  void requireKeysHarmless();
   std::string coveredMessage(Point point, const Element& hit, const Element& target);
   const std::optional<std::string>& ownApp();
   bool isOwnApp(Pid pid);
   Stored requireFreshNode(const std::string& nodeId, const FailureText& expired);
+  /// That the node is still what was observed, and that it lies under `point`.
+  void verifyNodeAt(Point point, const Stored& stored);
   Json clickRecognizedText(const Stored& stored, const Element& app);
   Json clickElement(const Stored& stored, const Element& app, std::int64_t count);
   Press pressByAccessibility(const Element& element);
@@ -171,13 +182,17 @@ class Session {
                       const Json& args);
   Json keyOrScroll(const std::string& kind, const Stored& stored, Point point, const Json& args);
   Json typeInto(const Stored& stored, const Json& args);
+  void pressReturnIn(const Stored& stored, bool focusFirst);
 
-  // input/: events.
+  // input/: events. What acts goes out by `postToTarget`, right after the proof of what it acts on.
   void post(EventSource* source, const InputEvent& event);
+  /// Fails with `elsewhere`, and posts nothing, when another process would get the event.
+  void postToTarget(const CreatedEvent& event, const FailureText& elsewhere);
   void release(EventSource* source, const MouseEvent& up, const CreatedEvent& spare);
-  void pressOnce(EventSource* source, const MouseEvent& down, const MouseEvent& up);
-  void press(Point point, int count = 1);
-  void rightPress(Point point);
+  void pressOnce(EventSource* source, const MouseEvent& down, const MouseEvent& up,
+                 const Proof& proof);
+  void press(Point point, int count, const Proof& proof);
+  void rightPress(Point point, const Proof& proof);
   void glide(Point point, EventSource* source, Duration settle);
   void typeUnicode(const std::string& typed);
   void pressNamedKey(const Json& args);
@@ -185,8 +200,8 @@ class Session {
   void postPair(EventSource* source, const InputEvent& down, const InputEvent& up,
                 std::pair<Duration, Duration> pace);
   void scroll(const Stored& stored, Point point, const Json& args);
-  Rect gestureArea(const Stored& stored);
-  void turnWheel(Point point, std::int32_t pixels);
+  Rect requireGestureArea();
+  void turnWheel(Point point, std::int32_t pixels, const Proof& proof);
   void drag(Point start, std::span<const Point> way, Duration slice);
   void spotlightPull(const Rect& area);
   void trackpadSwipe(const Rect& area, double dx);

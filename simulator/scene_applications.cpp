@@ -49,6 +49,9 @@ constexpr std::array kAppMembers{
                 [](const Field& value) { return readFlag(value, &AppFacts::refusesObservers); }},
     Member<App>{"acknowledgesActions",
                 [](const Field& value) { return readFlag(value, &AppFacts::acknowledgesActions); }},
+    Member<App>{
+        "hangsAtKeysInActions",
+        [](const Field& value) { return readFlag(value, &AppFacts::hangsAtKeysInActions); }},
     Member<App>{"comesToFrontMs", readComesToFront},
     Member<App>{"callMs",
                 [](const Field& value) -> Fact<App> {

@@ -31,6 +31,8 @@ class AccessibilityService final : public Accessibility {
   void hitTest(Point point, Node* result);  ///< At exactly that point; null: the test fails there.
   /// What lies there by the scene alone; null when no application element does.
   [[nodiscard]] Node* hit(Point point) const;
+  /// What lies there, with what `hitTest` says of that point.
+  [[nodiscard]] Node* scriptedHit(Point point) const;
 
   [[nodiscard]] Element application(Pid pid, Duration messagingTimeout) override;
   [[nodiscard]] std::optional<Value> attribute(const Element& element,

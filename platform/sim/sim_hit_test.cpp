@@ -46,13 +46,14 @@ Node* AccessibilityService::hit(Point point) const {
   return nullptr;
 }
 
-std::optional<Element> AccessibilityService::elementAt(Point point) {
-  if (hitTestFails) {
-    return std::nullopt;
-  }
+Node* AccessibilityService::scriptedHit(Point point) const {
   const auto scripted = std::find_if(hitTests_.begin(), hitTests_.end(),
                                      [&](const auto& each) { return each.first == point; });
-  Node* node = scripted == hitTests_.end() ? hit(point) : scripted->second;
+  return scripted == hitTests_.end() ? hit(point) : scripted->second;
+}
+
+std::optional<Element> AccessibilityService::elementAt(Point point) {
+  Node* node = hitTestFails ? nullptr : scriptedHit(point);
   if (node == nullptr) {
     return std::nullopt;
   }

@@ -229,13 +229,17 @@ std::optional<Pid> InputEventsService::receiverOf(const InputEvent& event) const
     return world_.pointerGrab;
   }
   const std::optional<Point> at = mouse != nullptr ? mouse->at : pointer.location;
+  if (!at) {
+    return std::nullopt;
+  }
   for (const ServerWindow* window : world_.windows.shown()) {
-    if (at && window->info.layer == 0 && window->info.bounds &&
-        window->info.bounds->contains(*at)) {
-      return window->info.ownerPid;
+    const WindowInfo& info = window->info;
+    if (info.layer == 0 && !window->desktopElement && info.bounds && info.bounds->contains(*at)) {
+      return info.ownerPid;
     }
   }
-  return std::nullopt;
+  const Node* node = accessibility_.scriptedHit(*at);
+  return node == nullptr ? std::nullopt : std::optional(node->app().pid());
 }
 
 void InputEventsService::deliver(const InputEvent& event) {

@@ -51,7 +51,10 @@ class Keyboard {
 class InputEventsService final : public InputEvents {
  public:
   InputEventsService(World& world, AccessibilityService& accessibility)
-      : pointer(world, accessibility), keyboard_(world), world_(world) {}
+      : pointer(world, accessibility),
+        keyboard_(world),
+        world_(world),
+        accessibility_(accessibility) {}
 
   Pointer pointer;
   /// The text that each source was made for, in order.
@@ -87,6 +90,7 @@ class InputEventsService final : public InputEvents {
 
   Keyboard keyboard_;
   World& world_;
+  AccessibilityService& accessibility_;
 };
 
 /// How the journal writes an event: "move 412,300", "down(1) 412,300", "drag 10,20",

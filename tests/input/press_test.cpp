@@ -27,6 +27,7 @@ class Press : public ConnectedScene {
 
   sim::Action& press = save.action("AXPress");
   const Json byAccessibility = {{"method", "accessibility"}};
+  const Json pending = {{"method", "accessibility"}, {"pending", true}};
   const Json byPointer = {{"method", "pointer"}};
   const Json afterSilence = {{"method", "pointer"}, {"fallback", "press_unanswered"}};
 };
@@ -137,10 +138,35 @@ TEST_F(Press, ThatIsRefusedIsFollowedByThePointerAtOnceAndWithoutANote) {
   EXPECT_EQ(save.clicks(), 2);
 }
 
-TEST_F(Press, ThatTheApplicationDoesNotReturnFromCountsAsRefused) {
-  press.takes(301ms).announces("AXValueChanged");
-  EXPECT_EQ(click(), byPointer);
-  EXPECT_EQ(save.activations(), 1);
+TEST_F(Press, ThatTheApplicationTakesLongToReturnFromIsPendingAndNeverRepeated) {
+  for (const bool acknowledges : {false, true}) {
+    notes.facts.acknowledgesActions = acknowledges;
+    for (Duration takes = 301ms; takes <= 1000ms; takes += 50ms) {
+      const int before = save.activations();
+      const bool inTime = acknowledges && takes <= 600ms;
+      press.takes(takes);
+      EXPECT_EQ(click(), inTime ? byAccessibility : pending);
+      desktop.run(1s);
+      EXPECT_EQ(save.activations(), before + 1);
+      EXPECT_EQ(save.clicks(), 0);
+    }
+  }
+}
+
+TEST_F(Press, IsInTheJournalAsAcknowledgedWhenTheAnswerIsWritten) {
+  notes.facts.acknowledgesActions = true;
+  press.takes(450ms);
+  EXPECT_EQ(click(), byAccessibility);
+  EXPECT_EQ(result("settle").at("heard"), Json({"AXActionAcknowledged"}));
+}
+
+TEST_F(Press, OfAMenuCommandThatDoesNotReturnIsPendingAndNotRefused) {
+  sim::Node& command = notes.menu("File").menuItem("Open…");
+  command.action("AXPress").takes(5s);
+  const Json observation = observe();
+  Json answer = result("click", {{"nodeId", nodeNamed(observation, "Open…").at("id")}});
+  EXPECT_EQ(answer.at("via"), "menubar");
+  EXPECT_EQ(answer.at("pending"), true);
 }
 
 TEST_F(Press, ThatIsNotOfferedIsNotTried) {

@@ -303,6 +303,13 @@ TEST_F(TextFallback, ItsImageIsOfNoUseWhenTheWindowMovedDuringRecognition) {
   EXPECT_EQ(result("observe").at("image").at("bounds").at("x"), 140);
 }
 
+TEST_F(TextFallback, ItsTextIsOfNoUseEitherWhenTheWindowMovedDuringRecognition) {
+  desktop.recognizer().takes = 1s;
+  desktop.after(500ms, [&] { window.moveTo({140, 80}); });
+  EXPECT_EQ(failure("observe", {{"image", false}}),
+            "stale_snapshot: The target window changed during capture. Observe again.");
+}
+
 // Text is proven by its window alone, so it must stay the text of that window.
 TEST_F(TextFallback, IsTextOfItsOwnWindowAfterAnObservationOfAnotherFailed) {
   const Json text = snapshot().at("nodes").back();

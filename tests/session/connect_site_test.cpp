@@ -53,6 +53,28 @@ TEST_F(ConnectToSite, ADefaultPortIsAnotherSite) {
             "no_window: No window of com.example.Browser shows https://a.example:443.");
 }
 
+// The observer of the application before would hear nothing of this one.
+TEST_F(ConnectToSite, AFailureLeavesNoObserverOfTheApplicationBefore) {
+  sim::App& notes = desktop.app("com.example.Notes");
+  notes.window({300, 200, 800, 600}, "Notes");
+  (void)result("connect", {{"bundleId", "com.example.Notes"}});
+  sim::Window& page = windowShowing("https://b.example/");
+  sim::Node& send = page.button("Send").at({200, 200, 80, 24});
+  send.action("AXPress").announces("AXValueChanged", 100ms);
+  EXPECT_EQ(error("connect", args("https://a.example", false))["code"], "no_window");
+
+  page.shows("https://a.example/");
+  desktop.run(5s);
+  browser.announce("AXTitleChanged");
+  const Json settled = result("settle");
+  EXPECT_EQ(settled["listening"], true);
+
+  const Json observation = result("observe", {{"image", false}});
+  const Json clicked = result("click", {{"nodeId", nodeNamed(observation, "Send").at("id")}});
+  EXPECT_EQ(clicked.at("method"), "accessibility");
+  EXPECT_EQ(send.activations(), 1);
+}
+
 TEST_F(ConnectToSite, ATextThatNamesNoSiteBindsNone) {
   windowShowing("https://b.example/");
   for (const Json& site :

@@ -139,6 +139,17 @@ TEST_F(ReopenedWindow, IsNotAskedForWithoutLaunch) {
   EXPECT_EQ(opened(), Lines{});
 }
 
+// The window of another application says nothing of this one's.
+TEST_F(ReopenedWindow, WithoutLaunchIsNotReplacedByTheWindowOfTheApplicationBefore) {
+  sim::App& other = desktop.app("com.example.Other");
+  sim::Window& before = other.window({300, 200, 500, 400}, "Other");
+  (void)result("connect", {{"bundleId", "com.example.Other"}});
+  notes.window({100, 80, 800, 600}, "Notes").toFront();
+  before.minimize();
+  (void)result("connect", {{"bundleId", "com.example.Notes"}, {"launch", false}});
+  EXPECT_EQ(result("geometry").at("visibility"), "visible");
+}
+
 TEST_F(ReopenedWindow, IsNotAskedForWhenOneIsThere) {
   notes.window({100, 80, 800, 600}, "Notes");
   (void)connectTakes();
