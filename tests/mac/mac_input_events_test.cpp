@@ -189,6 +189,38 @@ TEST_F(InputEventsTest, PostsAnEventAfterItsSourceIsGone) {
   EXPECT_EQ(quartz.posted.size(), 1u);
 }
 
+TEST_F(InputEventsTest, PostsKeysOnlyToTheApplicationInFront) {
+  const InputEvent keys[] = {KeyEvent{36, true, 0}, TextEvent{"a", true}};
+  for (const InputEvent& key : keys) {
+    const auto created = input.create(source.get(), key);
+    EXPECT_TRUE(input.postTo(700, *created));
+    EXPECT_EQ(quartz.posted.size(), 1u);
+    front = 701;
+    EXPECT_FALSE(input.postTo(700, *created));
+    front.reset();
+    EXPECT_FALSE(input.postTo(700, *created));
+    EXPECT_EQ(quartz.posted.size(), 1u);
+    front = 700;
+    quartz.posted.clear();
+  }
+}
+
+TEST_F(InputEventsTest, AsksForTheApplicationInFrontAnewBeforeEachKey) {
+  int asked = 0;
+  MacInputEvents counting([&] { return ++asked < 3 ? std::optional<Pid>(700) : std::nullopt; });
+  const auto created = counting.create(source.get(), KeyEvent{36, true, 0});
+  EXPECT_TRUE(counting.postTo(700, *created));
+  EXPECT_TRUE(counting.postTo(700, *created));
+  EXPECT_FALSE(counting.postTo(700, *created));
+}
+
+TEST_F(InputEventsTest, PostsMouseAndWheelWhoeverIsInFront) {
+  front.reset();
+  EXPECT_TRUE(input.postTo(700, *input.create(source.get(), MouseEvent{})));
+  EXPECT_TRUE(input.postTo(700, *input.create(source.get(), ScrollEvent{5})));
+  EXPECT_EQ(quartz.posted.size(), 2u);
+}
+
 TEST_F(InputEventsTest, ReadsWhereThePointerIs) {
   quartz.pointer = {640.5, -12};
   EXPECT_EQ(input.pointerLocation(), (Point{640.5, -12}));
