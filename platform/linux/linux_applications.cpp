@@ -114,7 +114,8 @@ RunningApplication Applications::describe(Pid pid, std::uint64_t instance,
   application.policy = policyOf(pid, windows);
   const auto status = processStatus(pid);
   const ProcessEvidence evidence = evidenceOf(pid, status ? status->parent : 0, windows);
-  if (const DesktopEntry* entry = matchingEntry(entries_.entries(), evidence)) {
+  const Entries entries = entries_.entries();
+  if (const DesktopEntry* entry = matchingEntry(*entries, evidence)) {
     application.bundleId = entry->id;
     application.bundlePath = entry->path;
     application.localizedName = entry->name;
@@ -138,10 +139,11 @@ std::vector<RunningApplication> Applications::running() {
     }
   }
   std::set<Process> withoutWindows;
+  const Entries entries = entries_.entries();
   for (const Pid pid : ownProcesses()) {
     const auto status = processStatus(pid);
     if (status && !status->zombie && !withWindows.contains({status->startTicks, pid}) &&
-        wasLaunchedHere(entries_.entries(), pid, status->parent)) {
+        wasLaunchedHere(*entries, pid, status->parent)) {
       withoutWindows.emplace(status->startTicks, pid);
     }
   }
@@ -160,18 +162,19 @@ std::optional<RunningApplication> Applications::running(Pid pid) {
     return std::nullopt;
   }
   const XWindows now = windows();
-  if (!ownsManagedWindow(pid, now) && !wasLaunchedHere(entries_.entries(), pid, status->parent)) {
+  if (!ownsManagedWindow(pid, now) && !wasLaunchedHere(*entries_.entries(), pid, status->parent)) {
     return std::nullopt;
   }
   return describe(pid, status->startTicks, now);
 }
 
-const DesktopEntry* Applications::entryOf(Pid pid) {
+FoundEntry Applications::entryOf(Pid pid) {
   const auto status = processStatus(pid);
   if (!status) {
     return nullptr;
   }
-  return matchingEntry(entries_.entries(), evidenceOf(pid, status->parent, windows()));
+  const Entries entries = entries_.entries();
+  return {entries, matchingEntry(*entries, evidenceOf(pid, status->parent, windows()))};
 }
 
 std::string Applications::nameOf(Pid pid, const XWindows& windows) {

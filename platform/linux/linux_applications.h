@@ -33,9 +33,9 @@ class Applications {
   /// One of those; none when the process is no application.
   [[nodiscard]] std::optional<RunningApplication> running(Pid pid);
 
-  /// The desktop entry that a process belongs to; none when there is none. The process need not be
+  /// The desktop entry that a process belongs to; null when there is none. The process need not be
   /// an application: a program run from a shell has the entry of its program too.
-  [[nodiscard]] const DesktopEntry* entryOf(Pid pid);
+  [[nodiscard]] FoundEntry entryOf(Pid pid);
 
   /// The name a user knows the process by: its application's, else its program's. Empty when the
   /// process is gone. Remembered for the life of the process.

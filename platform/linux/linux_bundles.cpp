@@ -15,13 +15,13 @@ std::vector<std::string> LinuxBundles::bundlesIn(const std::string& folder) {
   return listEntries(folder).files;
 }
 
-const DesktopEntry* LinuxBundles::launchableAt(const std::string& path) {
-  const DesktopEntry* entry = applications_.entries().byPath(path);
+FoundEntry LinuxBundles::launchableAt(const std::string& path) {
+  FoundEntry entry = applications_.entries().byPath(path);
   return entry != nullptr && entry->launchable ? entry : nullptr;
 }
 
 std::optional<Bundle> LinuxBundles::bundleAt(const std::string& path) {
-  const DesktopEntry* entry = launchableAt(path);
+  const FoundEntry entry = launchableAt(path);
   return entry != nullptr ? std::optional(Bundle{entry->id}) : std::nullopt;
 }
 
@@ -31,7 +31,7 @@ std::optional<std::string> LinuxBundles::infoText(const std::string& /*path*/,
 }
 
 std::string LinuxBundles::displayName(const std::string& path) {
-  const DesktopEntry* entry = applications_.entries().byPath(path);
+  const FoundEntry entry = applications_.entries().byPath(path);
   if (entry != nullptr && !entry->name.empty()) {
     return entry->name;
   }
@@ -39,7 +39,7 @@ std::string LinuxBundles::displayName(const std::string& path) {
 }
 
 std::optional<std::string> LinuxBundles::recordedBundleOf(Pid pid) {
-  const DesktopEntry* entry = applications_.entryOf(pid);
+  const FoundEntry entry = applications_.entryOf(pid);
   return entry != nullptr ? std::optional(entry->path) : std::nullopt;
 }
 
@@ -50,8 +50,12 @@ std::string LinuxBundles::resolved(const std::string& path) {
 }
 
 std::optional<std::string> LinuxBundles::pathForIdentifier(std::string_view bundleId) {
-  const DesktopEntry* entry = applications_.entries().byId(bundleId);
-  return entry != nullptr && entry->launchable ? std::optional(entry->path) : std::nullopt;
+  found_ = applications_.entries().byId(bundleId);
+  if (found_ == nullptr || !found_->launchable) {
+    found_ = nullptr;
+    return std::nullopt;
+  }
+  return found_->path;
 }
 
 bool LinuxBundles::showExisting(const std::string& bundleId, bool activates,
@@ -78,7 +82,9 @@ bool LinuxBundles::showExisting(const std::string& bundleId, bool activates,
 }
 
 void LinuxBundles::open(const std::string& path, bool activates, OpenCompletion completion) {
-  const DesktopEntry* entry = launchableAt(path);
+  const FoundEntry justFound = std::exchange(found_, nullptr);
+  const FoundEntry entry =
+      justFound != nullptr && justFound->path == path ? justFound : launchableAt(path);
   if (entry == nullptr) {
     completion({std::nullopt, "There is no application to open at " + path + "."});
     return;
@@ -89,7 +95,7 @@ void LinuxBundles::open(const std::string& path, bool activates, OpenCompletion 
 }
 
 void LinuxBundles::openSite(const std::string& bundleId, const std::string& site) {
-  const DesktopEntry* entry = applications_.entries().byId(bundleId);
+  const FoundEntry entry = applications_.entries().byId(bundleId);
   if (entry != nullptr && entry->launchable) {
     launch(*entry, {"--new-window", site}, nullptr);
   }

@@ -26,16 +26,20 @@ class LinuxBundles final : public Bundles {
 
   /// An application that has a window already only gets it back from its icon, or to the front when
   /// it `activates`: starting the program again would open a second window in most of them.
+  ///
+  /// A path that was just found for an identifier opens the entry that was found, even if its file
+  /// has been replaced since.
   void open(const std::string& path, bool activates, OpenCompletion completion) override;
 
   void openSite(const std::string& bundleId, const std::string& site) override;
 
  private:
-  [[nodiscard]] const DesktopEntry* launchableAt(const std::string& path);
+  [[nodiscard]] FoundEntry launchableAt(const std::string& path);
   [[nodiscard]] bool showExisting(const std::string& bundleId, bool activates,
                                   const OpenCompletion& completion);
 
   Applications& applications_;
+  FoundEntry found_;  ///< By `pathForIdentifier`, the last time.
 };
 
 }  // namespace tarqo::lnx

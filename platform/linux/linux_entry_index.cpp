@@ -210,19 +210,17 @@ bool EntryIndex::upToDate() {
 }
 
 void EntryIndex::read() {
-  folders_.clear();
-  byPath_.clear();
-  entries_.clear();
-  lookedAt_ = std::chrono::steady_clock::now();
+  const auto now = std::chrono::steady_clock::now();
   const auto locales = userLocales();
   const auto desktops = splitList(variable("XDG_CURRENT_DESKTOP", ""), ':');
+  std::vector<Folder> folders;
   std::map<std::string, DesktopEntry> byId;
   for (const std::string& folder : entryFolders()) {
-    folders_.push_back({folder, changeTime(folder)});
+    folders.push_back({folder, changeTime(folder)});
     const EntryListing listing = listEntries(folder);
     for (const std::string& subfolder : listing.subfolders) {
       const std::string path = joined(folder, subfolder);
-      folders_.push_back({path, changeTime(path)});
+      folders.push_back({path, changeTime(path)});
     }
     // Backwards, so that of two files with the same id the one less deep is in force.
     for (auto file = listing.files.rbegin(); file != listing.files.rend(); ++file) {
@@ -236,38 +234,43 @@ void EntryIndex::read() {
       }
     }
   }
+  std::vector<DesktopEntry> entries;
   for (auto& [id, entry] : byId) {
     if (!entry.hidden) {
       completeForThisMachine(entry, desktops);
-      entries_.push_back(std::move(entry));
+      entries.push_back(std::move(entry));
     }
   }
-  for (const DesktopEntry& entry : entries_) {
-    byPath_.emplace(entry.path, &entry);
+  const auto all = std::make_shared<const std::vector<DesktopEntry>>(std::move(entries));
+  std::unordered_map<std::string_view, const DesktopEntry*> byPath;
+  for (const DesktopEntry& entry : *all) {
+    byPath.emplace(entry.path, &entry);
   }
+  entries_ = all;
+  byPath_ = std::move(byPath);
+  folders_ = std::move(folders);
+  lookedAt_ = now;
 }
 
-const std::vector<DesktopEntry>& EntryIndex::entries() {
+Entries EntryIndex::entries() {
   if (!upToDate()) {
     read();
   }
   return entries_;
 }
 
-const DesktopEntry* EntryIndex::byId(std::string_view id) {
-  const auto& all = entries();
+FoundEntry EntryIndex::byId(std::string_view id) {
+  const Entries all = entries();
   const auto found = std::lower_bound(
-      all.begin(), all.end(), id,
+      all->begin(), all->end(), id,
       [](const DesktopEntry& entry, std::string_view wanted) { return entry.id < wanted; });
-  return found != all.end() && found->id == id ? &*found : nullptr;
+  return found != all->end() && found->id == id ? FoundEntry(all, &*found) : nullptr;
 }
 
-const DesktopEntry* EntryIndex::byPath(const std::string& path) {
-  if (!upToDate()) {
-    read();
-  }
+FoundEntry EntryIndex::byPath(const std::string& path) {
+  const Entries all = entries();
   const auto found = byPath_.find(path);
-  return found != byPath_.end() ? found->second : nullptr;
+  return found != byPath_.end() ? FoundEntry(all, found->second) : nullptr;
 }
 
 }  // namespace tarqo::lnx

@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 
 #include <chrono>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -36,22 +37,29 @@ struct EntryListing {
 /// none. By PATH.
 [[nodiscard]] std::string resolvedProgram(const std::string& program);
 
+/// Entries as they were read at one time, in the order of their ids. Whoever holds them keeps them,
+/// whatever is installed or removed meanwhile.
+using Entries = std::shared_ptr<const std::vector<DesktopEntry>>;
+
+/// One of those; null for none.
+using FoundEntry = std::shared_ptr<const DesktopEntry>;
+
 class EntryIndex {
  public:
   EntryIndex() = default;
   EntryIndex(const EntryIndex&) = delete;
   EntryIndex& operator=(const EntryIndex&) = delete;
 
-  /// The entries in force, one for each id, in the order of their ids. An entry that its user has
-  /// deleted is none. Read again when a folder has changed, for which the folders are looked
-  /// at 20 ms after the last time at the earliest; references are valid until then.
-  [[nodiscard]] const std::vector<DesktopEntry>& entries();
+  /// The entries in force, one for each id. An entry that its user has deleted is none. Read again
+  /// when a folder has changed, for which the folders are looked at 20 ms after the last time at
+  /// the earliest.
+  [[nodiscard]] Entries entries();
 
   /// The entry in force for an id; null when there is none.
-  [[nodiscard]] const DesktopEntry* byId(std::string_view id);
+  [[nodiscard]] FoundEntry byId(std::string_view id);
 
   /// The entry in a file; null when there is none there or another one overrules it.
-  [[nodiscard]] const DesktopEntry* byPath(const std::string& path);
+  [[nodiscard]] FoundEntry byPath(const std::string& path);
 
  private:
   struct Folder {
@@ -64,8 +72,8 @@ class EntryIndex {
 
   std::vector<Folder> folders_;
   std::chrono::steady_clock::time_point lookedAt_;
-  std::vector<DesktopEntry> entries_;
-  std::unordered_map<std::string_view, const DesktopEntry*> byPath_;  ///< Keys in `entries_`.
+  Entries entries_;
+  std::unordered_map<std::string_view, const DesktopEntry*> byPath_;  ///< Both in `entries_`.
 };
 
 }  // namespace tarqo::lnx

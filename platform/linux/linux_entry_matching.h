@@ -29,12 +29,13 @@ struct ProcessEvidence {
 /// "app-gnome-org.example.Notes-1234.scope" gives "org.example.Notes", "gnome".
 [[nodiscard]] std::vector<std::string> entryIdsOfControlGroup(std::string_view controlGroup);
 
-/// Whether a desktop environment or the system has recorded which entry started the process: what
-/// tells an application even before it shows a window.
+/// The one of `entries` that started the process, by the record of a desktop environment or the
+/// system: what tells an application even before it shows a window. Null when none is recorded.
 [[nodiscard]] const DesktopEntry* recordedEntry(const std::vector<DesktopEntry>& entries,
                                                 const ProcessEvidence& evidence);
 
-/// The entry of a process by any evidence, the strongest first; null when none fits.
+/// The one of `entries` that a process belongs to, by any evidence, the strongest first; null when
+/// none fits.
 [[nodiscard]] const DesktopEntry* matchingEntry(const std::vector<DesktopEntry>& entries,
                                                 const ProcessEvidence& evidence);
 

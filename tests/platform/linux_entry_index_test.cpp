@@ -91,6 +91,22 @@ TEST_F(EntryFolders, AreReadAgainWhenTheyChange) {
   EXPECT_NE(index.byId("notes"), nullptr);
 }
 
+TEST_F(EntryFolders, ThatChangeLeaveWhatWasFoundAsItWas) {
+  write("local", "editor", "Name=Editor\nExec=sh\n");
+  const std::string path = write("local", "notes", "Name=Notes\nExec=sh\n");
+  write("local", "terminal", "Name=Terminal\nExec=sh\n");
+  const auto byId = index.byId("notes");
+  const auto byPath = index.byPath(path);
+  fs::remove(applications("local") / "editor.desktop");
+  writeLater("local", "notes", "Name=Renamed\nExec=sh\n");
+  ASSERT_EQ(index.byId("editor"), nullptr) << "not read again";
+
+  EXPECT_EQ(byId->id, "notes");
+  EXPECT_EQ(byId->name, "Notes");
+  EXPECT_EQ(byPath->id, "notes");
+  EXPECT_EQ(index.byId("notes")->name, "Renamed");
+}
+
 TEST_F(EntryFolders, AreReadWithTheFoldersBelowThem) {
   const std::string path = write("home", "wine/Programs/notes", "Name=Notes\nExec=sh\n");
   ASSERT_NE(index.byId("wine-Programs-notes"), nullptr);
@@ -148,8 +164,9 @@ TEST_F(EntryFolders, HoldEntriesThatAUserCanLaunch) {
   write("local", "elsewhere", "Name=x\nExec=sh\nOnlyShowIn=KDE;\n");
   write("local", "in-terminal", "Name=x\nExec=sh\nTerminal=true\n");
 
-  ASSERT_EQ(index.entries().size(), 7U);
-  for (const DesktopEntry& entry : index.entries()) {
+  const Entries entries = index.entries();
+  ASSERT_EQ(entries->size(), 7U);
+  for (const DesktopEntry& entry : *entries) {
     EXPECT_EQ(entry.launchable, entry.id == "good") << entry.id;
   }
   EXPECT_EQ(index.byId("good")->program, resolvedProgram("/bin/sh"));
