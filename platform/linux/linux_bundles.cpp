@@ -60,12 +60,14 @@ std::optional<std::string> LinuxBundles::pathForIdentifier(std::string_view bund
 
 bool LinuxBundles::showExisting(const std::string& bundleId, bool activates,
                                 const OpenCompletion& completion) {
+  const std::vector<RunningApplication> running = applications_.running();
+  // Only now, since a server that is lost meanwhile is given up by the next who asks for it.
   XServer* server = applications_.display().server();
   if (server == nullptr) {
     return false;
   }
   const XWindows windows = readWindows(*server);
-  for (const RunningApplication& application : applications_.running()) {
+  for (const RunningApplication& application : running) {
     const XWindow* window = application.bundleId == bundleId
                                 ? principalWindow(windows, application.id.pid, true)
                                 : nullptr;
