@@ -37,15 +37,27 @@ const std::string& firstOf(const std::string& preferred, const std::string& othe
   return preferred.empty() ? other : preferred;
 }
 
+bool isSecure(std::string_view role, std::string_view subrole) {
+  return role == kSecureRole || subrole == kSecureRole;
+}
+
+// The same of an element whose role was not among what could be read together.
+bool isSecureWhenAskedAgain(Accessibility& accessibility, const Element& element) {
+  const std::string role = text(attribute(accessibility, element, "AXRole"));
+  return !role.empty() && isSecure(role, text(attribute(accessibility, element, "AXSubrole")));
+}
+
 }  // namespace
 
 Description describe(Accessibility& accessibility, const Element& element) {
   Description d;
   d.attrs = attributes(accessibility, element);
   d.role = text(find(d.attrs, "AXRole"));
-  d.secure = d.role == kSecureRole || text(find(d.attrs, "AXSubrole")) == kSecureRole;
+  d.secure = isSecure(d.role, text(find(d.attrs, "AXSubrole")));
   d.detail = text(find(d.attrs, "AXDescription"));
-  if (!d.secure) {
+  if (d.role.empty()) {
+    d.secure = d.secure || isSecureWhenAskedAgain(accessibility, element);
+  } else if (!d.secure) {
     d.value = text(attribute(accessibility, element, "AXValue"));
   }
   const std::string fallback = contains(kValueBearingRoles, d.role) ? firstOf(d.detail, d.value)

@@ -23,7 +23,9 @@ struct Description {
 };
 
 /// Reads and describes an element; two round trips, one for a secure field, whose value is never
-/// asked for. A dead element gives an empty description.
+/// asked for. Nor is that of an element that does not tell its role, which may be one; it is asked
+/// for the role by itself instead, three round trips at most. A dead element gives an empty
+/// description.
 [[nodiscard]] Description describe(Accessibility& accessibility, const Element& element);
 
 /// The short role of responses: "AXStaticText" is "text", "AXButton" is "button".

@@ -50,7 +50,7 @@ TEST_F(Describe, NamesWhatBearsAValueByItsDescriptionFirst) {
 }
 
 TEST_F(Describe, NamesEverythingElseByItsValueFirst) {
-  for (const char* role : {"AXStaticText", "AXButton", "AXCheckBox", "AXSecureTextArea", ""}) {
+  for (const char* role : {"AXStaticText", "AXButton", "AXCheckBox", "AXSecureTextArea"}) {
     sim::Node& node = bare(role).value("hello").with("AXDescription", textValue("Label"));
     EXPECT_EQ(describeNode(node).name, "hello") << role;
     EXPECT_EQ(describeNode(node.without("AXValue")).name, "Label") << role;
@@ -93,6 +93,37 @@ TEST_F(Describe, NeverAsksForTheValueOfASecureField) {
   const sim::Node& open = window.textField("open");
   before = app.calls();
   (void)describeNode(open);
+  EXPECT_EQ(app.calls() - before, 2);
+}
+
+TEST_F(Describe, NeverAsksForTheValueOfWhatMayBeASecureField) {
+  for (sim::Node* node :
+       {&bare("AXButton").value("shown").failingBatch(),
+        &bare("AXButton").value("shown").failing("AXRole"), &bare("").value("shown")}) {
+    const Description d = describeNode(*node);
+    EXPECT_EQ(d.role, "");
+    EXPECT_EQ(d.value, "");
+    EXPECT_EQ(d.name, "");
+    EXPECT_FALSE(d.secure);
+  }
+}
+
+TEST_F(Describe, KnowsASecureFieldThatTellsNothingAtOnce) {
+  const Value subrole = textValue("AXSecureTextField");
+  for (sim::Node* node : {&bare("AXSecureTextField").failingBatch(),
+                          &bare("AXTextField").with("AXSubrole", subrole).failingBatch(),
+                          &bare("AXTextField").with("AXSubrole", subrole).failing("AXRole")}) {
+    const Description d = describeNode(node->value("secret"));
+    EXPECT_TRUE(d.secure);
+    EXPECT_EQ(d.value, "");
+    EXPECT_EQ(d.name, "");
+  }
+}
+
+TEST_F(Describe, CostsNoMoreWhereNothingIsToldThanElsewhere) {
+  const sim::Node& node = bare("AXButton").failingBatch().failing("AXRole");
+  const int before = app.calls();
+  (void)describeNode(node);
   EXPECT_EQ(app.calls() - before, 2);
 }
 
