@@ -93,6 +93,8 @@ class LinuxAccessibility final : public Accessibility {
   [[nodiscard]] bool typesText(const Parts& object, const AtspiFacts& facts);
   [[nodiscard]] bool typeOver(const Parts& object, const std::string& text);
   [[nodiscard]] bool takesKeys(const Parts& object);
+  [[nodiscard]] bool postPair(EventSource* source, Pid receiver, const InputEvent& down,
+                              const InputEvent& up);
   [[nodiscard]] bool awaitFocus(const Parts& object);
   [[nodiscard]] std::optional<Content> contentOf(const Parts& object);
   [[nodiscard]] bool selectAll(const Parts& object, std::int32_t characters);

@@ -57,12 +57,8 @@ bool LinuxAccessibility::typeOver(const Parts& object, const std::string& text) 
   const std::unique_ptr<EventSource> source = keyboard_->makeSource(text);
   bool typed = true;
   const auto press = [&](const InputEvent& down, const InputEvent& up) {
-    const std::unique_ptr<CreatedEvent> first = keyboard_->create(source.get(), down);
-    const std::unique_ptr<CreatedEvent> second = keyboard_->create(source.get(), up);
-    typed = typed && first && second && takesKeys(field);
+    typed = typed && takesKeys(field) && postPair(source.get(), object.pid, down, up);
     if (typed) {
-      keyboard_->post(*first);
-      keyboard_->post(*second);
       std::this_thread::sleep_for(kBetweenKeys);
     }
   };
@@ -74,6 +70,18 @@ bool LinuxAccessibility::typeOver(const Parts& object, const std::string& text) 
     press(TextEvent{character, true}, TextEvent{character, false});
   });
   return typed && awaitContent(field, text, *before);
+}
+
+/// Both events exist before the first goes out, so that nothing is ever left held down.
+bool LinuxAccessibility::postPair(EventSource* source, Pid receiver, const InputEvent& down,
+                                  const InputEvent& up) {
+  const std::unique_ptr<CreatedEvent> first = keyboard_->create(source, down);
+  const std::unique_ptr<CreatedEvent> second = keyboard_->create(source, up);
+  if (!first || !second || !keyboard_->postTo(receiver, *first)) {
+    return false;
+  }
+  keyboard_->post(*second);
+  return true;
 }
 
 /// Whether an object of GTK 4, which refuses to give anything the focus, gets it by a click that
@@ -96,14 +104,9 @@ bool LinuxAccessibility::clickForFocus(const Parts& object) {
     return false;
   }
   const Point centre = place->center();
-  const auto down = keyboard_->create(nullptr, MouseEvent{MouseEventType::leftDown, centre, 1});
-  const auto up = keyboard_->create(nullptr, MouseEvent{MouseEventType::leftUp, centre, 1});
-  if (!down || !up) {
-    return false;
-  }
-  keyboard_->post(*down);
-  keyboard_->post(*up);
-  return awaitFocus(object);
+  return postPair(nullptr, object.pid, MouseEvent{MouseEventType::leftDown, centre, 1},
+                  MouseEvent{MouseEventType::leftUp, centre, 1}) &&
+         awaitFocus(object);
 }
 
 /// As the server says it now: what the reader knows of the windows is of when the call began.
@@ -166,14 +169,8 @@ bool LinuxAccessibility::selectAll(const Parts& object, std::int32_t characters)
     }
     std::this_thread::sleep_for(kPoll);
   }
-  const auto down = keyboard_->create(nullptr, KeyEvent{kAKey, true, kModifierControl});
-  const auto up = keyboard_->create(nullptr, KeyEvent{kAKey, false, kModifierControl});
-  if (!down || !up || !takesKeys(object)) {
-    return false;
-  }
-  keyboard_->post(*down);
-  keyboard_->post(*up);
-  return true;
+  return takesKeys(object) && postPair(nullptr, object.pid, KeyEvent{kAKey, true, kModifierControl},
+                                       KeyEvent{kAKey, false, kModifierControl});
 }
 
 /// Whether the first so many characters are selected.

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <thread>
+#include <utility>
 
 #include "platform/linux/linux_x_modifiers.h"
 #include "platform/linux/linux_x_properties.h"
@@ -90,6 +91,35 @@ std::size_t BorrowedKeys::capacity() {
     findKeys(*server);
   }
   return keys_ ? keys_->size() : 0;
+}
+
+Keymap BorrowedKeys::ownKeys(Keymap keymap) const {
+  if (keys_) {
+    for (const auto& [key, state] : *keys_) {
+      keymap.set(key, KeySymbols{});
+    }
+  }
+  return keymap;
+}
+
+bool BorrowedKeys::holdIn(const Keymap& keymap) const {
+  return !keys_ || std::all_of(keys_->begin(), keys_->end(), [&](const auto& each) {
+    return !each.second.lent || keymap.of(each.first) == *each.second.lent;
+  });
+}
+
+void BorrowedKeys::renew() {
+  const auto before = std::exchange(keys_, std::nullopt);
+  if (!before || capacity() == 0) {
+    return;
+  }
+  for (auto& [key, state] : *keys_) {
+    // Taken over from our own note, which does not hold all that is known of it.
+    if (const auto known = before->find(key);
+        known != before->end() && known->second.lent == state.lent) {
+      state = known->second;
+    }
+  }
 }
 
 std::optional<xcb_keycode_t> BorrowedKeys::find(const KeySymbols& meaning) const {

@@ -34,6 +34,16 @@ class BorrowedKeys {
   /// How many keys can be borrowed at once: 19 on the usual layouts of a PC keyboard.
   [[nodiscard]] std::size_t capacity();
 
+  /// The keyboard's own keys: the mapping without what is lent.
+  [[nodiscard]] Keymap ownKeys(Keymap keymap) const;
+
+  /// Whether each key that is lent a meaning has it in this mapping: somebody may have set another.
+  [[nodiscard]] bool holdIn(const Keymap& keymap) const;
+
+  /// Looks anew which keys can be borrowed, after somebody has set another mapping. What still
+  /// types what it was lent stays lent.
+  void renew();
+
   /// Lends the first of `wanted`, distinct, and with them as many of the others as there are keys;
   /// changes nothing when the first `urgent` have their keys already. False when the server did
   /// not take it, or has no keys. Waits up to `kMeaningHeld` for the keys that get another meaning,

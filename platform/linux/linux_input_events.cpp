@@ -6,22 +6,28 @@
 #include <chrono>
 #include <cmath>
 #include <cstdlib>
+#include <functional>
 #include <thread>
 
+#include "platform/linux/linux_event_receivers.h"
+#include "platform/linux/linux_fake_keyboard.h"
 #include "platform/linux/linux_held_buttons.h"
 #include "platform/linux/linux_key_row.h"
+#include "platform/linux/linux_server_grab.h"
 
 namespace tarqo::lnx {
 
 /// Whatever events that belong together change on the server. Ends with what it is destroyed with.
 struct InputGroup {
-  InputGroup(XDisplay& display, const std::string& text) : keys(display, text), buttons(display) {}
+  InputGroup(XDisplay& display, const std::string& text)
+      : keyboard(display), keys(display, keyboard, text), buttons(display, keyboard) {}
 
   void end() {
     buttons.releaseAll();
     keys.end();
   }
 
+  FakeKeyboard keyboard;
   KeyRow keys;
   HeldButtons buttons;
 };
@@ -37,6 +43,12 @@ constexpr std::uint8_t kWheelDown = 5;
 /// most of the clicks that come meanwhile: 10 clicks at once often moved a page by one. From 20 ms
 /// on none was lost; this is more, for a busy machine.
 constexpr std::chrono::milliseconds kAfterFirstClick{50};
+
+constexpr std::chrono::milliseconds kGrabPasses{150};
+constexpr std::chrono::milliseconds kGrabPoll{5};
+
+/// How often an event is prepared for a keyboard that has changed again until it could be posted.
+constexpr int kMaxRenewals = 5;
 
 class RowSource final : public EventSource {
  public:
@@ -71,15 +83,15 @@ std::int16_t pixel(double coordinate) {
   return static_cast<std::int16_t>(std::clamp(std::floor(coordinate), -32768.0, 32767.0));
 }
 
-void fakeInput(XServer& server, std::uint8_t type, std::uint8_t detail, Point at) {
-  xcb_test_fake_input(server.raw(), type, detail, XCB_CURRENT_TIME, server.root(), pixel(at.x),
-                      pixel(at.y), 0);
+void fakeMotion(XServer& server, Point at) {
+  constexpr std::uint8_t kAbsolute = 0;
+  xcb_test_fake_input(server.raw(), XCB_MOTION_NOTIFY, kAbsolute, XCB_CURRENT_TIME, server.root(),
+                      pixel(at.x), pixel(at.y), 0);
 }
 
 void fakeMouse(XServer& server, const MouseEvent& event, HeldButtons& buttons) {
-  constexpr std::uint8_t kAbsolute = 0;
   // A button event has no position of its own: it happens where the pointer is.
-  fakeInput(server, XCB_MOTION_NOTIFY, kAbsolute, event.at);
+  fakeMotion(server, event.at);
   switch (event.type) {
     case MouseEventType::moved:
     case MouseEventType::leftDragged:
@@ -95,18 +107,103 @@ void fakeMouse(XServer& server, const MouseEvent& event, HeldButtons& buttons) {
   }
 }
 
-void fakeWheel(XServer& server, const ScrollEvent& event) {
-  const std::uint8_t button = event.pixels > 0 ? kWheelUp : kWheelDown;
-  const int clicks = wheelClicks(event.pixels);
-  for (int click = 0; click < clicks; ++click) {
-    if (click == 1) {
-      server.sync();
-      std::this_thread::sleep_for(kAfterFirstClick);
+/// Does something within a server grab, in the moment in which it is judged; false when it may not
+/// be done. A grab of the device may be that of a window manager which is about to pass an event
+/// on, or of a menu that is about to close, so it is given `kGrabPasses`.
+bool doJudged(XDisplay& display, const std::function<Reach(XServer&)>& judge,
+              const std::function<void(XServer&)>& deed) {
+  const auto deadline = std::chrono::steady_clock::now() + kGrabPasses;
+  for (;;) {
+    XServer* server = display.server();
+    if (server == nullptr) {
+      return false;
     }
-    fakeInput(server, XCB_BUTTON_PRESS, button, {});
-    fakeInput(server, XCB_BUTTON_RELEASE, button, {});
+    {
+      const ServerGrab grab(*server);
+      const Reach reach = judge(*server);
+      if (reach == Reach::receiver) {
+        deed(*server);
+        return true;
+      }
+      if (reach == Reach::elsewhere || std::chrono::steady_clock::now() >= deadline) {
+        return false;
+      }
+    }
+    std::this_thread::sleep_for(kGrabPoll);
   }
 }
+
+/// Whether an event of that kind goes to `receiver`; anybody will do when there is none.
+Reach reachOf(XServer& server, std::optional<Pid> receiver, const InputEvent& event) {
+  if (!receiver) {
+    return Reach::receiver;
+  }
+  if (const auto* mouse = std::get_if<MouseEvent>(&event)) {
+    return reachOfPointer(server, *receiver, mouse->at);
+  }
+  if (std::holds_alternative<ScrollEvent>(event)) {
+    return reachOfPointer(server, *receiver, std::nullopt);
+  }
+  return reachOfKeys(server, *receiver);
+}
+
+/// Posts each kind of event in its own way; false when it was judged to go elsewhere.
+class Deliverer {
+ public:
+  Deliverer(XDisplay& display, std::optional<Pid> receiver, const XEvent& event)
+      : display_(display), receiver_(receiver), event_(event) {}
+
+  bool operator()(const MouseEvent& mouse) const {
+    return judged([&](XServer& server) { fakeMouse(server, mouse, event_.row().buttons); });
+  }
+
+  bool operator()(const ScrollEvent& scroll) const {
+    const std::uint8_t button = scroll.pixels > 0 ? kWheelUp : kWheelDown;
+    const int clicks = wheelClicks(scroll.pixels);
+    const auto turn = [&](int count) {
+      return judged([&](XServer& server) { event_.row().buttons.click(server, button, count); });
+    };
+    if (!turn(1)) {
+      return false;
+    }
+    if (clicks > 1) {
+      std::this_thread::sleep_for(kAfterFirstClick);
+    }
+    return clicks == 1 || turn(clicks - 1);
+  }
+
+  bool operator()(const TextEvent& text) const { return type(text); }
+  bool operator()(const KeyEvent& key) const { return type(key); }
+
+ private:
+  bool judged(const std::function<void(XServer&)>& deed) const {
+    return doJudged(
+        display_, [&](XServer& server) { return reachOf(server, receiver_, event_.event()); },
+        deed);
+  }
+
+  template <typename Event>
+  bool type(const Event& event) const {
+    KeyRow& keys = event_.row().keys;
+    for (int attempt = 0; attempt < kMaxRenewals; ++attempt) {
+      bool posted = false;
+      if (!judged([&](XServer& server) { posted = keys.post(server, event); })) {
+        return false;
+      }
+      if (posted) {
+        return true;
+      }
+      if (!keys.renew(event)) {
+        return false;
+      }
+    }
+    return false;
+  }
+
+  XDisplay& display_;
+  std::optional<Pid> receiver_;
+  const XEvent& event_;
+};
 
 }  // namespace
 
@@ -149,26 +246,23 @@ std::shared_ptr<InputGroup> LinuxInputEvents::looseRow() {
 }
 
 void LinuxInputEvents::post(const CreatedEvent& event) {
+  static_cast<void>(deliver(std::nullopt, event));
+}
+
+bool LinuxInputEvents::postTo(Pid receiver, const CreatedEvent& event) {
+  return deliver(receiver, event);
+}
+
+bool LinuxInputEvents::deliver(std::optional<Pid> receiver, const CreatedEvent& event) {
   XServer* server = display_.server();
   const auto* created = dynamic_cast<const XEvent*>(&event);
   if (server == nullptr || !server->extensions().test || created == nullptr) {
-    return;
+    return false;
   }
-  if (const auto* mouse = std::get_if<MouseEvent>(&created->event())) {
-    fakeMouse(*server, *mouse, created->row().buttons);
-  } else if (const auto* scroll = std::get_if<ScrollEvent>(&created->event())) {
-    fakeWheel(*server, *scroll);
-  } else if (const auto* text = std::get_if<TextEvent>(&created->event())) {
-    return created->row().keys.post(*text);
-  } else if (const auto* key = std::get_if<KeyEvent>(&created->event())) {
-    return created->row().keys.post(*key);
-  }
-  server->sync();
-}
-
-bool LinuxInputEvents::postTo(Pid /*receiver*/, const CreatedEvent& event) {
-  post(event);
-  return true;
+  const Deliverer deliverer{display_, receiver, *created};
+  const bool delivered = std::visit(deliverer, created->event());
+  server = display_.server();
+  return delivered && server != nullptr && server->sync();
 }
 
 std::optional<Point> LinuxInputEvents::pointerLocation() {

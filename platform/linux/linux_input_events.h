@@ -34,6 +34,8 @@ class LinuxInputEvents final : public InputEvents {
   std::optional<Point> pointerLocation() override;
 
  private:
+  /// Posts an event, to that receiver or, when there is none, to whoever gets it.
+  bool deliver(std::optional<Pid> receiver, const CreatedEvent& event);
   /// What events without a source share as long as one of them exists.
   std::shared_ptr<InputGroup> looseRow();
 

@@ -1,28 +1,16 @@
 #include "platform/linux/linux_key_row.h"
 
 #include <X11/keysym.h>
-#include <xcb/xtest.h>
 
 #include <algorithm>
+#include <thread>
 
 #include "platform/linux/linux_keysyms.h"
+#include "platform/linux/linux_server_grab.h"
 #include "platform/linux/linux_x_modifiers.h"
 
 namespace tarqo::lnx {
 namespace {
-
-void fakeKey(XServer& server, std::uint8_t type, xcb_keycode_t key) {
-  xcb_test_fake_input(server.raw(), type, key, XCB_CURRENT_TIME, XCB_NONE, 0, 0, 0);
-}
-
-void releaseKey(XServer& server, xcb_keycode_t key) { fakeKey(server, XCB_KEY_RELEASE, key); }
-
-// A key that the user let go of after it had been pressed again on his behalf still counts as down
-// on the keyboard of XTEST, which would take the press for a repetition.
-void pressKey(XServer& server, xcb_keycode_t key) {
-  fakeKey(server, XCB_KEY_RELEASE, key);
-  fakeKey(server, XCB_KEY_PRESS, key);
-}
 
 KeySymbols textMeaning(xcb_keysym_t keysym) { return KeySymbols::typing(keysym, keysym); }
 
@@ -32,8 +20,8 @@ KeySymbols keyMeaning(xcb_keysym_t keysym) {
 
 }  // namespace
 
-KeyRow::KeyRow(XDisplay& display, std::string_view text)
-    : display_(display), text_(keysymsOfText(text)), borrowed_(display) {}
+KeyRow::KeyRow(XDisplay& display, FakeKeyboard& keyboard, std::string_view text)
+    : display_(display), keyboard_(keyboard), text_(keysymsOfText(text)), borrowed_(display) {}
 
 XServer* KeyRow::begin() {
   heedSignals();
@@ -42,15 +30,45 @@ XServer* KeyRow::begin() {
     return nullptr;
   }
   if (!keymap_) {
-    keymap_ = readKeymap(*server);
-    if (!keymap_) {
+    if (!learn(*server)) {
       return nullptr;
     }
     signals_.emplace();
-    layout_ = currentLayout(*server);
-    locks_ = switchLocksOff(*server, *keymap_);
+    locks_ = switchLocksOff(*server, numLock_);
   }
   return server;
+}
+
+bool KeyRow::learn(XServer& server) {
+  const std::optional<KeyboardReading> now = readKeyboard(server);
+  if (!now) {
+    return false;
+  }
+  keymap_ = borrowed_.ownKeys(now->keymap);
+  layout_ = now->layout;
+  numLock_ = numLockModifiers(server);
+  return true;
+}
+
+bool KeyRow::isUnchanged(XServer& server) {
+  const std::optional<KeyboardReading> now = readKeyboard(server);
+  if (!now || now->layout != layout_ || !borrowed_.holdIn(now->keymap) ||
+      borrowed_.ownKeys(now->keymap) != keymap_) {
+    return false;
+  }
+  if ((now->locked & ~numLock_) != 0) {
+    // The user has switched it on since: had it been on before, he wants it off.
+    locks_ ^= switchLocksOff(server, numLock_);
+  }
+  return true;
+}
+
+bool KeyRow::reread() {
+  // Applications get the time that they have after a change of ours.
+  std::this_thread::sleep_for(kMeaningLearned);
+  borrowed_.renew();
+  XServer* server = begin();
+  return server != nullptr && learn(*server);
 }
 
 void KeyRow::heedSignals() {
@@ -85,22 +103,62 @@ std::optional<KeyRow::Stroke> KeyRow::textStroke(xcb_keysym_t keysym) const {
   return lent ? std::optional(Stroke{*lent, false}) : std::nullopt;
 }
 
-bool KeyRow::lendFor(const std::vector<xcb_keysym_t>& keysyms, std::size_t from) {
-  const std::size_t capacity = borrowed_.capacity();
+std::vector<KeyRow::Stroke> KeyRow::strokesOf(const std::string& text) const {
+  std::vector<Stroke> strokes;
+  for (const xcb_keysym_t keysym : keysymsOfText(text)) {
+    const auto stroke = textStroke(keysym);
+    if (!stroke) {
+      return {};
+    }
+    strokes.push_back(*stroke);
+  }
+  return strokes;
+}
+
+std::vector<xcb_keycode_t> KeyRow::chordOf(const KeyEvent& event) const {
+  std::vector<xcb_keycode_t> chord;
+  for (const ModifierKey& modifier : modifierKeys()) {
+    if ((event.modifiers & modifier.mask) != 0) {
+      const auto key = keymap_->find(modifier.keysym, layout_, 0);
+      if (!key) {
+        return {};
+      }
+      chord.push_back(*key);
+    }
+  }
+  const auto keysym = keysymOfKey(event.keyCode);
+  const auto key = keysym ? keyOf(*keysym) : std::nullopt;
+  if (!key) {
+    return {};
+  }
+  chord.push_back(*key);
+  return chord;
+}
+
+bool KeyRow::lendFor(const std::vector<xcb_keysym_t>& keysyms) {
   std::vector<KeySymbols> wanted;
   const auto want = [&](xcb_keysym_t keysym) {
     const KeySymbols meaning = textMeaning(keysym);
-    if (wanted.size() < capacity && !ownStroke(keysym) &&
-        std::find(wanted.begin(), wanted.end(), meaning) == wanted.end()) {
+    if (!ownStroke(keysym) && std::find(wanted.begin(), wanted.end(), meaning) == wanted.end()) {
       wanted.push_back(meaning);
     }
   };
-  const bool needsKeys = std::any_of(keysyms.begin(), keysyms.end(),
-                                     [&](xcb_keysym_t each) { return !ownStroke(each); });
   std::for_each(keysyms.begin(), keysyms.end(), want);
   const std::size_t urgent = wanted.size();
-  std::for_each(text_.begin() + static_cast<std::ptrdiff_t>(from), text_.end(), want);
-  return !needsKeys || (urgent > 0 && borrowed_.lend(wanted, urgent));
+  if (urgent == 0) {
+    return true;
+  }
+  const std::size_t capacity = borrowed_.capacity();
+  for (std::size_t next = typed_; next < text_.size() && wanted.size() < capacity; ++next) {
+    want(text_[next]);
+  }
+  return urgent <= capacity && borrowed_.lend(wanted, urgent);
+}
+
+bool KeyRow::lendFor(const KeyEvent& event) {
+  const auto keysym = keysymOfKey(event.keyCode);
+  return keysym && (keyOf(*keysym) || borrowed_.lend({keyMeaning(*keysym)}, 1)) &&
+         !chordOf(event).empty();
 }
 
 bool KeyRow::prepare(const TextEvent& event) {
@@ -116,114 +174,89 @@ bool KeyRow::prepare(const TextEvent& event) {
       std::equal(keysyms.begin(), keysyms.end(), rest)) {
     typed_ += keysyms.size();
   }
-  return lendFor(keysyms, typed_);
+  return lendFor(keysyms);
 }
 
-bool KeyRow::prepare(const KeyEvent& event) {
-  const auto keysym = keysymOfKey(event.keyCode);
-  if (begin() == nullptr || !keysym) {
+bool KeyRow::prepare(const KeyEvent& event) { return begin() != nullptr && lendFor(event); }
+
+bool KeyRow::renew(const TextEvent& event) {
+  return reread() && lendFor(keysymsOfText(event.text));
+}
+
+bool KeyRow::renew(const KeyEvent& event) { return reread() && lendFor(event); }
+
+void KeyRow::strike(XServer& server, const Stroke& stroke) {
+  const auto shift = stroke.shifted ? keymap_->find(XK_Shift_L, layout_, 0) : std::nullopt;
+  if (shift) {
+    keyboard_.press(server, *shift);
+  }
+  keyboard_.press(server, stroke.key);
+  keyboard_.release(server, stroke.key);
+  if (shift) {
+    keyboard_.release(server, *shift);
+  }
+  borrowed_.touch(stroke.key);
+}
+
+bool KeyRow::post(XServer& server, const TextEvent& event) {
+  if (!event.down) {
+    return true;
+  }
+  const std::vector<Stroke> strokes = keymap_ ? strokesOf(event.text) : std::vector<Stroke>();
+  if (strokes.empty() || !isUnchanged(server)) {
+    return event.text.empty();
+  }
+  keyboard_.setAside(server);
+  for (const Stroke& stroke : strokes) {
+    strike(server, stroke);
+  }
+  keyboard_.putBack();
+  return true;
+}
+
+bool KeyRow::post(XServer& server, const KeyEvent& event) {
+  if (!event.down) {
+    release(server);
+    return true;
+  }
+  const std::vector<xcb_keycode_t> chord = keymap_ ? chordOf(event) : std::vector<xcb_keycode_t>();
+  if (chord.empty() || !isUnchanged(server)) {
     return false;
   }
-  for (const ModifierKey& modifier : modifierKeys()) {
-    if ((event.modifiers & modifier.mask) != 0 && !keymap_->find(modifier.keysym, layout_, 0)) {
-      return false;
-    }
-  }
-  return keyOf(*keysym) || borrowed_.lend({keyMeaning(*keysym)}, 1);
-}
-
-void KeyRow::post(const TextEvent& event) {
-  XServer* server = begin();
-  if (server == nullptr || !event.down) {
-    return;
-  }
-  const std::vector<xcb_keysym_t> keysyms = keysymsOfText(event.text);
-  const std::vector<xcb_keycode_t> held = heldKeys(*server, *keymap_, {});
-  std::for_each(held.begin(), held.end(), [&](auto key) { releaseKey(*server, key); });
-  const auto shift = keymap_->find(XK_Shift_L, layout_, 0);
-  for (auto keysym = keysyms.begin(); keysym != keysyms.end(); ++keysym) {
-    auto stroke = textStroke(*keysym);
-    if (!stroke && lendFor({keysym, keysyms.end()}, typed_)) {  // More characters than keys.
-      stroke = textStroke(*keysym);
-    }
-    if (!stroke) {
-      break;
-    }
-    if (stroke->shifted) {
-      pressKey(*server, *shift);
-    }
-    pressKey(*server, stroke->key);
-    releaseKey(*server, stroke->key);
-    if (stroke->shifted) {
-      releaseKey(*server, *shift);
-    }
-    borrowed_.touch(stroke->key);
-  }
-  std::for_each(held.begin(), held.end(), [&](auto key) { pressKey(*server, key); });
-  server->sync();
-}
-
-void KeyRow::post(const KeyEvent& event) {
-  XServer* server = begin();
-  if (server == nullptr) {
-    return;
-  }
-  if (event.down) {
-    press(*server, event);
-  } else {
-    release(*server);
-  }
-  server->sync();
-}
-
-void KeyRow::press(XServer& server, const KeyEvent& event) {
-  const auto keysym = keysymOfKey(event.keyCode);
-  const auto key = keysym ? keyOf(*keysym) : std::nullopt;
-  if (!key) {
-    return;
-  }
   release(server);
-  chord_ = Chord{{}, heldKeys(server, *keymap_, {*key})};
-  for (const xcb_keycode_t held : chord_->released) {
-    releaseKey(server, held);
+  keyboard_.setAside(server, chord.back());
+  down_ = chord;
+  for (const xcb_keycode_t key : down_) {
+    keyboard_.press(server, key);
   }
-  for (const ModifierKey& modifier : modifierKeys()) {
-    const auto found = keymap_->find(modifier.keysym, layout_, 0);
-    if ((event.modifiers & modifier.mask) != 0 && found) {
-      chord_->keys.push_back(*found);
-    }
-  }
-  chord_->keys.push_back(*key);
-  for (const xcb_keycode_t each : chord_->keys) {
-    pressKey(server, each);
-  }
-  borrowed_.touch(*key);
+  borrowed_.touch(down_.back());
+  return true;
 }
 
 void KeyRow::release(XServer& server) {
-  if (!chord_) {
+  if (down_.empty()) {
     return;
   }
-  std::for_each(chord_->keys.rbegin(), chord_->keys.rend(),
-                [&](xcb_keycode_t key) { releaseKey(server, key); });
-  borrowed_.touch(chord_->keys.back());
-  const xcb_keycode_t pressed = chord_->keys.back();
-  for (const xcb_keycode_t held : chord_->released) {
-    if (held != pressed) {
-      pressKey(server, held);
-    }
-  }
-  chord_.reset();
+  std::for_each(down_.rbegin(), down_.rend(),
+                [&](xcb_keycode_t key) { keyboard_.release(server, key); });
+  borrowed_.touch(down_.back());
+  down_.clear();
+  keyboard_.putBack();
 }
 
 void KeyRow::end() {
   if (XServer* server = keymap_ ? display_.server() : nullptr) {
-    release(*server);
+    {
+      const ServerGrab grab(*server);
+      release(*server);
+    }
     borrowed_.giveBack();
     switchLocksOn(*server, locks_);
     server->sync();
   }
   keymap_.reset();
+  down_.clear();
+  locks_ = 0;
   signals_.reset();  // Ends the process when a signal asked for that.
 }
 

@@ -1,7 +1,6 @@
 #include "platform/linux/linux_workspace.h"
 
-#include <algorithm>
-
+#include "platform/linux/linux_event_receivers.h"
 #include "platform/linux/linux_window_manager.h"
 
 namespace tarqo::lnx {
@@ -21,35 +20,6 @@ bool isHiddenWithTheDesktopShown(const XWindows& windows, Pid pid) {
     }
   }
   return hasWindow;
-}
-
-/// Toolkits give the focus to a window inside their own; deeper than this it is not looked for.
-constexpr int kMaxFocusDepth = 8;
-
-/// The child of the root window that receives keystrokes where no window manager says which window
-/// does.
-xcb_window_t focusedOutermost(XServer& server) {
-  const auto focus = server.take<xcb_get_input_focus_reply_t>(xcb_get_input_focus(server.raw()));
-  if (!focus || focus->focus == XCB_INPUT_FOCUS_NONE) {
-    return XCB_NONE;
-  }
-  if (focus->focus == XCB_INPUT_FOCUS_POINTER_ROOT || focus->focus == server.root()) {
-    const auto pointer =
-        server.take<xcb_query_pointer_reply_t>(xcb_query_pointer(server.raw(), server.root()));
-    return pointer ? pointer->child : static_cast<xcb_window_t>(XCB_NONE);
-  }
-  xcb_window_t window = focus->focus;
-  for (int depth = 0; depth < kMaxFocusDepth; ++depth) {
-    const auto tree = server.take<xcb_query_tree_reply_t>(xcb_query_tree(server.raw(), window));
-    if (!tree) {
-      return XCB_NONE;
-    }
-    if (tree->parent == server.root()) {
-      return window;
-    }
-    window = tree->parent;
-  }
-  return XCB_NONE;
 }
 
 }  // namespace
@@ -99,19 +69,7 @@ void LinuxWorkspace::activate(const ApplicationId& application) {
 
 std::optional<Pid> LinuxWorkspace::frontmostApplication() {
   XServer* server = applications_.display().server();
-  if (server == nullptr) {
-    return std::nullopt;
-  }
-  const XWindows windows = readWindows(*server);
-  const xcb_window_t front = windows.hasManager ? windows.active : focusedOutermost(*server);
-  const auto isFront = [&](const XWindow& window) {
-    return front == (windows.hasManager ? window.client : window.outermost);
-  };
-  const auto found = std::find_if(windows.frontToBack.begin(), windows.frontToBack.end(), isFront);
-  if (front == XCB_NONE || found == windows.frontToBack.end() || found->pid < 1) {
-    return std::nullopt;
-  }
-  return found->pid;
+  return server != nullptr ? focusedProcess(*server) : std::nullopt;
 }
 
 }  // namespace tarqo::lnx

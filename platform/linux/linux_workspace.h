@@ -22,7 +22,7 @@ class LinuxWorkspace final : public Workspace {
   void unhide(const ApplicationId& application) override;
   void activate(const ApplicationId& application) override;
 
-  /// By the window manager's active window; without a manager, by the server's keyboard focus.
+  /// By the server's keyboard focus: the window that a manager calls active changes later.
   std::optional<Pid> frontmostApplication() override;
 
  private:

@@ -15,6 +15,7 @@
 #include <thread>
 #include <utility>
 
+#include "platform/linux/linux_x_raw_keys.h"
 #include "platform/linux/linux_xkb.h"
 
 namespace tarqo::lnx {
@@ -151,6 +152,7 @@ void XServer::readExtensions() {
         xcb_xkb_use_extension(c, XCB_XKB_MAJOR_VERSION, XCB_XKB_MINOR_VERSION));
     extensions_.keyboard = use && use->supported != 0;
   }
+  extensions_.rawKeys = canTellRawKeys(*this);
 }
 
 void XServer::readAtoms() {
@@ -213,24 +215,29 @@ bool XServer::succeeded(xcb_void_cookie_t cookie) {
   return known && !failed;
 }
 
-xcb_timestamp_t XServer::time() {
-  xcb_connection_t* c = raw();
-  if (clockWindow_ == XCB_NONE) {
-    clockWindow_ = xcb_generate_id(c);
+xcb_window_t XServer::hiddenWindow() {
+  if (hiddenWindow_ == XCB_NONE) {
+    hiddenWindow_ = xcb_generate_id(raw());
     const std::uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE;
-    xcb_create_window(c, XCB_COPY_FROM_PARENT, clockWindow_, root(), -1, -1, 1, 1, 0,
+    xcb_create_window(raw(), XCB_COPY_FROM_PARENT, hiddenWindow_, root(), -1, -1, 1, 1, 0,
                       XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK,
                       &events);
   }
+  return hiddenWindow_;
+}
+
+xcb_timestamp_t XServer::time() {
+  const xcb_window_t window = hiddenWindow();
   dropEvents();
   // Changing a property is the way in which the protocol tells a client the time.
-  xcb_change_property(c, XCB_PROP_MODE_APPEND, clockWindow_, XCB_ATOM_WM_NAME, XCB_ATOM_STRING, 8,
-                      0, nullptr);
+  xcb_change_property(raw(), XCB_PROP_MODE_APPEND, window, XCB_ATOM_WM_NAME, XCB_ATOM_STRING, 8, 0,
+                      nullptr);
   if (!sync()) {
     return XCB_CURRENT_TIME;
   }
   xcb_timestamp_t now = XCB_CURRENT_TIME;
-  while (const XReply<xcb_generic_event_t> event{xcb_poll_for_queued_event(c)}) {
+  while (const XReply<xcb_generic_event_t> event{xcb_poll_for_queued_event(raw())}) {
+    see(*event);
     if ((event->response_type & 0x7f) == XCB_PROPERTY_NOTIFY) {
       now = reinterpret_cast<const xcb_property_notify_event_t*>(event.get())->time;
     }
@@ -238,8 +245,28 @@ xcb_timestamp_t XServer::time() {
   return now;
 }
 
+void XServer::see(const xcb_generic_event_t& event) const {
+  if (handler_) {
+    handler_(event);
+  }
+}
+
 void XServer::dropEvents() {
   while (const XReply<xcb_generic_event_t> event{xcb_poll_for_event(raw())}) {
+    see(*event);
+  }
+}
+
+void XServer::grab() {
+  if (grabs_++ == 0) {
+    xcb_grab_server(raw());
+  }
+}
+
+void XServer::ungrab() {
+  if (--grabs_ == 0) {
+    xcb_ungrab_server(raw());
+    xcb_flush(raw());
   }
 }
 

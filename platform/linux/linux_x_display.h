@@ -11,6 +11,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <functional>
 #include <future>
 #include <memory>
 #include <string>
@@ -68,6 +69,7 @@ struct XExtensions {
   bool composite = false;
   bool keyboard = false;  ///< XKB.
   bool randrMonitors = false;
+  bool rawKeys = false;  ///< XInput 2.1, which tells of every key whoever has grabbed the keyboard.
   bool resourcePids = false;
   bool shmDescriptors = false;  ///< Shared memory passed as a file descriptor, over a local socket.
   bool test = false;
@@ -110,10 +112,19 @@ class XServer {
   /// The server's time now, for requests that need a fresh time stamp; 0 when it cannot be had.
   [[nodiscard]] xcb_timestamp_t time();
 
-  /// Throws away the events and the errors of unchecked requests that have piled up.
+  /// A window of ours that is never shown, for requests that need one. Selects property changes.
+  [[nodiscard]] xcb_window_t hiddenWindow();
+
+  /// Shows the events that have piled up to the handler, if there is one, and throws them away, and
+  /// the errors of unchecked requests too.
   void dropEvents();
 
+  /// Sees every event that comes from now on, whenever events are dropped. Replaces the one before.
+  using EventHandler = std::function<void(const xcb_generic_event_t&)>;
+  void setEventHandler(EventHandler handler) { handler_ = std::move(handler); }
+
  private:
+  friend class ServerGrab;
   friend class XDisplay;
   using Connection = std::unique_ptr<xcb_connection_t, CloseConnection>;
 
@@ -123,6 +134,9 @@ class XServer {
   static std::unique_ptr<XServer> connect();
   void readExtensions();
   void readAtoms();
+  void grab();
+  void ungrab();
+  void see(const xcb_generic_event_t& event) const;
   [[nodiscard]] void* takeReply(unsigned int sequence);
   /// False when nothing arrived before `deadline`; the server then counts as lost.
   bool waitForInput(std::chrono::steady_clock::time_point deadline);
@@ -131,7 +145,9 @@ class XServer {
   const xcb_screen_t* screen_ = nullptr;
   XExtensions extensions_;
   std::array<xcb_atom_t, kAtomCount> atoms_{};
-  xcb_window_t clockWindow_ = XCB_NONE;
+  xcb_window_t hiddenWindow_ = XCB_NONE;
+  EventHandler handler_;
+  int grabs_ = 0;
   std::uint64_t serial_ = 0;
   bool stuck_ = false;
 };

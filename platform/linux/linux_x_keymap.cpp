@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "platform/linux/linux_server_grab.h"
 #include "platform/linux/linux_xkb.h"
 
 namespace tarqo::lnx {
@@ -93,27 +94,12 @@ std::vector<xcb_keycode_t> apply(Keymap& keymap,
   std::vector<xcb_keycode_t> changed;
   for (const auto& [key, change] : changes) {
     if (key >= keymap.first && keymap.of(key) == change.from) {
-      keymap.keys.at(static_cast<std::size_t>(key - keymap.first)) = change.to;
+      keymap.set(key, change.to);
       changed.push_back(key);
     }
   }
   return changed;
 }
-
-/// Keeps every other client's requests waiting while it lives.
-class ServerGrab {
- public:
-  explicit ServerGrab(XServer& server) : server_(server) { xcb_grab_server(server_.raw()); }
-  ~ServerGrab() {
-    xcb_ungrab_server(server_.raw());
-    xcb_flush(server_.raw());
-  }
-  ServerGrab(const ServerGrab&) = delete;
-  ServerGrab& operator=(const ServerGrab&) = delete;
-
- private:
-  XServer& server_;
-};
 
 }  // namespace
 
@@ -138,6 +124,13 @@ const KeySymbols& Keymap::of(xcb_keycode_t key) const {
   static const KeySymbols kNone;
   const std::size_t index = static_cast<std::size_t>(key - first);
   return key >= first && index < keys.size() ? keys[index] : kNone;
+}
+
+void Keymap::set(xcb_keycode_t key, const KeySymbols& symbols) {
+  const std::size_t index = static_cast<std::size_t>(key - first);
+  if (key >= first && index < keys.size()) {
+    keys[index] = symbols;
+  }
 }
 
 std::optional<xcb_keycode_t> Keymap::find(xcb_keysym_t keysym, std::size_t group,
@@ -166,6 +159,17 @@ std::vector<Keymap> readKeymapsOfDevices(XServer& server) {
     }
   }
   return keymaps;
+}
+
+std::optional<KeyboardReading> readKeyboard(XServer& server) {
+  const auto stateCookie = xcb_xkb_get_state(server.raw(), XCB_XKB_ID_USE_CORE_KBD);
+  auto keymap = readKeymap(server);
+  const auto state = server.take<xcb_xkb_get_state_reply_t>(stateCookie);
+  if (!keymap || !state) {
+    return std::nullopt;
+  }
+  return KeyboardReading{std::move(*keymap), state->group,
+                         static_cast<std::uint8_t>(state->lockedMods | state->latchedMods)};
 }
 
 bool rebind(XServer& server, const std::map<xcb_keycode_t, KeyChange>& changes) {

@@ -38,6 +38,7 @@ struct Keymap {
   std::vector<KeySymbols> keys;  ///< From the key code `first` on.
 
   [[nodiscard]] const KeySymbols& of(xcb_keycode_t key) const;
+  void set(xcb_keycode_t key, const KeySymbols& symbols);
   /// The key that types the keysym on that level of a layout; none when there is none.
   [[nodiscard]] std::optional<xcb_keycode_t> find(xcb_keysym_t keysym, std::size_t group,
                                                   std::size_t level) const;
@@ -57,6 +58,15 @@ struct KeyChange {
   KeySymbols from;
   KeySymbols to;
 };
+
+/// The keyboard that applications see, as it is this moment.
+struct KeyboardReading {
+  Keymap keymap;
+  std::size_t layout = 0;   ///< In force, counted from 0.
+  std::uint8_t locked = 0;  ///< Modifiers that are locked or latched.
+};
+/// None when the server does not tell.
+[[nodiscard]] std::optional<KeyboardReading> readKeyboard(XServer& server);
 
 /// Changes keys on every keyboard in one step, so that window managers, which grab their keys anew
 /// after each change, do it once; false when the server did not take it. A key that somebody else

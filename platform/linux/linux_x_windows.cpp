@@ -1,7 +1,5 @@
 #include "platform/linux/linux_x_windows.h"
 
-#include <xcb/res.h>
-
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -9,6 +7,8 @@
 #include <unordered_map>
 #include <utility>
 
+#include "platform/linux/linux_x_clients.h"
+#include "platform/linux/linux_x_focus.h"
 #include "platform/linux/linux_x_properties.h"
 
 namespace tarqo::lnx {
@@ -161,32 +161,6 @@ bool readAnswers(XServer& server, const WindowQuery& query, const Outermost& out
   return true;
 }
 
-/// The process ids of the clients that made the windows, by the bits that name the client in the
-/// number of a window.
-std::unordered_map<std::uint32_t, Pid> clientPids(XServer& server,
-                                                  std::span<const xcb_window_t> windows) {
-  std::unordered_map<std::uint32_t, Pid> pids;
-  if (!server.extensions().resourcePids || windows.empty()) {
-    return pids;
-  }
-  std::vector<xcb_res_client_id_spec_t> questions;
-  for (const xcb_window_t window : windows) {
-    questions.push_back({window, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID});
-  }
-  const auto reply = server.take<xcb_res_query_client_ids_reply_t>(xcb_res_query_client_ids(
-      server.raw(), static_cast<std::uint32_t>(questions.size()), questions.data()));
-  if (!reply) {
-    return pids;
-  }
-  for (auto ids = xcb_res_query_client_ids_ids_iterator(reply.get()); ids.rem > 0;
-       xcb_res_client_id_value_next(&ids)) {
-    if (xcb_res_client_id_value_value_length(ids.data) > 0) {
-      pids[ids.data->spec.client] = static_cast<Pid>(*xcb_res_client_id_value_value(ids.data));
-    }
-  }
-  return pids;
-}
-
 class WindowReader {
  public:
   explicit WindowReader(XServer& server) : server_(server) {}
@@ -215,15 +189,17 @@ class WindowReader {
       return askProperty(server_, root, server_.atom(name), length);
     };
     const auto listCookie = property(XAtom::netClientList, kXListLength);
-    const auto activeCookie = property(XAtom::netActiveWindow, 1);
+    const FocusQuery focus = askFocus(server_);
     const auto showingCookie = property(XAtom::netShowingDesktop, 1);
     const auto managerCookie = property(XAtom::netSupportingWmCheck, 1);
     const auto tree = server_.take<xcb_query_tree_reply_t>(treeCookie);
     const auto geometry = server_.take<xcb_get_geometry_reply_t>(geometryCookie);
     const auto list = server_.take<xcb_get_property_reply_t>(listCookie);
-    const auto active = server_.take<xcb_get_property_reply_t>(activeCookie);
     const auto showing = server_.take<xcb_get_property_reply_t>(showingCookie);
     const auto manager = server_.take<xcb_get_property_reply_t>(managerCookie);
+    const auto clients = numbersOf(list);
+    clients_.assign(clients.begin(), clients.end());
+    result_.focused = takeFocus(server_, focus, clients_);
     if (!tree || !geometry) {
       return false;
     }
@@ -238,11 +214,6 @@ class WindowReader {
     // A manager that died leaves its properties behind, but not the window that they name.
     if (const auto numbers = numbersOf(manager); !numbers.empty()) {
       managerWindow_ = numbers[0];
-    }
-    const auto clients = numbersOf(list);
-    clients_.assign(clients.begin(), clients.end());
-    if (const auto numbers = numbersOf(active); !numbers.empty()) {
-      result_.active = numbers[0];
     }
     const auto shown = numbersOf(showing);
     result_.showingDesktop = !shown.empty() && shown[0] != 0;
@@ -262,7 +233,6 @@ class WindowReader {
     const auto named = numbersOf(manager);
     result_.hasManager = managerWindow_ != XCB_NONE && !named.empty() && named[0] == managerWindow_;
     if (!result_.hasManager) {
-      result_.active = XCB_NONE;
       result_.showingDesktop = false;
     }
     for (std::size_t i = 0; i < outermost_.size(); ++i) {
@@ -349,12 +319,11 @@ class WindowReader {
       }
     }
     const auto pids = clientPids(server_, numbers);
-    const std::uint32_t ownBits = xcb_get_setup(server_.raw())->resource_id_mask;
     for (Asked& each : asked) {
       if (!readAnswers(server_, each.query, *each.outermost, each.window)) {
         continue;
       }
-      if (const auto pid = pids.find(each.window.client & ~ownBits); pid != pids.end()) {
+      if (const auto pid = pids.find(clientOf(server_, each.window.client)); pid != pids.end()) {
         each.window.pid = pid->second;
       }
       // Some window managers make icons of all windows in order to show the desktop.
@@ -376,19 +345,26 @@ class WindowReader {
 
 XWindows readWindows(XServer& server) { return WindowReader(server).read(); }
 
-const XWindow* windowAt(XServer& server, const XWindows& windows, Point point) {
+xcb_window_t outermostAt(XServer& server, std::optional<Point> point) {
+  if (!point) {
+    const auto pointer =
+        server.take<xcb_query_pointer_reply_t>(xcb_query_pointer(server.raw(), server.root()));
+    return pointer ? pointer->child : static_cast<xcb_window_t>(XCB_NONE);
+  }
   const auto pixel = [](double coordinate) {
     return static_cast<std::int16_t>(std::clamp(std::floor(coordinate), -32768.0, 32767.0));
   };
   const auto reply = server.take<xcb_translate_coordinates_reply_t>(xcb_translate_coordinates(
-      server.raw(), server.root(), server.root(), pixel(point.x), pixel(point.y)));
-  if (!reply || reply->child == XCB_NONE) {
-    return nullptr;
-  }
+      server.raw(), server.root(), server.root(), pixel(point->x), pixel(point->y)));
+  return reply ? reply->child : static_cast<xcb_window_t>(XCB_NONE);
+}
+
+const XWindow* windowAt(XServer& server, const XWindows& windows, Point point) {
+  const xcb_window_t outermost = outermostAt(server, point);
   const auto found =
       std::find_if(windows.frontToBack.begin(), windows.frontToBack.end(),
-                   [&reply](const XWindow& window) { return window.outermost == reply->child; });
-  return found != windows.frontToBack.end() ? &*found : nullptr;
+                   [outermost](const XWindow& window) { return window.outermost == outermost; });
+  return outermost != XCB_NONE && found != windows.frontToBack.end() ? &*found : nullptr;
 }
 
 }  // namespace tarqo::lnx

@@ -43,15 +43,22 @@ struct XWindows {
   Rect screen;              ///< The whole screen, across all monitors.
   bool hasManager = false;  ///< A window manager of the common conventions runs.
   bool showingDesktop = false;
-  xcb_window_t active = XCB_NONE;  ///< By the window manager; none without one.
+  /// The client that has the server's keyboard focus, whatever the window manager calls active;
+  /// may be a window that is not listed, such as the manager's own.
+  xcb_window_t focused = XCB_NONE;
 };
 
 /// All managed windows, shown or not, and all shown popups; empty when the server is lost. Takes
-/// four round trips whatever the number of windows.
+/// five round trips whatever the number of windows.
 [[nodiscard]] XWindows readWindows(XServer& server);
 
-/// The top window at a point of the screen, as the pointer would meet it: windows without an input
-/// area there do not count. None where only the root window is, or a window not in `windows`.
+/// The child of the root window that lies on top at a point of the screen, or where the pointer is,
+/// as the pointer meets it: windows without an input area there do not count. None where only the
+/// root window is.
+[[nodiscard]] xcb_window_t outermostAt(XServer& server, std::optional<Point> point);
+
+/// The top window at a point of the screen, as above. None where only the root window is, or a
+/// window not in `windows`.
 [[nodiscard]] const XWindow* windowAt(XServer& server, const XWindows& windows, Point point);
 
 }  // namespace tarqo::lnx

@@ -17,7 +17,7 @@ LocatedWindow located(const XWindows& windows, const XWindow& window) {
       .shadow = window.shadow,
       .overrideRedirect = window.overrideRedirect,
       .minimized = window.minimised,
-      .active = window.client == windows.active,
+      .active = window.client == windows.focused,
   };
 }
 
