@@ -12,10 +12,9 @@ constexpr int kMaxDepth = 100;
 /// request would cost the same wait.
 constexpr auto kLeftAlone = std::chrono::milliseconds(500);
 
-/// Matches objects to windows and puts them in the windows' order.
-ApplicationWindows matched(std::vector<Toplevel> toplevels,
+/// Puts objects in the order of their windows.
+ApplicationWindows inOrder(std::vector<Toplevel> toplevels,
                            const std::vector<LocatedWindow>& windows) {
-  pairWithWindows(toplevels, windows);
   const auto rank = [&windows](const Toplevel& toplevel) {
     if (!toplevel.window) {
       return windows.size();
@@ -28,6 +27,15 @@ ApplicationWindows matched(std::vector<Toplevel> toplevels,
   std::ranges::copy_if(windows, std::back_inserter(result.popups),
                        &LocatedWindow::overrideRedirect);
   return result;
+}
+
+/// The window among these that receives keystrokes; 0 when it is none of them.
+WindowNumber keyboardWindowAmong(const std::vector<LocatedWindow>& windows,
+                                 const std::vector<WindowNumber>& numbers) {
+  const auto active = std::ranges::find(windows, true, &LocatedWindow::active);
+  const bool isAmong =
+      active != windows.end() && std::ranges::find(numbers, active->number) != numbers.end();
+  return isAmong ? active->number : 0;
 }
 
 }  // namespace
@@ -186,12 +194,68 @@ const ApplicationWindows& AtspiReader::windowsOf(Pid pid, Duration patience) {
   } else {
     known = toplevels;
   }
-  moment_ = matched(std::move(toplevels), locator_.windowsOf(pid));
+  moment_ = paired(pid, toplevels, patience);
   momentPid_ = pid;
   if (tree != nullptr && !tree->ended()) {
     tree->windows = moment_;
   }
   return moment_;
+}
+
+/// Twins wait for a proof: one that receives keystrokes now tells which it is, and is known from
+/// then on.
+ApplicationWindows AtspiReader::paired(Pid pid, const std::vector<Toplevel>& toplevels,
+                                       Duration patience) {
+  const std::vector<LocatedWindow> windows = locator_.windowsOf(pid);
+  std::vector<ProvenPair>& proven = proven_[pid];
+  std::erase_if(proven, [&](const ProvenPair& pair) {
+    return std::ranges::find(toplevels, pair.ref, &Toplevel::ref) == toplevels.end() ||
+           std::ranges::find(windows, pair.window, &LocatedWindow::number) == windows.end();
+  });
+  std::vector<Toplevel> matched = toplevels;
+  for (const Twins& twins : pairWithWindows(matched, windows, proven)) {
+    const WindowNumber focused = keyboardWindowAmong(windows, twins.windows);
+    if (focused == 0 || failed(pid)) {
+      continue;
+    }
+    if (const std::optional<AtspiRef> active = activeTwin(pid, twins, focused, patience)) {
+      proven.push_back({*active, focused});
+      matched = toplevels;
+      static_cast<void>(pairWithWindows(matched, windows, proven));
+    }
+    break;
+  }
+  return inOrder(std::move(matched), windows);
+}
+
+/// The twin that its application calls the active one while its window has the keyboard. The
+/// application learns of that after the X server, so it is asked when it has caught up, and what it
+/// says counts when nothing has changed meanwhile.
+std::optional<AtspiRef> AtspiReader::activeTwin(Pid pid, const Twins& twins, WindowNumber focused,
+                                                Duration patience) {
+  if (!locator_.awaitEventsHandled(focused, patience)) {
+    return std::nullopt;
+  }
+  const std::vector<AtspiRef> active = activeAmong(pid, twins.objects, patience);
+  const bool isStillFocused =
+      keyboardWindowAmong(locator_.windowsOf(pid), twins.windows) == focused;
+  return active.size() == 1 && isStillFocused ? std::optional(active.front()) : std::nullopt;
+}
+
+std::vector<AtspiRef> AtspiReader::activeAmong(Pid pid, const std::vector<AtspiRef>& objects,
+                                               Duration patience) {
+  std::vector<AtspiRef> active;
+  ask({.pid = pid, .timeout = patience, .ref = objects.front()}, [&](AtspiBatch& batch) {
+    for (const AtspiRef& object : objects) {
+      batch.call(object, kAccessible, "GetState", [&active, &object](Reply reply) {
+        const auto states = reply.ok ? readStates(reply.message) : std::nullopt;
+        if (states && states->has(AtspiState::active)) {
+          active.push_back(object);
+        }
+      });
+    }
+  });
+  return active;
 }
 
 FactsPtr AtspiReader::factsOfSilentWindow(const AtspiElement::Parts& object) {

@@ -71,6 +71,12 @@ class AtspiReader {
 
   [[nodiscard]] AtspiTree* treeOf(Pid pid);
   [[nodiscard]] std::vector<AtspiElement::Parts> topLevelObjects(Pid pid, Duration patience);
+  [[nodiscard]] ApplicationWindows paired(Pid pid, const std::vector<Toplevel>& toplevels,
+                                          Duration patience);
+  [[nodiscard]] std::optional<AtspiRef> activeTwin(Pid pid, const Twins& twins,
+                                                   WindowNumber focused, Duration patience);
+  [[nodiscard]] std::vector<AtspiRef> activeAmong(Pid pid, const std::vector<AtspiRef>& objects,
+                                                  Duration patience);
   [[nodiscard]] bool failed(Pid pid);
   void noteFailure(Pid pid);
   [[nodiscard]] BatchLimits limitsFor(const AtspiElement::Parts& object);
@@ -81,6 +87,8 @@ class AtspiReader {
   std::shared_ptr<AtspiTree> tree_;
   std::unordered_map<Pid, Instant> silentUntil_;          ///< Who failed to answer.
   std::unordered_map<Pid, std::vector<Toplevel>> known_;  ///< As last told, without places.
+  /// Which of several twins is which does not change while they live.
+  std::unordered_map<Pid, std::vector<ProvenPair>> proven_;
   Pid momentPid_ = 0;
   ApplicationWindows moment_;
 };

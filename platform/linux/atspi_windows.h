@@ -25,14 +25,32 @@ struct ApplicationWindows {
   std::vector<LocatedWindow> popups;  ///< Windows that no manager handles, front to back.
 };
 
+/// An object and its window, known by more than their looks.
+struct ProvenPair {
+  AtspiRef ref;
+  WindowNumber window = 0;
+};
+
+/// Objects and windows that title, place and size do not tell apart, such as two windows of one
+/// program that show the same page at the same place.
+struct Twins {
+  std::vector<AtspiRef> objects;
+  std::vector<WindowNumber> windows;
+};
+
 /// Gives every object the window that it resembles most, by title, place and size, and no window to
-/// two objects. `windows` is front to back; of equals the front one is taken first.
-void matchWindows(std::vector<Toplevel>& toplevels, const std::vector<LocatedWindow>& windows);
+/// two objects; what is proven comes first. Twins get no window and are returned: which of them is
+/// which, looks do not tell.
+std::vector<Twins> matchWindows(std::vector<Toplevel>& toplevels,
+                                const std::vector<LocatedWindow>& windows,
+                                const std::vector<ProvenPair>& proven = {});
 
 /// The same for all that hangs at the top of an application, of which only what has the role of a
 /// window or is paired with a managed one is left. Qt keeps tips and the like there, and gives a
 /// plain widget that is a window no role of its own.
-void pairWithWindows(std::vector<Toplevel>& toplevels, const std::vector<LocatedWindow>& windows);
+std::vector<Twins> pairWithWindows(std::vector<Toplevel>& toplevels,
+                                   const std::vector<LocatedWindow>& windows,
+                                   const std::vector<ProvenPair>& proven = {});
 
 /// How far the coordinates told by an object below `toplevel` are from the screen's.
 [[nodiscard]] Point screenOffset(const Toplevel& toplevel);

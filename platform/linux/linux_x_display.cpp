@@ -31,6 +31,7 @@ constexpr std::array<std::string_view, kAtomCount> kAtomNames = {
     "_NET_SUPPORTING_WM_CHECK",
     "_NET_WM_NAME",
     "_NET_WM_PID",
+    "_NET_WM_PING",
     "_NET_WM_STATE",
     "_NET_WM_STATE_HIDDEN",
     "_NET_WM_STATE_SHADED",
@@ -54,6 +55,7 @@ constexpr std::array<std::string_view, kAtomCount> kAtomNames = {
     "_GTK_FRAME_EXTENTS",
     "_TARQO_BORROWED_KEYS",
     "WM_CHANGE_STATE",
+    "WM_PROTOCOLS",
 };
 
 bool isAtLeast(std::uint32_t major, std::uint32_t minor, std::uint32_t wantedMajor,

@@ -38,6 +38,7 @@ enum class XAtom : std::uint8_t {
   netSupportingWmCheck,
   netWmName,
   netWmPid,
+  netWmPing,
   netWmState,
   netWmStateHidden,
   netWmStateShaded,
@@ -61,8 +62,9 @@ enum class XAtom : std::uint8_t {
   gtkFrameExtents,
   tarqoBorrowedKeys,
   wmChangeState,
+  wmProtocols,
 };
-inline constexpr std::size_t kAtomCount = static_cast<std::size_t>(XAtom::wmChangeState) + 1;
+inline constexpr std::size_t kAtomCount = static_cast<std::size_t>(XAtom::wmProtocols) + 1;
 
 /// Which extensions the server has, in a version that serves.
 struct XExtensions {

@@ -53,6 +53,10 @@ class WindowLocator {
   /// was sent.
   [[nodiscard]] virtual bool raise(WindowNumber window) = 0;
 
+  /// Waits until the application has handled all that the server had sent to a window of its own,
+  /// the focus among it; false when it has not said so in that time, or never says so.
+  [[nodiscard]] virtual bool awaitEventsHandled(WindowNumber window, Duration patience) = 0;
+
   /// Asks for a window to be made an icon, or to be brought back; true when the request was sent.
   [[nodiscard]] virtual bool setMinimized(WindowNumber window, bool minimized) = 0;
 };

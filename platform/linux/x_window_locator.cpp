@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "platform/linux/linux_window_manager.h"
+#include "platform/linux/linux_x_ping.h"
 
 namespace tarqo::lnx {
 namespace {
@@ -68,6 +69,11 @@ bool XWindowLocator::raise(WindowNumber number) {
   }
   activateWindow(*server, windows, *window);
   return true;
+}
+
+bool XWindowLocator::awaitEventsHandled(WindowNumber window, Duration patience) {
+  XServer* server = applications_.display().server();
+  return server != nullptr && awaitPong(*server, window, patience);
 }
 
 bool XWindowLocator::setMinimized(WindowNumber number, bool minimized) {

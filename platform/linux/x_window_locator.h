@@ -13,6 +13,7 @@ class XWindowLocator final : public WindowLocator {
   std::vector<LocatedWindow> windowsOf(Pid pid) override;
   std::optional<LocatedWindow> windowAt(Point point) override;
   bool raise(WindowNumber window) override;
+  bool awaitEventsHandled(WindowNumber window, Duration patience) override;
   bool setMinimized(WindowNumber window, bool minimized) override;
 
  private:

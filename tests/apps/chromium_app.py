@@ -1,11 +1,14 @@
 #!/usr/bin/python3 -B
 """Chromium with a page to be driven by tests: each activation of a control is one line of output.
 
-    chromium_app.py [--geometry WIDTHxHEIGHT+X+Y] [--port PORT] [--slow-start MS]
+    chromium_app.py [--geometry WIDTHxHEIGHT+X+Y] [--port PORT] [--slow-start MS] [--windows N]
 
 Serves the page on the loopback interface, on a port of the system's choice unless one is named.
 Prints "url ADDRESS", and "ready" when the page is drawn. This process becomes Chromium's own, so
 what started it knows its process id; the server is a child that ends with it.
+
+With --windows every window shows the same page, and each line of output says at its end which
+window it is about ("clicked Save in 2"), but for the one "ready" at last.
 """
 
 import argparse
@@ -14,6 +17,7 @@ import http.server
 import os
 import shutil
 import signal
+import subprocess
 import tempfile
 import time
 
@@ -31,6 +35,8 @@ FLAGS = [
 class Handler(http.server.BaseHTTPRequestHandler):
     """The page for GET of "/", and one log line a POST."""
 
+    open_window = None  # Opens the window of a number, or none beyond the last.
+
     def do_GET(self):
         if self.path.partition("?")[0] != "/":
             self.send_error(404)
@@ -41,8 +47,11 @@ class Handler(http.server.BaseHTTPRequestHandler):
 
     def do_POST(self):
         body = self.rfile.read(int(self.headers["Content-Length"]))
-        log_line(body.decode())
+        line = body.decode()
+        log_line(line)
         self.answer(204, b"")
+        if line.startswith("ready in "):
+            Handler.open_window(int(line.rpartition(" ")[2]) + 1)
 
     def answer(self, status, body):
         self.send_response(status)
@@ -53,6 +62,20 @@ class Handler(http.server.BaseHTTPRequestHandler):
 
     def log_message(self, format, *args):  # pylint: disable=redefined-builtin
         """The requests themselves are not worth a line."""
+
+
+def windows_opener(command, url, count):
+    """One after the other, so that it is known which is which."""
+
+    def open_window(number):
+        if number > count:
+            log_line("ready")
+            return
+        subprocess.Popen([*command, "--new-window", "%s?window=%d" % (url, number)],
+                         stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+                         stderr=subprocess.DEVNULL)
+
+    return open_window
 
 
 def serve(server, browser, profile):
@@ -74,11 +97,24 @@ def serve(server, browser, profile):
     server.serve_forever()
 
 
+def chromium_command(geometry, profile):
+    width, height, x, y = parse_geometry(geometry)
+    command = ["chromium", *FLAGS, "--user-data-dir=" + profile,
+               "--window-size=%d,%d" % (width, height)]
+    if x is not None:
+        command.append("--window-position=%d,%d" % (x, y))
+    if os.getuid() == 0:
+        # The second keeps the warning about the first off the page.
+        command += ["--no-sandbox", "--test-type"]
+    return command
+
+
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--geometry", default="900x640")
     parser.add_argument("--port", type=int, default=0)
     parser.add_argument("--slow-start", type=int, default=0, metavar="MS")
+    parser.add_argument("--windows", type=int, default=0, metavar="N")
     options = parser.parse_args()
     time.sleep(options.slow_start / 1000)
 
@@ -87,22 +123,15 @@ def main():
     profile = tempfile.mkdtemp(prefix="tarqo-chromium.")
     log_line("url " + url)
     browser = os.getpid()
+    command = chromium_command(options.geometry, profile)
     if os.fork() == 0:
+        Handler.open_window = windows_opener(command, url, options.windows)
         serve(server, browser, profile)
     server.socket.close()
-
-    width, height, x, y = parse_geometry(options.geometry)
-    arguments = ["chromium", *FLAGS, "--user-data-dir=" + profile,
-                 "--window-size=%d,%d" % (width, height)]
-    if x is not None:
-        arguments.append("--window-position=%d,%d" % (x, y))
-    if os.getuid() == 0:
-        # The second keeps the warning about the first off the page.
-        arguments += ["--no-sandbox", "--test-type"]
     os.environ["GNOME_ACCESSIBILITY"] = "1"
     # The output belongs to the page's lines.
     os.dup2(2, 1)
-    os.execvp("chromium", arguments + [url])
+    os.execvp("chromium", [*command, url + ("?window=1" if options.windows else "")])
 
 
 if __name__ == "__main__":

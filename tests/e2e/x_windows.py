@@ -3,6 +3,7 @@
     x_windows.py move WINDOW X Y
     x_windows.py minimise WINDOW
     x_windows.py keep-above WINDOW
+    x_windows.py activate WINDOW
     x_windows.py click X Y
 
 The deeds are a program of their own: a display that goes away ends the process that uses it.
@@ -89,6 +90,11 @@ def keep_above(window):
     _do("keep-above", window)
 
 
+def activate(window):
+    """Asks the window manager to bring it to the front and to give it the focus."""
+    _do("activate", window)
+
+
 def click(x, y):
     """Presses and releases the first button of the pointer."""
     _do("click", str(int(x)), str(int(y)))
@@ -121,6 +127,8 @@ def main():
         window.iconify()
     elif sys.argv[1] == "keep-above":
         window.set_keep_above(True)
+    elif sys.argv[1] == "activate":
+        window.focus(Gdk.CURRENT_TIME)
     display.sync()
 
 

@@ -24,6 +24,7 @@ class NoWindows final : public WindowLocator {
   std::vector<LocatedWindow> windowsOf(Pid) override { return {}; }
   std::optional<LocatedWindow> windowAt(Point) override { return std::nullopt; }
   bool raise(WindowNumber) override { return false; }
+  bool awaitEventsHandled(WindowNumber, Duration) override { return false; }
   bool setMinimized(WindowNumber, bool) override { return false; }
 };
 
