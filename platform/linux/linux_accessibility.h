@@ -81,6 +81,7 @@ class LinuxAccessibility final : public Accessibility {
   [[nodiscard]] bool setText(const Parts& object, const std::string& text);
   [[nodiscard]] bool setNumber(const Parts& object, double number);
   [[nodiscard]] bool grabFocus(const Parts& object);
+  [[nodiscard]] bool accepts(const Parts& object, const AtspiDeed& deed);
   [[nodiscard]] bool isClickedForFocus(const AtspiFacts& facts);
   [[nodiscard]] bool clickForFocus(const Parts& object);
   [[nodiscard]] std::optional<WindowNumber> windowNumber(const Parts& window);

@@ -26,6 +26,7 @@ Performed LinuxAccessibility::perform(const Element& element, std::string_view a
     return Performed::refused;
   }
   const Parts& object = ours->parts();
+  const Instant deadline = std::chrono::steady_clock::now() + 2 * object.timeout;
   if (action == "AXRaise") {
     const std::optional<WindowNumber> window = windowNumber(object);
     return window && reader_.locator().raise(*window) ? Performed::taken : Performed::refused;
@@ -35,10 +36,17 @@ Performed LinuxAccessibility::perform(const Element& element, std::string_view a
     return Performed::refused;
   }
   const std::optional<int> index = actionIndex(viewOf(object, *facts), action);
-  return index ? debts_.perform(object, *index, reader_.toolkitOf(object)) : Performed::refused;
+  if (!index) {
+    return Performed::refused;
+  }
+  const auto writeIndex = [&index](sd_bus_message* request) {
+    sd_bus_message_append(request, "i", *index);
+  };
+  return debts_.perform(object, reader_.toolkitOf(object),
+                        {{kAction, "DoAction"}, writeIndex, true}, deadline);
 }
 
-bool LinuxAccessibility::isEndangeredByKeys(Pid /*pid*/) { return false; }
+bool LinuxAccessibility::isEndangeredByKeys(Pid pid) { return debts_.isEndangeredByKeys(pid); }
 
 bool LinuxAccessibility::set(const Element& element, std::string_view name, const Value& value) {
   reader_.beginCall();
@@ -87,29 +95,17 @@ bool LinuxAccessibility::setText(const Parts& object, const std::string& text) {
   if (typesText(object, *facts)) {
     return typeOver(object, text);
   }
-  bool accepted = false;
-  reader_.ask(object, [&](AtspiBatch& batch) {
-    Message message = batch.make(object.ref, kEditableText, "SetTextContents");
-    if (message) {
-      sd_bus_message_append(message.get(), "s", text.c_str());
-    }
-    batch.send(std::move(message), [&accepted](Reply reply) {
-      accepted = reply.ok && readBool(reply.message).value_or(false);
-    });
-  });
-  return accepted;
+  const auto writeText = [&text](sd_bus_message* request) {
+    sd_bus_message_append(request, "s", text.c_str());
+  };
+  return accepts(object, {{kEditableText, "SetTextContents"}, writeText, false});
 }
 
 bool LinuxAccessibility::setNumber(const Parts& object, double number) {
-  bool accepted = false;
-  reader_.ask(object, [&](AtspiBatch& batch) {
-    Message message = batch.make(object.ref, "org.freedesktop.DBus.Properties", "Set");
-    if (message) {
-      sd_bus_message_append(message.get(), "ssv", kValue, "CurrentValue", "d", number);
-    }
-    batch.send(std::move(message), [&accepted](Reply reply) { accepted = reply.ok; });
-  });
-  return accepted;
+  const auto writeNumber = [number](sd_bus_message* request) {
+    sd_bus_message_append(request, "ssv", kValue, "CurrentValue", "d", number);
+  };
+  return accepts(object, {{"org.freedesktop.DBus.Properties", "Set"}, writeNumber, false});
 }
 
 bool LinuxAccessibility::grabFocus(const Parts& object) {
@@ -117,13 +113,16 @@ bool LinuxAccessibility::grabFocus(const Parts& object) {
   if (facts && hasFocus(*facts, reader_.toolkitOf(object))) {
     return true;  // A field of GTK 3 selects all its text whenever it is given the focus.
   }
-  bool taken = false;
-  reader_.ask(object, [&](AtspiBatch& batch) {
-    batch.call(object.ref, kComponent, "GrabFocus", [&taken](Reply reply) {
-      taken = reply.ok && readBool(reply.message).value_or(false);
-    });
-  });
-  return taken || (reader_.toolkitOf(object) == Toolkit::gtk4 && clickForFocus(object));
+  return accepts(object, {{kComponent, "GrabFocus"}, nullptr, false}) ||
+         (reader_.toolkitOf(object) == Toolkit::gtk4 && clickForFocus(object));
+}
+
+/// Whether an application says within the messaging time-out that it did as asked. A value or the
+/// focus sets handlers going as a press does: one may open a dialog and wait in it.
+bool LinuxAccessibility::accepts(const Parts& object, const AtspiDeed& deed) {
+  const Instant deadline = std::chrono::steady_clock::now() + object.timeout;
+  return debts_.perform(object, reader_.toolkitOf(object), deed, deadline) ==
+         Performed::acknowledged;
 }
 
 std::optional<WindowNumber> LinuxAccessibility::windowNumber(const Parts& window) {

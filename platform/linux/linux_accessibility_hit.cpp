@@ -32,7 +32,7 @@ bool hasSizeOf(const Rect& extents, const LocatedWindow& popup) {
 std::optional<Element> LinuxAccessibility::elementAt(Point point) {
   reader_.beginCall();
   const std::optional<LocatedWindow> window = reader_.locator().windowAt(point);
-  if (!window || window->pid == 0 || debts_.owes(window->pid)) {
+  if (!window || window->pid == 0) {
     return std::nullopt;
   }
   for (const Parts& start : hitCandidates(*window, point)) {

@@ -181,6 +181,15 @@ bool hasEnded(Pid child, ChildEnd& end) {
   return true;
 }
 
+void closeFilesFrom(int first) {
+  if (::close_range(static_cast<unsigned>(first), ~0U, 0) == 0) {
+    return;
+  }
+  for (int file = first; file <= kLastOtherFile; ++file) {
+    ::close(file);
+  }
+}
+
 void awaitEnd(Pid child) {
   while (::waitpid(child, nullptr, 0) < 0 && errno == EINTR) {
   }

@@ -43,6 +43,9 @@ struct ChildEnd {
 /// counts as an exit with status 0.
 [[nodiscard]] bool hasEnded(Pid child, ChildEnd& end);
 
+/// Closes every file from that number on. Safe in the child of a process with threads.
+void closeFilesFrom(int first);
+
 /// Waits, without limit, until a child has ended.
 void awaitEnd(Pid child);
 

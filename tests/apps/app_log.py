@@ -2,6 +2,7 @@
 
 import json
 import os
+import time
 
 
 def log_line(line):
@@ -26,6 +27,19 @@ def log_drag(across, down):
     across, down = round(across), round(down)
     if abs(across) + abs(down) > 4:
         log_line("dragged Window %d %d" % (across, down))
+
+
+def make_blocking(blocks):
+    """A deed that takes, time by time, as many milliseconds as the text says ("100,200"), the last
+    for good, and logs "blocked MS"."""
+    left = [int(number) for number in blocks.split(",")]
+
+    def block():
+        milliseconds = left.pop(0) if len(left) > 1 else left[0]
+        time.sleep(milliseconds / 1000)
+        log_line("blocked %d" % milliseconds)
+
+    return block
 
 
 def parse_geometry(geometry):

@@ -2,6 +2,7 @@
 """Chromium with a page to be driven by tests: each activation of a control is one line of output.
 
     chromium_app.py [--geometry WIDTHxHEIGHT+X+Y] [--port PORT] [--slow-start MS] [--windows N]
+                    [--block MS[,MS...]]
 
 Serves the page on the loopback interface, on a port of the system's choice unless one is named.
 Prints "url ADDRESS", and "ready" when the page is drawn. This process becomes Chromium's own, so
@@ -115,11 +116,14 @@ def main():
     parser.add_argument("--port", type=int, default=0)
     parser.add_argument("--slow-start", type=int, default=0, metavar="MS")
     parser.add_argument("--windows", type=int, default=0, metavar="N")
+    parser.add_argument("--block", metavar="MS[,MS...]")
     options = parser.parse_args()
     time.sleep(options.slow_start / 1000)
 
     server = http.server.HTTPServer(("127.0.0.1", options.port), Handler)
     url = "http://127.0.0.1:%d/" % server.server_port
+    if options.block:
+        url += "?block=" + options.block
     profile = tempfile.mkdtemp(prefix="tarqo-chromium.")
     log_line("url " + url)
     browser = os.getpid()

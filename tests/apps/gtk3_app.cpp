@@ -2,7 +2,7 @@
 // output.
 //
 //   gtk3_app [--title TEXT] [--geometry WIDTHxHEIGHT+X+Y] [--tab NAME] [--nodes COUNT]
-//            [--slow-start MS] [--block MS]
+//            [--slow-start MS] [--block MS[,MS...]]
 //
 // On SIGUSR1 it starts anew in the same process, without options.
 //
@@ -15,7 +15,9 @@
 
 #include <cmath>
 #include <cstdio>
+#include <sstream>
 #include <string>
+#include <vector>
 
 #include "tests/apps/gtk3_commands.h"
 #include "tests/apps/gtk3_log.h"
@@ -31,7 +33,7 @@ struct Options {
   std::string geometry = "640x480";
   int nodes = 0;
   int slowStartMs = 0;
-  int blockMs = 1000;
+  std::vector<unsigned> blocksMs{1000};
 };
 
 void assignText(std::string& to, gchar* text) {
@@ -41,19 +43,31 @@ void assignText(std::string& to, gchar* text) {
   }
 }
 
+/// Numbers with commas between them.
+std::vector<unsigned> numbersIn(const std::string& text) {
+  std::vector<unsigned> numbers;
+  std::istringstream rest(text);
+  for (std::string number; std::getline(rest, number, ',');) {
+    numbers.push_back(static_cast<unsigned>(std::stoul(number)));
+  }
+  return numbers;
+}
+
 /// Reads the command line, and initialises GTK. Ends the process when an option is wrong.
 Options readOptions(int argc, char** argv) {
   Options options;
   gchar* title = nullptr;
   gchar* tab = nullptr;
   gchar* geometry = nullptr;
+  gchar* blocks = nullptr;
   const GOptionEntry entries[] = {
       {"title", 0, 0, G_OPTION_ARG_STRING, &title, "Title of the window", "TEXT"},
       {"tab", 0, 0, G_OPTION_ARG_STRING, &tab, "Page to show first", "NAME"},
       {"geometry", 0, 0, G_OPTION_ARG_STRING, &geometry, "Size and place", "WxH+X+Y"},
       {"nodes", 0, 0, G_OPTION_ARG_INT, &options.nodes, "Adds a page of so many nodes", "COUNT"},
       {"slow-start", 0, 0, G_OPTION_ARG_INT, &options.slowStartMs, "Wait before showing", "MS"},
-      {"block", 0, 0, G_OPTION_ARG_INT, &options.blockMs, "How long \"Slow\" blocks", "MS"},
+      {"block", 0, 0, G_OPTION_ARG_STRING, &blocks, "How long \"Slow\" blocks, press by press",
+       "MS,MS"},
       {nullptr, 0, 0, G_OPTION_ARG_NONE, nullptr, nullptr, nullptr}};
   GError* error = nullptr;
   if (gtk_init_with_args(&argc, &argv, nullptr, entries, nullptr, &error) == FALSE) {
@@ -63,6 +77,11 @@ Options readOptions(int argc, char** argv) {
   assignText(options.title, title);
   assignText(options.tab, tab);
   assignText(options.geometry, geometry);
+  std::string blocksText;
+  assignText(blocksText, blocks);
+  if (!blocksText.empty()) {
+    options.blocksMs = numbersIn(blocksText);
+  }
   return options;
 }
 
@@ -105,7 +124,7 @@ GtkWidget* makeTabs(GtkWindow* window, const Options& options) {
     }
     ++count;
   };
-  add("Controls", makeControlsPage(static_cast<unsigned>(options.blockMs)));
+  add("Controls", makeControlsPage(options.blocksMs));
   add("Data", makeDataPage());
   add("Windows", makeWindowsPage(window));
   if (options.nodes > 0) {

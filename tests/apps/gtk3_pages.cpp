@@ -1,5 +1,6 @@
 #include "tests/apps/gtk3_pages.h"
 
+#include <algorithm>
 #include <array>
 #include <string>
 
@@ -65,14 +66,18 @@ GtkWidget* makeEntry(GtkWidget* entry, const std::string& name, const char* plac
 }
 
 /// Buttons whose presses show in different ways: in a label, in nothing, late, by a removal.
-GtkWidget* makeButtonRow(GtkWidget* status, unsigned blockMs) {
+GtkWidget* makeButtonRow(GtkWidget* status, const std::vector<unsigned>& blocksMs) {
   GtkWidget* row = gtk_box_new(GTK_ORIENTATION_HORIZONTAL, 6);
   GtkWidget* save = makeButton("Save");
   onSignal(save, "clicked", [status, count = 0]() mutable {
     setText(status, "Status: saved " + std::to_string(++count));
   });
   GtkWidget* slow = makeButton("Slow");
-  onSignal(slow, "clicked", [blockMs] { g_usleep(blockMs * 1000UL); });
+  onSignal(slow, "clicked", [blocksMs, press = std::size_t{0}]() mutable {
+    const unsigned blockMs = blocksMs.at(std::min(press++, blocksMs.size() - 1));
+    g_usleep(blockMs * 1000UL);
+    logLine("blocked " + std::to_string(blockMs));
+  });
   GtkWidget* victim = makeButton("Victim");
   GtkWidget* remove = makeButton("Remove");
   onSignal(remove, "clicked", [status, victim, isThere = true]() mutable {
@@ -268,12 +273,12 @@ GtkWidget* makeButton(const char* label) {
   return button;
 }
 
-GtkWidget* makeControlsPage(unsigned blockMs) {
+GtkWidget* makeControlsPage(const std::vector<unsigned>& blocksMs) {
   GtkWidget* page = makeBox(GTK_ORIENTATION_VERTICAL);
   GtkWidget* status = gtk_label_new("Status: idle");
   gtk_widget_set_halign(status, GTK_ALIGN_START);
   append(page, status);
-  append(page, makeButtonRow(status, blockMs));
+  append(page, makeButtonRow(status, blocksMs));
   append(page, makeChoices(status));
   append(page, makeEntries());
   GtkWidget* bottom = gtk_box_new(GTK_ORIENTATION_HORIZONTAL, 6);

@@ -3,14 +3,17 @@
 
 #include <gtk/gtk.h>
 
+#include <vector>
+
 namespace tarqo::gtk3app {
 
 /// A button that logs "clicked LABEL" and does nothing else.
 GtkWidget* makeButton(const char* label);
 
-/// Buttons, check boxes, entries, choices and a canvas. The button "Slow" blocks the application
-/// for `blockMs`.
-GtkWidget* makeControlsPage(unsigned blockMs);
+/// Buttons, check boxes, entries, choices and a canvas. The button "Slow" blocks the application,
+/// press by press as long as `blocksMs` says, at least one number whose last holds on, and then
+/// logs "blocked MS".
+GtkWidget* makeControlsPage(const std::vector<unsigned>& blocksMs);
 
 /// A list, a table and a hundred scrolled lines.
 GtkWidget* makeDataPage();

@@ -33,6 +33,31 @@ void openDialog(GtkWindow* parent, const char* title, const char* message) {
   gtk_widget_show_all(dialog);
 }
 
+/// Opens a dialog with a field, and comes back when it is answered: until then the application runs
+/// in here.
+void ask(GtkWindow* parent) {
+  GtkWidget* dialog =
+      gtk_dialog_new_with_buttons("Ask", parent, GTK_DIALOG_MODAL, "Cancel", GTK_RESPONSE_CANCEL,
+                                  "OK", GTK_RESPONSE_OK, nullptr);
+  GtkWidget* answer = gtk_entry_new();
+  atk_object_set_name(gtk_widget_get_accessible(answer), "Answer");
+  onSignal(answer, "changed",
+           [answer] { logLine("text Answer " + quoted(gtk_entry_get_text(GTK_ENTRY(answer)))); });
+  GtkWidget* again = gtk_button_new_with_label("Ask again");
+  onSignal(again, "clicked", [dialog] { ask(GTK_WINDOW(dialog)); });
+  GtkWidget* content = gtk_dialog_get_content_area(GTK_DIALOG(dialog));
+  gtk_container_add(GTK_CONTAINER(content), answer);
+  gtk_container_add(GTK_CONTAINER(content), again);
+  gtk_dialog_set_default_response(GTK_DIALOG(dialog), GTK_RESPONSE_OK);
+  gtk_entry_set_activates_default(GTK_ENTRY(answer), TRUE);
+  logKeys(dialog);
+  onSignal(dialog, "map-event", [] { logLine("dialog opened"); });
+  gtk_widget_show_all(dialog);
+  const gint response = gtk_dialog_run(GTK_DIALOG(dialog));
+  gtk_widget_destroy(dialog);
+  logLine(std::string("dialog answered ") + (response == GTK_RESPONSE_OK ? "OK" : "Cancel"));
+}
+
 /// A button that logs its press and then does `deed`.
 GtkWidget* doing(const char* label, std::function<void()> deed) {
   GtkWidget* button = makeButton(label);
@@ -53,6 +78,9 @@ GtkWidget* makeMenuBar(GtkWindow* window) {
   GtkWidget* file = appendSubmenu(bar, "File");
   append(file, makeMenuItem("New", "File/New"));
   append(file, makeMenuItem("Open…", "File/Open…"));
+  GtkWidget* asking = makeMenuItem("Ask", "File/Ask");
+  onSignal(asking, "activate", [window] { ask(window); });
+  append(file, asking);
   GtkWidget* exporting = appendSubmenu(file, "Export");
   append(exporting, makeMenuItem("PDF", "File/Export/PDF"));
   GtkWidget* image = appendSubmenu(exporting, "Image");
@@ -106,11 +134,20 @@ GtkWidget* makeWindowsPage(GtkWindow* window) {
             }),
       doing("Rename window", [window] { gtk_window_set_title(window, "Renamed"); }),
       doing("Minimize window", [window] { gtk_window_iconify(window); }),
-      doing("Close window", [window] { gtk_window_close(window); })};
+      doing("Close window", [window] { gtk_window_close(window); }),
+      doing("Ask", [window] { ask(window); })};
   for (GtkWidget* button : buttons) {
     gtk_widget_set_halign(button, GTK_ALIGN_START);
     gtk_container_add(GTK_CONTAINER(page), button);
   }
+  GtkWidget* field = gtk_entry_new();
+  atk_object_set_name(gtk_widget_get_accessible(field), "Asks when set");
+  onSignal(field, "changed", [field, window] {
+    if (gtk_entry_get_text_length(GTK_ENTRY(field)) > 0) {
+      ask(window);
+    }
+  });
+  gtk_container_add(GTK_CONTAINER(page), field);
   return page;
 }
 

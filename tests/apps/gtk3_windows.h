@@ -10,10 +10,13 @@ namespace tarqo::gtk3app {
 /// A menu item "LABEL" that logs "menu PATH".
 GtkWidget* makeMenuItem(const char* label, const char* path);
 
-/// File (with three levels below it), View with a check item, Help with the dialog "About".
+/// File (with three levels below it, and "Ask"), View with a check item, Help with the dialog
+/// "About".
 GtkWidget* makeMenuBar(GtkWindow* window);
 
 /// Buttons that open dialogs and windows, and move, resize, rename, minimise and close `window`.
+/// The handlers of "Ask" and of the field below it wait in a loop of their own for the dialog
+/// "Ask", which has a field, and a button that asks once more.
 GtkWidget* makeWindowsPage(GtkWindow* window);
 
 /// Opens a window with the buttons "Greet" and "Close", which logs when it has opened and closed.

@@ -1,7 +1,7 @@
 #!/usr/bin/python3 -B
 """A GTK 4 application to be driven by tests: each activation of a control is one line of output.
 
-    gtk4_app.py [--title TEXT] [--geometry WIDTHxHEIGHT] [--slow-start MS]
+    gtk4_app.py [--title TEXT] [--geometry WIDTHxHEIGHT] [--slow-start MS] [--block MS[,MS...]]
 
 Prints "ready" when its window is shown. GTK 4 leaves the place of a window to the window manager.
 """
@@ -15,7 +15,8 @@ gi.require_version("Gdk", "4.0")
 gi.require_version("Gtk", "4.0")
 from gi.repository import Gdk, Gio, GLib, Gtk  # noqa: E402
 
-from app_log import log_drag, log_line, log_text, log_toggle, parse_geometry  # noqa: E402
+from app_log import (  # noqa: E402
+    log_drag, log_line, log_text, log_toggle, make_blocking, parse_geometry)
 
 APPLICATION_ID = "com.tarqo.test.gtk4"
 
@@ -199,7 +200,8 @@ class App:
         content.append(make_row(Gtk.Label(label="Name"),
                                 make_entry(Gtk.Entry(placeholder_text="Full name"), "Name")))
         content.append(make_row(Gtk.Label(label="Password"),
-                                make_entry(Gtk.PasswordEntry(), "Password")))
+                                make_entry(Gtk.PasswordEntry(), "Password"),
+                                make_button("Slow", make_blocking(self.options.block))))
         content.append(make_entry(Gtk.SearchEntry(), "Search"))
         content.append(make_row(make_list(), make_lines()))
         return content
@@ -222,6 +224,7 @@ def main():
     parser.add_argument("--title", default="Tarqo GTK 4")
     parser.add_argument("--geometry", default="560x520")
     parser.add_argument("--slow-start", type=int, default=0, metavar="MS")
+    parser.add_argument("--block", default="1000", metavar="MS[,MS...]")
     options = parser.parse_args()
     time.sleep(options.slow_start / 1000)
     # Becomes the class of the window and the name of the accessible application.

@@ -1,7 +1,8 @@
 #!/usr/bin/python3 -B
 """A Qt application to be driven by tests: each activation of a control is one line of output.
 
-    qt_app.py [--title TEXT] [--geometry WIDTHxHEIGHT+X+Y] [--slow-start MS] [--plain]
+    qt_app.py [--title TEXT] [--geometry WIDTHxHEIGHT+X+Y] [--slow-start MS] [--block MS[,MS...]]
+              [--plain]
 
 --plain makes the window of a plain widget with one button, in place of a main window.
 Prints "ready" when its window is shown and drawn.
@@ -14,7 +15,7 @@ import time
 
 from PyQt5 import QtCore, QtGui, QtWidgets
 
-from app_log import log_drag, log_line, log_text, log_toggle, parse_geometry
+from app_log import log_drag, log_line, log_text, log_toggle, make_blocking, parse_geometry
 
 
 def make_button(label, deed=None):
@@ -153,6 +154,7 @@ class Window(QtWidgets.QMainWindow):
         self.setWindowTitle(options.title)
         self.status = QtWidgets.QLabel("Status: idle")
         self.saved = 0
+        self.block = make_blocking(options.block)
         self.is_ready = False
         self.add_menus()
         self.setCentralWidget(self.make_content())
@@ -203,7 +205,8 @@ class Window(QtWidgets.QMainWindow):
         column.addLayout(make_row(agree, make_check("Plain"), make_choice(), make_canvas()))
         column.addLayout(make_row(QtWidgets.QLabel("Name"), make_entry("Name", "Full name")))
         column.addLayout(make_row(QtWidgets.QLabel("Password"),
-                                  make_entry("Password", "", is_password=True)))
+                                  make_entry("Password", "", is_password=True),
+                                  make_button("Slow", self.block)))
         data = QtWidgets.QHBoxLayout()
         data.addWidget(make_list())
         data.addWidget(make_table(), 2)
@@ -236,6 +239,7 @@ def main():
     parser.add_argument("--title", default="Tarqo Qt")
     parser.add_argument("--geometry", default="560x480")
     parser.add_argument("--slow-start", type=int, default=0, metavar="MS")
+    parser.add_argument("--block", default="1000", metavar="MS[,MS...]")
     parser.add_argument("--plain", action="store_true")
     options = parser.parse_args()
     time.sleep(options.slow_start / 1000)

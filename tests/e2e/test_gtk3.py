@@ -2,9 +2,9 @@
 
 import unittest
 
-from e2e import GTK3, HelperError, HelperTest, nodes_of
+from e2e import GTK3, HelperTest, nodes_of
 from one_click import (
-    OneClick, OneClickTests, OneDialogClickTests, OneMenuClickTests, OneStalledClickTests)
+    OneClickTests, OneDialogClickTests, OneMenuClickTests, OneStalledClickTests)
 from toolkits import ClickingTests, LaunchTests, ReadingTests, ToolkitTest
 
 
@@ -67,35 +67,6 @@ class Dialog(Gtk3Test, OneDialogClickTests):
 
 class Menus(Gtk3Test, OneMenuClickTests):
     pass
-
-
-class SlowButton(Gtk3Test, OneClick):
-    """A handler that keeps the application from answering for a while."""
-
-    def expect_once_however_slow(self, milliseconds):
-        self.start("--block", str(milliseconds))
-        for _ in range(2):
-            node = self.node("Slow", "button")
-            self.app.forget()
-            try:
-                self.call("click", nodeId=node["id"])
-            except HelperError as error:
-                # A press that nothing confirmed may be reported so, but never be repeated.
-                self.assertEqual(error.code, "hit_test_failed")
-            self.settled()
-            self.assertEqual(self.app.lines("clicked"), ["clicked Slow"])
-
-    def test_200_ms(self):
-        self.expect_once_however_slow(200)
-
-    def test_400_ms(self):
-        self.expect_once_however_slow(400)
-
-    def test_700_ms(self):
-        self.expect_once_however_slow(700)
-
-    def test_1000_ms(self):
-        self.expect_once_however_slow(1000)
 
 
 if __name__ == "__main__":

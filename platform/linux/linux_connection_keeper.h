@@ -1,0 +1,30 @@
+// Keeps a connection to another process open for longer than the helper may live.
+#pragma once
+
+#include "platform/process_id.h"
+
+namespace tarqo::lnx {
+
+/// A child that holds a socket until its other end is closed. It is in a session of its own, has no
+/// other file open, and heeds no signal but SIGKILL, so that what ends the helper spares it.
+///
+/// One thread.
+class ConnectionKeeper {
+ public:
+  ConnectionKeeper() = default;
+  ConnectionKeeper(const ConnectionKeeper&) = delete;
+  ConnectionKeeper& operator=(const ConnectionKeeper&) = delete;
+  /// Lets go of the socket.
+  ~ConnectionKeeper();
+
+  /// Does nothing when something is kept already, and when no process can be made.
+  void keep(int socket);
+
+  /// Leaves the child to itself, as the end of this process does.
+  void abandon() { pid_ = 0; }
+
+ private:
+  Pid pid_ = 0;
+};
+
+}  // namespace tarqo::lnx
