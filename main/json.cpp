@@ -7,30 +7,46 @@ namespace tarqo {
 namespace {
 
 constexpr int kMaxNesting = 512;
+constexpr std::size_t kMaxValues = 100'000;
 
-// The library destroys and writes values recursively, so depth is bounded before it builds any.
-bool nestsTooDeep(std::string_view text) {
-  int depth = 0;
-  bool quoted = false;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const char c = text[i];
-    if (quoted) {
-      if (c == '\\') {
-        ++i;
-      } else if (c == '"') {
-        quoted = false;
-      }
-    } else if (c == '"') {
-      quoted = true;
-    } else if (c == '[' || c == '{') {
-      if (++depth > kMaxNesting) {
-        return true;
-      }
-    } else if (c == ']' || c == '}') {
-      --depth;
+// Where the text that opens with a quotation mark at `i` is closed.
+std::size_t closingQuote(std::string_view text, std::size_t i) {
+  for (++i; i < text.size() && text[i] != '"'; ++i) {
+    if (text[i] == '\\') {
+      ++i;
     }
   }
-  return false;
+  return i;
+}
+
+bool isJsonSpace(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
+
+// The library destroys and writes values recursively, and the end of an array or object asks for
+// memory for all that is in it, without a way to tell that there is none. So both the depth and the
+// number of values are bounded before it builds any.
+void requireModest(std::string_view text) {
+  int depth = 0;
+  std::size_t values = 1;
+  bool first = false;  // Whether the next character is the first in an array or object.
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const char c = text[i];
+    if (isJsonSpace(c)) {
+      continue;
+    }
+    const bool closes = c == ']' || c == '}';
+    values += (first && !closes) || c == ',' ? 1 : 0;
+    first = c == '[' || c == '{';
+    depth += first ? 1 : closes ? -1 : 0;
+    if (depth > kMaxNesting) {
+      throw JsonError("The JSON text nests deeper than 512 levels.");
+    }
+    if (values > kMaxValues) {
+      throw JsonError("The JSON text holds more than 100,000 values.");
+    }
+    if (c == '"') {
+      i = closingQuote(text, i);
+    }
+  }
 }
 
 // "[json.exception.parse_error.101] parse error at …; last read: '…'" without the library's own
@@ -82,9 +98,7 @@ const Json* member(const Json& object, std::string_view key) {
 }  // namespace
 
 Json parseJson(std::string_view text) {
-  if (nestsTooDeep(text)) {
-    throw JsonError("The JSON text nests deeper than 512 levels.");
-  }
+  requireModest(text);
   // The library takes a NUL byte for the end of its input, whatever follows.
   if (text.find('\0') != std::string_view::npos) {
     throw JsonError("The line is not valid JSON: it holds a NUL byte.");

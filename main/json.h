@@ -23,7 +23,7 @@ class JsonError : public std::runtime_error {
 };
 
 /// The object or array in `text`, which must be valid UTF-8. Throws `JsonError` for anything else:
-/// a syntax error, a scalar at the top, nesting deeper than 512.
+/// a syntax error, a scalar at the top, nesting deeper than 512, more than 100,000 values.
 [[nodiscard]] Json parseJson(std::string_view text);
 
 /// `value` on one line: no spaces, "/" escaped, whole numbers without a fraction. None when it

@@ -88,41 +88,44 @@ Json Server::result(const std::string& method, const Json& args) {
   fail(failures::kUnknownMethod);
 }
 
-Served Server::serve(std::string_view line) noexcept {
-  try {
-    Json response = {{"id", nullptr}};
-    try {
-      const Json request = parseJson(unicode::repaired(line));
-      if (!request.is_object()) {
-        fail(failures::kNotARequest);
-      }
-      if (const auto id = request.find("id"); id != request.end()) {
-        response["id"] = *id;
-      }
-      const auto method = textMember(request, "method");
-      if (!method) {
-        fail(failures::kUnknownMethod);
-      }
-      if (*method == kClose) {
-        return {std::nullopt, true};
-      }
-      const auto args = request.find("args");
-      response["result"] =
-          result(*method, args != request.end() && args->is_object() ? *args : Json::object());
-    } catch (const std::exception& error) {
-      response["error"] = errorObject(error);
-    }
-    return {serializeJson(std::move(response)), false};
-  } catch (...) {  // Not even the error could be written down.
-    return {};
+// Leaves the request's id in `id` as soon as it is known.
+Served Server::answer(std::string_view line, Json& id) {
+  const Json request = parseJson(unicode::repaired(line));
+  if (!request.is_object()) {
+    fail(failures::kNotARequest);
   }
+  if (const auto found = request.find("id"); found != request.end()) {
+    id = *found;
+  }
+  const auto method = textMember(request, "method");
+  if (!method) {
+    fail(failures::kUnknownMethod);
+  }
+  if (*method == kClose) {
+    return {.response = std::nullopt, .close = true};
+  }
+  const auto args = request.find("args");
+  const Json none = Json::object();
+  return {serializeJson(
+      {{"id", id},
+       {"result", result(*method, args != request.end() && args->is_object() ? *args : none)}})};
 }
 
-std::string Server::requestTooLarge() {
-  const Json response = {
-      {"id", nullptr},
-      {"error", nativeError("The request line is too long to be held in memory.")}};
-  return serializeJson(response).value_or("");
+Served Server::serve(std::string_view line) noexcept {
+  try {
+    Json id;
+    Json error;
+    try {
+      return answer(line, id);
+    } catch (const std::exception& thrown) {
+      error = errorObject(thrown);
+    } catch (...) {
+      error = nativeError("Something failed that has no name.");
+    }
+    return {serializeJson({{"error", std::move(error)}, {"id", std::move(id)}})};
+  } catch (...) {
+    return {.response = std::nullopt, .outOfMemory = true};
+  }
 }
 
 }  // namespace tarqo

@@ -16,8 +16,17 @@ namespace tarqo {
 /// What became of a request. `response` has no line end; it is none when there is nothing to write.
 struct Served {
   std::optional<std::string> response;
-  bool close = false;  ///< The client asked for the end of the process.
+  bool close = false;        ///< The client asked for the end of the process.
+  bool outOfMemory = false;  ///< Not even the error could be written down.
 };
+
+/// Responses for when no memory can be had to make one.
+inline constexpr std::string_view kRequestTooLarge =
+    R"({"error":{"code":"native_error","message":)"
+    R"("The request line is too long to be held in memory."},"id":null})";
+inline constexpr std::string_view kOutOfMemory =
+    R"({"error":{"code":"native_error","message":)"
+    R"("The request needs more memory than the system has."},"id":null})";
 
 /// The "error" of a response: the code, message and detail of a `Failure`, "native_error" with its
 /// own words for anything else.
@@ -32,10 +41,8 @@ class Server {
   /// Serves a request line of any bytes, without its line end. Never throws.
   [[nodiscard]] Served serve(std::string_view line) noexcept;
 
-  /// The response to a request line that could not be held in memory.
-  [[nodiscard]] static std::string requestTooLarge();
-
  private:
+  Served answer(std::string_view line, Json& id);
   Json result(const std::string& method, const Json& args);
   Json hostResult(const Json& args);
 

@@ -3,6 +3,7 @@
 #include <poll.h>
 
 #include <algorithm>
+#include <exception>
 #include <future>
 #include <set>
 
@@ -128,11 +129,16 @@ bool AtspiEvents::connected(Duration patience) {
     return true;
   }
   disconnect();
-  bus_ = openAccessibilityBus(patience);
-  if (bus_ && !subscribe()) {
-    disconnect();
+  try {
+    bus_ = openAccessibilityBus(patience);
+    if (bus_ && subscribe()) {
+      return true;
+    }
+  } catch (const std::exception&) {
+    // Out of memory: nothing may pass through the main loop, and the next attempt may do better.
   }
-  return bus_ != nullptr;
+  disconnect();
+  return false;
 }
 
 void AtspiEvents::disconnect() {

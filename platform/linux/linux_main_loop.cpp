@@ -1,6 +1,5 @@
 #include "platform/linux/linux_main_loop.h"
 
-#include <poll.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
 
@@ -20,7 +19,8 @@ int milliseconds(Duration duration) {
 
 }  // namespace
 
-LinuxMainLoop::LinuxMainLoop() : wake_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
+LinuxMainLoop::LinuxMainLoop()
+    : wake_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)), watched_{{wake_, POLLIN, 0}} {}
 
 LinuxMainLoop::~LinuxMainLoop() {
   if (wake_ >= 0) {
@@ -28,7 +28,10 @@ LinuxMainLoop::~LinuxMainLoop() {
   }
 }
 
-void LinuxMainLoop::add(LoopSource& source) { sources_.push_back(&source); }
+void LinuxMainLoop::add(LoopSource& source) {
+  sources_.push_back(&source);
+  watched_.push_back({-1, 0, 0});
+}
 
 void LinuxMainLoop::post(std::function<void()> task) {
   {
@@ -53,15 +56,15 @@ void LinuxMainLoop::runTasks() {
   }
 }
 
+// Asks for no memory: there is nobody here to tell when there is none.
 void LinuxMainLoop::turn(Duration patience) {
-  std::vector<pollfd> watched{{wake_, POLLIN, 0}};
   Instant until = std::chrono::steady_clock::now() + patience;
-  for (LoopSource* source : sources_) {
-    watched.push_back({source->descriptor(), source->events(), 0});
-    until = std::min(until, source->deadline().value_or(until));
+  for (std::size_t i = 0; i < sources_.size(); ++i) {
+    watched_[i + 1] = {sources_[i]->descriptor(), sources_[i]->events(), 0};
+    until = std::min(until, sources_[i]->deadline().value_or(until));
   }
   const Duration left = until - std::chrono::steady_clock::now();
-  poll(watched.data(), watched.size(), milliseconds(left));
+  poll(watched_.data(), watched_.size(), milliseconds(left));
   runTasks();
   for (LoopSource* source : sources_) {
     source->serve();

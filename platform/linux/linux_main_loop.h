@@ -1,6 +1,8 @@
 // The main thread's loop: serves file descriptors, and runs what other threads hand over.
 #pragma once
 
+#include <poll.h>
+
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -42,7 +44,8 @@ class LinuxMainLoop final : public MainLoop {
   /// Adds a source, which outlives the loop. Before `run` only.
   void add(LoopSource& source);
 
-  /// Runs `task` on the loop's thread, soon, in the order of the calls. Any thread; never waits.
+  /// Runs `task`, which must not throw, on the loop's thread, soon, in the order of the calls. Any
+  /// thread; never waits.
   void post(std::function<void()> task);
 
   /// One round of `run`: waits for at most `patience` and serves what is ready.
@@ -53,6 +56,7 @@ class LinuxMainLoop final : public MainLoop {
 
   int wake_ = -1;  ///< An eventfd that `post` writes to.
   std::vector<LoopSource*> sources_;
+  std::vector<pollfd> watched_;  ///< That of `wake_` and of each source, in their order.
   std::mutex tasksLock_;
   std::vector<std::function<void()>> tasks_;
 };

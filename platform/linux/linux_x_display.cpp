@@ -287,7 +287,11 @@ XServer* XDisplay::server() {
       std::promise<std::unique_ptr<XServer>> result;
       connecting_ = result.get_future();
       std::thread([promise = std::move(result)]() mutable {
-        promise.set_value(XServer::connect());
+        try {
+          promise.set_value(XServer::connect());
+        } catch (const std::exception&) {
+          return;  // Whoever waits finds the promise broken.
+        }
       }).detach();
       patience = kXTimeout;
     }

@@ -49,6 +49,26 @@ TEST(ParseJson, NestsDownToLevel512) {
   EXPECT_THROW((void)parseJson(nested(513)), JsonError);
 }
 
+std::string arrayOf(int count, const std::string& value) {
+  std::string text = "[";
+  for (int i = 0; i < count; ++i) {
+    text += (i == 0 ? "" : " , ") + value;
+  }
+  return text + "]";
+}
+
+TEST(ParseJson, TakesOneHundredThousandValues) {
+  // The array itself is one.
+  for (const char* value : {"0", R"("a,\",[{")", "[]", "{ }"}) {
+    EXPECT_NO_THROW((void)parseJson(arrayOf(99'999, value))) << value;
+    EXPECT_THROW((void)parseJson(arrayOf(100'000, value)), JsonError) << value;
+  }
+  for (const char* value : {"[0]", R"({"a":0})"}) {
+    EXPECT_NO_THROW((void)parseJson(arrayOf(49'999, value))) << value;
+    EXPECT_THROW((void)parseJson(arrayOf(50'000, value)), JsonError) << value;
+  }
+}
+
 TEST(ParseJson, RefusesADeepUnclosedTextWithoutRecursing) {
   EXPECT_THROW((void)parseJson(std::string(5'000'000, '[')), JsonError);
   std::string objects;

@@ -144,10 +144,25 @@ TEST_F(ServeLine, WritesNothingForAResultThatJsonCannotExpress) {
   EXPECT_EQ(serveLine(R"({"id":2,"method":"geometry"})")["id"], 2);
 }
 
-TEST_F(ServeLine, SaysThatALineWasTooLongInAResponseOfItsOwn) {
-  const Json response = Json::parse(Server::requestTooLarge());
-  EXPECT_EQ(response["id"], nullptr);
+TEST_F(ServeLine, AnswersWhatIsThrownAndIsNoException) {
+  sim::App& game = desktop.app("com.example.Game");
+  game.window({100, 100, 400, 300});
+  game.afterCalls(1, [] { throw 5; });
+  const Json response =
+      serveLine(R"({"id":1,"method":"connect","args":{"bundleId":"com.example.Game"}})");
+  EXPECT_EQ(response["id"], 1);
   EXPECT_EQ(response["error"]["code"], "native_error");
+  EXPECT_NE(response["error"]["message"], "");
+}
+
+TEST(PreparedResponse, IsOneThatCouldHaveBeenMadeThen) {
+  for (const std::string_view prepared : {kRequestTooLarge, kOutOfMemory}) {
+    const Json response = Json::parse(prepared);
+    EXPECT_EQ(response["id"], nullptr);
+    EXPECT_EQ(response["error"]["code"], "native_error");
+    EXPECT_EQ(serializeJson(response), prepared);
+  }
+  EXPECT_EQ(Json::parse(kOutOfMemory)["error"], errorObject(std::bad_alloc()));
 }
 
 TEST(FailureRecord, KeepsItsOwnCodeAndMessageWhateverItsDetailSays) {
