@@ -34,6 +34,7 @@ int main(int argc, char** argv) {
     std::fputs(kUsage, help ? stdout : stderr);
     return help ? 0 : 2;
   }
+  tarqo::limitKeptMemory();
   const tarqo::ProtocolStreams streams = tarqo::claimStandardStreams();
   if (streams.in == nullptr || streams.out == nullptr) {
     std::fputs("tarqo-ax: standard input and standard output must be open\n", stderr);

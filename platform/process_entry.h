@@ -9,9 +9,10 @@ namespace tarqo {
 
 /// The two streams of the protocol, taken away from everybody else: afterwards descriptor 0 reads
 /// the null device and descriptor 1 writes to standard error, so that no library and no child
-/// process can eat a request or slip a line between responses. Also makes writing to a closed pipe
-/// or socket an ordinary error instead of the end of the process. Call once, before any thread
-/// starts. A stream is null when the system gives none.
+/// process can eat a request or slip a line between responses. Both wait for their other end, also
+/// where whoever started the process had set them not to. Also makes writing to a closed pipe or
+/// socket an ordinary error instead of the end of the process. Call once, before any thread starts.
+/// A stream is null when the system gives none.
 struct ProtocolStreams {
   std::FILE* in = nullptr;
   std::FILE* out = nullptr;
@@ -27,6 +28,11 @@ struct ProtocolStreams {
 /// functions included, and keeps it for good on a thread that has no such turns. Elsewhere nothing
 /// is left. Any thread.
 void runAndRelease(const std::function<void()>& body);
+
+/// Lets the process keep no more than a few megabytes of memory that it has freed. Without it, what
+/// one unusually long request took would never go back to the system. Call once, before any thread
+/// starts.
+void limitKeptMemory();
 
 /// Ends the process at once: no destructors, so that no thread finds its objects gone.
 [[noreturn]] void endProcess(int status);

@@ -32,6 +32,7 @@ int main(int argc, char** argv) {
   if (simulation == nullptr) {
     return 1;
   }
+  tarqo::limitKeptMemory();
   const tarqo::ProtocolStreams streams = tarqo::claimStandardStreams();
   if (streams.in == nullptr || streams.out == nullptr) {
     std::fputs("tarqo-ax-sim: standard input and standard output must be open\n", stderr);

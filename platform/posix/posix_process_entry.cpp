@@ -1,6 +1,9 @@
 #include <fcntl.h>
 #include <pthread.h>
 #include <unistd.h>
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
 
 #include <csignal>
 #include <cstdlib>
@@ -11,7 +14,17 @@
 namespace tarqo {
 namespace {
 
+// The streams of the protocol are read and written to the end; a pipe that does not wait would look
+// like the end of them.
+void makeWaiting(int descriptor) {
+  const int flags = fcntl(descriptor, F_GETFL);
+  if (flags >= 0 && (flags & O_NONBLOCK) != 0) {
+    fcntl(descriptor, F_SETFL, flags & ~O_NONBLOCK);
+  }
+}
+
 std::FILE* moveAside(int descriptor, const char* mode) {
+  makeWaiting(descriptor);
   const int aside = fcntl(descriptor, F_DUPFD_CLOEXEC, 3);
   return aside < 0 ? nullptr : fdopen(aside, mode);
 }
@@ -55,6 +68,16 @@ bool startThread(std::size_t stackBytes, std::function<void()> body) {
   }
   pthread_attr_destroy(&attributes);
   return started;
+}
+
+// The GNU allocator keeps what it has once given out in blocks of up to 32 MiB, and for other threads
+// than the main one `malloc_trim` does not change that. Others give large blocks back by themselves.
+void limitKeptMemory() {
+#ifdef __GLIBC__
+  constexpr int kMiB = 1 << 20;
+  mallopt(M_MMAP_THRESHOLD, 4 * kMiB);  // From this size on, a block is freed by itself.
+  mallopt(M_TRIM_THRESHOLD, 8 * kMiB);  // What may stay free at the end of a thread's memory.
+#endif
 }
 
 void endProcess(int status) { std::_Exit(status); }

@@ -28,11 +28,16 @@ std::array<int, 2> makePipe() {
 
 }  // namespace
 
-PipedProgram::PipedProgram(const std::vector<std::string>& commandLine) {
+PipedProgram::PipedProgram(const std::vector<std::string>& commandLine, Pipes pipes) {
   // The program may end before it has read what is written to it.
   (void)std::signal(SIGPIPE, SIG_IGN);
   const auto input = makePipe();
   const auto output = makePipe();
+  if (pipes == Pipes::notWaiting) {
+    for (const int end : {input[0], output[1]}) {
+      (void)fcntl(end, F_SETFL, O_NONBLOCK);
+    }
+  }
   input_.reset(fdopen(input[1], "w"));
   output_.reset(fdopen(output[0], "r"));
   posix_spawn_file_actions_t actions;

@@ -13,9 +13,12 @@ namespace tarqo::transcripts {
 
 class PipedProgram {
  public:
+  /// Whether the program's ends of the pipes wait for the test's.
+  enum class Pipes { waiting, notWaiting };
+
   /// Starts the program; throws `std::runtime_error` when that fails. Its standard error is the
   /// test's own.
-  explicit PipedProgram(const std::vector<std::string>& commandLine);
+  explicit PipedProgram(const std::vector<std::string>& commandLine, Pipes pipes = Pipes::waiting);
   PipedProgram(const PipedProgram&) = delete;
   PipedProgram& operator=(const PipedProgram&) = delete;
   /// Ends its input and waits for its end.
@@ -26,6 +29,8 @@ class PipedProgram {
 
   /// Ends its input, waits for its end, and gives its exit status; -1 when a signal ended it.
   int finish();
+
+  [[nodiscard]] pid_t pid() const { return pid_; }
 
  private:
   struct CloseFile {
