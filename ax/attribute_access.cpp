@@ -10,21 +10,30 @@ namespace {
 
 constexpr std::size_t kMaxTextClusters = 2048;
 
-/// A cluster has no end of its own: a letter may carry a million accents. This leaves 32 bytes to
-/// each, more than the longest emoji takes.
-constexpr std::size_t kMaxTextBytes = 32 * kMaxTextClusters;
+/// A cluster has no end of its own: a letter may carry a million accents. This leaves 64 bytes to
+/// each; the longest emoji, a family of four with a skin tone each, takes 41.
+constexpr std::size_t kMaxTextBytes = 64 * kMaxTextClusters;
 
-/// The longest beginning of a valid UTF-8 text that has no more bytes.
+/// The longest beginning of whole clusters that has no more bytes; of a first one that has more, as
+/// many whole code points. Of valid UTF-8.
 std::string cutToBytes(std::string text, std::size_t most) {
-  if (text.size() > most) {
-    const auto continues = [&](std::size_t at) {
-      return (static_cast<unsigned char>(text[at]) & 0xC0U) == 0x80U;
-    };
-    while (most > 0 && continues(most)) {
-      --most;
-    }
-    text.resize(most);
+  if (text.size() <= most) {
+    return text;
   }
+  std::size_t end = 0;
+  bool fits = true;
+  unicode::forEachCluster(text, [&](std::string_view cluster) {
+    fits = fits && end + cluster.size() <= most;
+    end += fits ? cluster.size() : 0;
+  });
+  const auto continues = [&](std::size_t at) {
+    return (static_cast<unsigned char>(text[at]) & 0xC0U) == 0x80U;
+  };
+  if (end == 0) {
+    for (end = most; end > 0 && continues(end); --end) {
+    }
+  }
+  text.resize(end);
   return text;
 }
 

@@ -44,7 +44,7 @@ using Attributes = std::map<std::string_view, Value>;
 [[nodiscard]] std::optional<bool> booleanValue(const std::optional<Value>& value);
 
 /// The one conversion of a value to text: texts only, without white space at the ends, at most 2048
-/// grapheme clusters and 64 KiB, valid UTF-8; empty for everything else, numbers included.
+/// grapheme clusters and 128 KiB, valid UTF-8; empty for everything else, numbers included.
 [[nodiscard]] std::string text(const Value* value);
 [[nodiscard]] std::string text(const std::optional<Value>& value);
 
