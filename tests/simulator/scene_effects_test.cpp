@@ -137,5 +137,14 @@ TEST_F(SceneEffects, BringTheHostAboveTheHelper) {
   EXPECT_EQ(processes.parentPid(*processes.parentPid(python)), desktop().app("t").pid());
 }
 
+// The record is for tests; a program that runs for days would grow by it.
+TEST(Simulation, KeepsNoRecordOfWhatRequestsDid) {
+  Simulation simulation(SceneFile(R"({"applications":[{"bundleId":"a","windows":[]}]})"));
+  const Served served = simulation.serve(R"({"id":1,"method":"connect","args":{"bundleId":"a"}})");
+  ASSERT_TRUE(served.response.has_value());
+  EXPECT_EQ(served.response->find("error"), std::string::npos);
+  EXPECT_TRUE(simulation.desktop().journal().lines().empty());
+}
+
 }  // namespace
 }  // namespace tarqo::sim
