@@ -12,8 +12,10 @@ Simulation::Simulation(SceneFile scene) : scene_(std::move(scene)) {
 Served Simulation::serve(std::string_view line) {
   Served served = server_.serve(line);
   scene_.changeAfter(++served_, stage_);
-  // The record of what was done is for tests; here nobody reads it, and it would grow for ever.
+  // The records of what was done are for tests; here nobody reads them, and they would grow for
+  // ever.
   stage_.desktop.journal().clear();
+  stage_.desktop.input().sourceTexts.clear();
   return served;
 }
 

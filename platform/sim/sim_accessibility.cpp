@@ -254,6 +254,7 @@ std::unique_ptr<Observer> AccessibilityService::observe(Pid pid, NotificationCal
   if (app == nullptr || app->facts.refusesObservers) {
     return nullptr;
   }
+  std::erase_if(world_.listeners, [](const auto& each) { return each.expired(); });
   auto listener = std::make_shared<Listener>(Listener{pid, std::move(callback), {}});
   world_.listeners.push_back(listener);
   return std::make_unique<ListeningObserver>(world_, std::move(listener));

@@ -24,9 +24,9 @@ class HelperError(Exception):
 class Helper:
     """One running helper. Close it, or use it in a `with` statement."""
 
-    def __init__(self, program, env=None):
+    def __init__(self, program, env=None, arguments=()):
         self._process = subprocess.Popen(
-            [program], stdin=subprocess.PIPE, stdout=subprocess.PIPE, env=env)
+            [program, *arguments], stdin=subprocess.PIPE, stdout=subprocess.PIPE, env=env)
         self._buffer = b""
         self._next_id = 0
 
