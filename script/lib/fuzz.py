@@ -1,4 +1,4 @@
-"""Runs the fuzzers side by side for a while and says what they did; script/fuzz is how it is called."""
+"""Runs the fuzzers side by side for a while and says what they did: script/fuzz."""
 
 import argparse
 import os

@@ -155,8 +155,8 @@ class Source:
             elif self._is_negation(start, end) and cursor.kind == CursorKind.UNARY_OPERATOR:
                 self._flip(start, end, "drop the !", 2)
             elif cursor.kind == CursorKind.CXX_BOOL_LITERAL_EXPR:
-                text = self._text(start, end)
-                self._flip(start, end, "%s -> %s" % (text, "false" if text == "true" else "true"), 2)
+                is_true = self._text(start, end) == "true"
+                self._flip(start, end, "true -> false" if is_true else "false -> true", 2)
         for start, end, cursor in self._variables:
             if any(start <= wrap.start and wrap.end <= end for wrap in self._wraps):
                 self._no_constant(start, cursor)

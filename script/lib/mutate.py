@@ -32,6 +32,7 @@ TESTED = [*("tests/%s/all" % name for name in (
     "main", "host", "ax", "session", "observe", "input", "simulator", "transcripts")), "fuzz/all"]
 LIMIT_SECONDS = 20
 MEMORY = 4 << 30
+PROGRESS = 200
 COMPLAINT = re.compile(r"^(?:\S*/source/)?(\S+?):(\d+):\d+: (?:fatal )?(error|note):", re.MULTILINE)
 
 
@@ -273,7 +274,13 @@ def main():
         list(pool.map(lambda test: measure(*test, mutants[-1].id + 1), tests))
         print("mutate: %d tests; %.0f s" % (len(tests), time.monotonic() - begin),
               file=sys.stderr, flush=True)
-        outcomes = list(pool.map(lambda mutant: verdict(mutant, found), wanted))
+        outcomes = []
+        for outcome in pool.map(lambda mutant: verdict(mutant, found), wanted):
+            outcomes.append(outcome)
+            if len(outcomes) % PROGRESS == 0:
+                print("mutate: %d of %d; %.0f s" % (len(outcomes), len(wanted),
+                                                    time.monotonic() - begin),
+                      file=sys.stderr, flush=True)
     report(list(zip(wanted, outcomes)), uncompiled, begin)
 
 

@@ -136,7 +136,7 @@ class Driver:
 
 
 def run(driver, arguments, growth):
-    """How many cycles there were. The middle is that of the cycles, or of the time if that is short."""
+    """How many cycles there were. The middle is that of the cycles, or of the time if it is short."""
     begin = time.monotonic()
     limit = (arguments.minutes or float("inf")) * 60
     first = min(arguments.cycles // 10, 100)
@@ -166,8 +166,9 @@ def main():
     begin = time.monotonic()
     cycles = run(driver, arguments, growth)
     growth.measure()
-    print("real applications: %d of %d cycles in %.0f s; %d of %d actions that should succeed did" % (
-        cycles, arguments.cycles, time.monotonic() - begin, driver.done, driver.tried))
+    print("real applications: %d of %d cycles in %.0f s" % (
+        cycles, arguments.cycles, time.monotonic() - begin))
+    print("  %d of %d actions that should succeed did" % (driver.done, driver.tried))
     driver.outcomes.show()
     status = driver.helper.close()
     if status != 0:

@@ -58,7 +58,8 @@ class Traffic:
         kind = self._chance.choice(["type", "key", "scroll", "press"])
         self._send("input", nodeId=self._node(), kind=kind, submit=self._chance.random() < 0.3,
                    text=self._chance.choice(["abc", "한글 😀", "", "\n", "x" * 2001]),
-                   key=self._chance.choice(KEYS), modifiers=self._chance.choice([[], ["Shift"], ["X"]]),
+                   key=self._chance.choice(KEYS),
+                   modifiers=self._chance.choice([[], ["Shift"], ["X"]]),
                    deltaY=self._chance.choice([-300, -900, 0, 500, 5000]),
                    deltaX=self._chance.choice([0, 0, 0, 200]))
 
