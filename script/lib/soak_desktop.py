@@ -136,7 +136,7 @@ class Driver:
 
 
 def run(driver, arguments, growth):
-    """How many cycles there were. The middle is that of the cycles, or of the time if it is short."""
+    """How many cycles there were. The middle is that of the cycles, or of a shorter time."""
     begin = time.monotonic()
     limit = (arguments.minutes or float("inf")) * 60
     first = min(arguments.cycles // 10, 100)
