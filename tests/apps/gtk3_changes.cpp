@@ -62,15 +62,17 @@ GtkWidget* find(std::string name) {
   return label;
 }
 
+/// The newest window of that title.
 GtkWindow* windowTitled(const std::string& title) {
+  GtkWindow* newest = nullptr;
   for (GtkWidget* widget : allWidgets()) {
     if (GTK_IS_WINDOW(widget) && title == (gtk_window_get_title(GTK_WINDOW(widget)) != nullptr
                                                ? gtk_window_get_title(GTK_WINDOW(widget))
                                                : "")) {
-      return GTK_WINDOW(widget);
+      newest = GTK_WINDOW(widget);
     }
   }
-  return nullptr;
+  return newest;
 }
 
 int number(const std::string& word) { return std::atoi(word.c_str()); }

@@ -12,7 +12,7 @@ namespace tarqo::gtk3app {
 /// or the line is wrong. Names are those that widgets show; "_" stands for a blank in them.
 ///
 ///   move X Y · resize WIDTH HEIGHT · raise · minimise · above on|off       `window`
-///   open TITLE X Y · close TITLE             another window
+///   open TITLE X Y · close TITLE             another window, the newest of that title
 ///   cover X Y WIDTH HEIGHT · uncover         a popup that no window manager knows
 ///   dismiss                                  closes all menus
 ///   tab NAME                                 shows that page

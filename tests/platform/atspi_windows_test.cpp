@@ -98,7 +98,7 @@ TEST(AtspiTwins, AProofOfOneOfThreeLeavesTheOthersUntold) {
 
 TEST(AtspiTwins, AProofHoldsAgainstTitleAndPlace) {
   std::vector<Toplevel> objects{object("/1", "One", kHere), object("/2", "Two", kThere)};
-  EXPECT_TRUE(matchWindows(objects, {xWindow(10, "Two", kThere), xWindow(20, "One", kHere)},
+  EXPECT_TRUE(matchWindows(objects, {xWindow(10, "Two", kThere), xWindow(20, "Two", kThere)},
                            {{refOf("/1"), 10}})
                   .empty());
   EXPECT_EQ(numbersOf(objects), (Numbers{10, 20}));
