@@ -63,6 +63,23 @@ TEST_F(FaultsContract, GiveNothingOfAHungApplicationAfterTheTimeout) {
   target->resume();
 }
 
+TEST_F(FaultsContract, WaitForTwoTimeoutsForAnAction) {
+  const Element save = control("AXButton", "Save");
+  target->hang();
+
+  const Duration taken =
+      timeOf([&] { EXPECT_NE(ax.perform(save, "AXPress"), Performed::acknowledged); });
+
+  EXPECT_LT(taken, 2 * kMessagingTimeout + 100ms);
+  target->resume();
+}
+
+TEST_F(FaultsContract, TakeNobodyForEndangeredWhoIsInNoAction) {
+  (void)ax.perform(control("AXButton", "Save"), "AXPress");
+  EXPECT_FALSE(ax.isEndangeredByKeys(target->pid()));
+  EXPECT_FALSE(ax.isEndangeredByKeys(0x3FFFFFFF));
+}
+
 TEST_F(FaultsContract, RecoverWithTheApplication) {
   const Element save = control("AXButton", "Save");
   target->hang();
