@@ -91,9 +91,16 @@ class HoverButton(QtWidgets.QPushButton):
         log_line("hovered " + self.text())
 
 
+class Canvas(QtWidgets.QLabel):
+    def mousePressEvent(self, event):
+        super().mousePressEvent(event)
+        if event.button() == QtCore.Qt.LeftButton:
+            log_line("pressed Canvas 1")
+
+
 def make_canvas():
     """An area that opens a menu at the right button."""
-    canvas = QtWidgets.QLabel("Canvas", minimumWidth=90)
+    canvas = Canvas("Canvas", minimumWidth=90)
     menu = QtWidgets.QMenu(canvas)
     for label in ("Copy", "Paste"):
         menu.addAction(label).triggered.connect(

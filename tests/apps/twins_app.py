@@ -25,9 +25,10 @@ def add_lines_of(number):
 
 def run_gtk3(count):
     import gi
+    gi.require_version("Gdk", "3.0")
     gi.require_version("Gtk", "3.0")
     gi.require_version("GdkX11", "3.0")
-    from gi.repository import GdkX11, GLib, Gtk  # noqa: F401  pylint: disable=unused-import
+    from gi.repository import Gdk, GdkX11, GLib, Gtk  # noqa: F401  pylint: disable=unused-import
 
     for number in range(1, count + 1):
         log, log_name = add_lines_of(number)
@@ -43,7 +44,8 @@ def run_gtk3(count):
             column.pack_start(widget, False, False, 0)
         window.add(column)
         window.connect("key-press-event",
-                       lambda _, event, log=log: log("key %d" % event.keyval) and False)
+                       lambda _, event, log=log: log("key " + Gdk.keyval_name(event.keyval))
+                       and False)
         window.show_all()
         log_line("window %d 0x%x" % (number, window.get_window().get_xid()))
     GLib.idle_add(lambda: log_line("ready"), priority=GLib.PRIORITY_LOW)
@@ -52,9 +54,10 @@ def run_gtk3(count):
 
 def run_gtk4(count):
     import gi
+    gi.require_version("Gdk", "4.0")
     gi.require_version("Gtk", "4.0")
     gi.require_version("GdkX11", "4.0")
-    from gi.repository import GdkX11, Gio, GLib, Gtk  # noqa: F401  pylint: disable=unused-import
+    from gi.repository import Gdk, GdkX11, Gio, GLib, Gtk  # noqa: F401  pylint: disable=unused-import
 
     def open_all(application):
         for number in range(1, count + 1):
@@ -71,7 +74,8 @@ def run_gtk4(count):
                                            default_width=SIZE[0], default_height=SIZE[1])
             keys = Gtk.EventControllerKey(propagation_phase=Gtk.PropagationPhase.CAPTURE)
             keys.connect("key-pressed",
-                         lambda _, value, *rest, log=log: log("key %d" % value) and False)
+                         lambda _, value, *rest, log=log: log("key " + Gdk.keyval_name(value))
+                         and False)
             window.add_controller(keys)
             window.present()
             log_line("window %d 0x%x" % (number, window.get_surface().get_xid()))
@@ -86,7 +90,7 @@ def run_gtk4(count):
 
 
 def run_qt(count):
-    from PyQt5 import QtCore, QtWidgets
+    from PyQt5 import QtCore, QtGui, QtWidgets
 
     class Window(QtWidgets.QMainWindow):
         def __init__(self, number):
@@ -107,7 +111,7 @@ def run_qt(count):
             self.setCentralWidget(content)
 
         def keyPressEvent(self, event):
-            self.log("key %d" % event.key())
+            self.log("key " + QtGui.QKeySequence(event.key()).toString())
 
     application = QtWidgets.QApplication(["twins_app.py"])
     windows = [Window(number) for number in range(1, count + 1)]
