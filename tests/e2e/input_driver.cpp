@@ -1,7 +1,11 @@
 // Posts input events as the helper does, on demand: what they do to a real application can be seen
 // without the checks that come before an action.
 //
-// Reads lines, answers each with "ok" or "refused":
+// Reads lines, answers each with "ok", with "refused" when an event could not be created, or with
+// "elsewhere" when one would not have reached the receiver:
+//   to PID                    what acts from now on goes to that process only; 0 for no matter
+//   which time N                    posts N moves to where the pointer is, and answers with the
+//                             milliseconds that one took: the median and the 99th percentile
 //   type PACE TEXT            every grapheme cluster: down, a third of PACE ms, up, the rest of it
 //   key CODE MODIFIERS        a virtual key code and a modifier mask in hexadecimal digits
 //   hold CODE MODIFIERS MS    the same, down for so long
@@ -9,12 +13,16 @@
 //   scroll PIXELS
 // Ends at the end of its input.
 
+#include <algorithm>
+#include <array>
 #include <chrono>
 #include <iostream>
 #include <memory>
 #include <sstream>
 #include <string>
 #include <thread>
+#include <utility>
+#include <vector>
 
 #include "platform/linux/linux_input_events.h"
 #include "platform/linux/linux_x_display.h"
@@ -25,12 +33,18 @@ namespace {
 
 using std::chrono::milliseconds;
 
+enum class Outcome { ok, refused, elsewhere };
+
 class Driver {
  public:
-  bool obey(const std::string& line) {
+  Outcome obey(const std::string& line) {
     std::istringstream words(line);
     std::string verb;
     words >> verb;
+    if (verb == "to") {
+      words >> receiver_;
+      return Outcome::ok;
+    }
     if (verb == "type") {
       return type(words);
     }
@@ -40,50 +54,90 @@ class Driver {
     if (verb == "scroll") {
       std::int32_t pixels = 0;
       words >> pixels;
-      return post(ScrollEvent{pixels});
+      return post(ScrollEvent{pixels}, true);
     }
     return point(verb, words);
+  }
+
+  /// How long an event takes that is judged and posted, in milliseconds.
+  std::string time(std::istringstream& words) {
+    std::string kind;
+    std::size_t count = 0;
+    words >> kind >> count;
+    const auto source = events_.makeSource("");
+    const Point at = events_.pointerLocation().value_or(Point{});
+    const InputEvent event = kind == "text" ? InputEvent(TextEvent{"a", true})
+                                            : MouseEvent{MouseEventType::moved, at, 0};
+    std::vector<double> taken;
+    for (std::size_t i = 0; i < count; ++i) {
+      const auto created = events_.create(source.get(), event);
+      const auto start = std::chrono::steady_clock::now();
+      if (!created || !events_.postTo(receiver_, *created)) {
+        return "elsewhere";
+      }
+      const std::chrono::duration<double, std::milli> one =
+          std::chrono::steady_clock::now() - start;
+      taken.push_back(one.count());
+      pause(2);
+    }
+    std::sort(taken.begin(), taken.end());
+    std::ostringstream answer;
+    answer << taken.at(count / 2) << " " << taken.at(count * 99 / 100);
+    return answer.str();
   }
 
  private:
   static void pause(int ms) { std::this_thread::sleep_for(milliseconds(ms)); }
 
-  bool post(const InputEvent& event) {
-    const auto created = events_.create(pointer_.get(), event);
-    if (created) {
-      events_.post(*created);
+  /// Events that act go to the receiver only, if one was named.
+  bool send(const CreatedEvent& event, bool acts) {
+    if (acts && receiver_ != 0) {
+      return events_.postTo(receiver_, event);
     }
-    return created != nullptr;
-  }
-
-  bool postPair(EventSource* source, const InputEvent& down, const InputEvent& up, int heldMs) {
-    const auto first = events_.create(source, down);
-    const auto second = events_.create(source, up);
-    if (!first || !second) {
-      return false;
-    }
-    events_.post(*first);
-    pause(heldMs);
-    events_.post(*second);
+    events_.post(event);
     return true;
   }
 
-  bool type(std::istringstream& words) {
+  Outcome post(const InputEvent& event, bool acts) {
+    const auto created = events_.create(pointer_.get(), event);
+    if (!created) {
+      return Outcome::refused;
+    }
+    return send(*created, acts) ? Outcome::ok : Outcome::elsewhere;
+  }
+
+  Outcome postPair(EventSource* source, const InputEvent& down, const InputEvent& up, int heldMs) {
+    const auto first = events_.create(source, down);
+    const auto second = events_.create(source, up);
+    if (!first || !second) {
+      return Outcome::refused;
+    }
+    if (!send(*first, true)) {
+      return Outcome::elsewhere;
+    }
+    pause(heldMs);
+    events_.post(*second);
+    return Outcome::ok;
+  }
+
+  Outcome type(std::istringstream& words) {
     int paceMs = 0;
     words >> paceMs;
     std::string text;
     std::getline(words.ignore(1), text);
     const auto source = events_.makeSource(text);
-    bool posted = true;
+    Outcome outcome = Outcome::ok;
     unicode::forEachCluster(text, [&](std::string_view cluster) {
-      posted = posted && postPair(source.get(), TextEvent{std::string(cluster), true},
-                                  TextEvent{std::string(cluster), false}, paceMs / 3);
-      pause(paceMs - paceMs / 3);
+      if (outcome == Outcome::ok) {
+        outcome = postPair(source.get(), TextEvent{std::string(cluster), true},
+                           TextEvent{std::string(cluster), false}, paceMs / 3);
+        pause(paceMs - paceMs / 3);
+      }
     });
-    return posted;
+    return outcome;
   }
 
-  bool press(std::istringstream& words, bool isLong) {
+  Outcome press(std::istringstream& words, bool isLong) {
     std::uint16_t code = 0;
     Modifiers modifiers = 0;
     int heldMs = 30;
@@ -96,7 +150,7 @@ class Driver {
                     heldMs);
   }
 
-  bool point(const std::string& verb, std::istringstream& words) {
+  Outcome point(const std::string& verb, std::istringstream& words) {
     using enum MouseEventType;
     Point at;
     words >> at.x >> at.y;
@@ -105,12 +159,14 @@ class Driver {
         {"up", leftUp},  {"rightDown", rightDown}, {"rightUp", rightUp}};
     for (const auto& [name, type] : verbs) {
       if (verb == name) {
-        return post(MouseEvent{type, at, type == moved || type == leftDragged ? 0 : 1});
+        return post(MouseEvent{type, at, type == moved || type == leftDragged ? 0 : 1},
+                    type == leftDown || type == rightDown);
       }
     }
-    return false;
+    return Outcome::refused;
   }
 
+  Pid receiver_ = 0;
   lnx::XDisplay display_;
   lnx::LinuxInputEvents events_{display_};
   /// Keeps a button down from one line to the next.
@@ -123,6 +179,12 @@ class Driver {
 int main() {
   tarqo::Driver driver;
   for (std::string line; std::getline(std::cin, line);) {
-    std::cout << (driver.obey(line) ? "ok" : "refused") << std::endl;
+    if (line.starts_with("time ")) {
+      std::istringstream words(line.substr(5));
+      std::cout << driver.time(words) << std::endl;
+      continue;
+    }
+    constexpr std::array kAnswers{"ok", "refused", "elsewhere"};
+    std::cout << kAnswers.at(static_cast<std::size_t>(driver.obey(line))) << std::endl;
   }
 }

@@ -73,13 +73,19 @@ def buttons():
 
 @contextlib.contextmanager
 def layout(model, name):
-    """Another keyboard, as a user sets it."""
+    """Another keyboard, as a user sets it. Several layouts are separated by commas."""
     before = dict(line.split() for line in _ask("setxkbmap", "-query").splitlines())
     _ask("setxkbmap", "-model", model, "-layout", name)
     try:
         yield
     finally:
         _ask("setxkbmap", "-model", before["model:"], "-layout", before["layout:"])
+
+
+def lock_group(number):
+    """Switches to another layout of those that are set, counted from 0."""
+    _xlib().XkbLockGroup(_display(), _CORE_KEYBOARD, number)
+    _xlib().XSync(_display(), 0)
 
 
 def borrowed_keys():

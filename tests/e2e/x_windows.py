@@ -4,7 +4,7 @@
     x_windows.py minimise WINDOW
     x_windows.py keep-above WINDOW
     x_windows.py activate WINDOW
-    x_windows.py click X Y
+    x_windows.py click X Y BUTTON
 
 The deeds are a program of their own: a display that goes away ends the process that uses it.
 """
@@ -95,25 +95,25 @@ def activate(window):
     _do("activate", window)
 
 
-def click(x, y):
-    """Presses and releases the first button of the pointer."""
-    _do("click", str(int(x)), str(int(y)))
+def click(x, y, button=1):
+    """Presses and releases a button of the pointer."""
+    _do("click", str(int(x)), str(int(y)), str(button))
 
 
-def _click(x, y):
+def _click(x, y, button):
     xlib = ctypes.CDLL("libX11.so.6")
     xtest = ctypes.CDLL("libXtst.so.6")
     xlib.XOpenDisplay.restype = ctypes.c_void_p
     display = ctypes.c_void_p(xlib.XOpenDisplay(None))
     xtest.XTestFakeMotionEvent(display, -1, x, y, 0)
     for is_down in (1, 0):
-        xtest.XTestFakeButtonEvent(display, 1, is_down, 20)
+        xtest.XTestFakeButtonEvent(display, button, is_down, 20)
     xlib.XSync(display, 0)
 
 
 def main():
     if sys.argv[1] == "click":
-        _click(int(sys.argv[2]), int(sys.argv[3]))
+        _click(*map(int, sys.argv[2:5]))
         return
     import gi
     gi.require_version("Gdk", "3.0")
