@@ -24,9 +24,6 @@ void HeldButtons::press(XServer& server, std::uint8_t button) {
 }
 
 void HeldButtons::release(XServer& server, std::uint8_t button) {
-  if (!isDown(button)) {
-    return;
-  }
   fakeButton(server, XCB_BUTTON_RELEASE, button);
   server.sync();
   down_.erase(std::remove(down_.begin(), down_.end(), button), down_.end());

@@ -25,14 +25,14 @@ class HeldButtons {
   /// A button goes down where the pointer is. Within a server grab.
   void press(XServer& server, std::uint8_t button);
 
-  /// A button that went down comes up where the pointer is; any other stays as the user has it.
-  /// Within a server grab. Ends the process when no other is down, and a signal asked for that
-  /// meanwhile.
+  /// A button that is down comes up where the pointer is. Within a server grab. Ends the process
+  /// when no other is down, and a signal asked for that meanwhile.
   void release(XServer& server, std::uint8_t button);
 
   /// A button goes down and up where the pointer is, so often.
   void click(XServer& server, std::uint8_t button, int count);
 
+  /// Whether it went down here; the user may hold any other.
   [[nodiscard]] bool isDown(std::uint8_t button) const;
 
   /// Lets go of every button that is still down; with no server there is none.

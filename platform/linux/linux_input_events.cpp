@@ -89,21 +89,23 @@ void fakeMotion(XServer& server, Point at) {
                       pixel(at.x), pixel(at.y), 0);
 }
 
+std::uint8_t buttonOf(MouseEventType type) {
+  const bool isRight = type == MouseEventType::rightDown || type == MouseEventType::rightUp;
+  return isRight ? kRightButton : kLeftButton;
+}
+
 void fakeMouse(XServer& server, const MouseEvent& event, HeldButtons& buttons) {
+  const std::uint8_t button = buttonOf(event.type);
+  const bool isUp = event.type == MouseEventType::leftUp || event.type == MouseEventType::rightUp;
+  if (isUp && !buttons.isDown(button)) {
+    return;
+  }
   // A button event has no position of its own: it happens where the pointer is.
   fakeMotion(server, event.at);
-  switch (event.type) {
-    case MouseEventType::moved:
-    case MouseEventType::leftDragged:
-      return;
-    case MouseEventType::leftDown:
-      return buttons.press(server, kLeftButton);
-    case MouseEventType::leftUp:
-      return buttons.release(server, kLeftButton);
-    case MouseEventType::rightDown:
-      return buttons.press(server, kRightButton);
-    case MouseEventType::rightUp:
-      return buttons.release(server, kRightButton);
+  if (isUp) {
+    buttons.release(server, button);
+  } else if (event.type == MouseEventType::leftDown || event.type == MouseEventType::rightDown) {
+    buttons.press(server, button);
   }
 }
 
