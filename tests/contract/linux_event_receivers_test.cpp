@@ -2,8 +2,11 @@
 
 #include <X11/keysym.h>
 #include <gtest/gtest.h>
+#include <signal.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cstdlib>
 #include <thread>
 
 #include "platform/linux/linux_event_receivers.h"
@@ -24,6 +27,23 @@ constexpr Rect kElsewhere{20, 400, 50, 50};
 constexpr Point kInside{60, 50};
 constexpr Point kOutside{600, 700};
 constexpr std::uint16_t kReturn = 36;
+
+/// The window manager, stopped: it would give the focus to a window that it knows.
+class ManagerAtRest {
+ public:
+  ManagerAtRest() { tell(SIGSTOP); }
+  ~ManagerAtRest() { tell(SIGCONT); }
+  ManagerAtRest(const ManagerAtRest&) = delete;
+  ManagerAtRest& operator=(const ManagerAtRest&) = delete;
+
+ private:
+  static void tell(int signal) {
+    const char* pid = std::getenv("TARQO_DESKTOP_WM_PID");  // NOLINT(concurrency-mt-unsafe)
+    if (pid != nullptr) {
+      kill(std::stoi(pid), signal);
+    }
+  }
+};
 
 class LinuxEventReceivers : public testing::Test {
  protected:
@@ -69,6 +89,15 @@ class LinuxEventReceivers : public testing::Test {
     return posted;
   }
 
+  /// What has arrived of buttons.
+  Lines buttons() {
+    Lines lines = witness.arrived();
+    std::erase_if(lines, [](const std::string& each) {
+      return !each.starts_with("press") && !each.starts_with("release");
+    });
+    return lines;
+  }
+
   static std::string line(const char* what, xcb_keycode_t key, int state) {
     return std::string(what) + " " + std::to_string(key) + " +" + std::to_string(state);
   }
@@ -78,6 +107,7 @@ class LinuxEventReceivers : public testing::Test {
   const MouseEvent down{MouseEventType::leftDown, kInside, 1};
   const MouseEvent up{MouseEventType::leftUp, kInside, 1};
 
+  ManagerAtRest manager;
   XDisplay display;
   LinuxInputEvents events{display};
   std::unique_ptr<EventSource> source = events.makeSource("");
@@ -221,22 +251,19 @@ TEST_F(LinuxEventReceivers, ADragArrivesWithItsButton) {
 }
 
 TEST_F(LinuxEventReceivers, AClickCarriesNoModifierThatTheUserHolds) {
-  witness.giveFocus(XCB_INPUT_FOCUS_POINTER_ROOT);
   user.press(control);
   user.press(shift);
   EXPECT_TRUE(click(self));
-  EXPECT_EQ(witness.arrived().front(), "press 1 +0");
+  EXPECT_EQ(buttons(), (Lines{"press 1 +0", "release 1 +256"}));
   EXPECT_TRUE(user.isDown(control));
   EXPECT_TRUE(user.isDown(shift));
 }
 
 TEST_F(LinuxEventReceivers, TheWheelCarriesNoModifierThatTheUserHolds) {
-  witness.giveFocus(XCB_NONE);  // The keys that are let go of go nowhere.
   post(MouseEvent{MouseEventType::moved, kInside, 0});
   user.press(control);
   EXPECT_TRUE(postTo(self, ScrollEvent{-2 * kPixelsPerClick}));
-  EXPECT_EQ(witness.arrived(),
-            (Lines{"press 5 +0", "release 5 +4096", "press 5 +0", "release 5 +4096"}));
+  EXPECT_EQ(buttons(), (Lines{"press 5 +0", "release 5 +4096", "press 5 +0", "release 5 +4096"}));
   EXPECT_TRUE(user.isDown(control));
 }
 
