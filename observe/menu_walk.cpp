@@ -43,7 +43,6 @@ void MenuWalk::walkMenuBar(const Element& app) {
     return;
   }
   deadline_ = platform_.clock.now() + kMenuBarLimit;
-  scope_ = ax.readTree(*menuBar, {deadline_, maxNodes_});
   list_.emit({{"id", menuBarId_},
               {"parentId", nullptr},
               {"role", "menubar"},
@@ -54,6 +53,10 @@ void MenuWalk::walkMenuBar(const Element& app) {
               {"press", false},
               {"menu", false}},
              {*menuBar, "AXMenuBar", kMenuBarName, "", false, std::nullopt});
+  if (exhausted()) {
+    return;
+  }
+  scope_ = ax.readTree(*menuBar, {deadline_, maxNodes_});
   for (const Element& title : childElements(ax, *menuBar)) {
     if (exhausted()) {
       break;

@@ -66,6 +66,22 @@ TEST_F(MenuBar, IsLeftOutWhenTheApplicationHasNone) {
   EXPECT_EQ(snapshot().at("nodes").size(), 4U);
 }
 
+TEST_F(MenuBar, ItemsAreNotReadWhenTheListIsFull) {
+  notes.menu("File").menuItem("Open");
+  desktop.accessibility().readsAhead = true;
+  const auto calls = [&](const Json& args) {
+    const int before = notes.calls();
+    (void)snapshot(args);
+    return notes.calls() - before;
+  };
+  for (const int maxNodes : {3, 4, 5}) {
+    EXPECT_EQ(snapshot({{"maxNodes", maxNodes}}).at("nodes").back().at("role"), "menubar");
+    EXPECT_EQ(calls({{"maxNodes", maxNodes}}),
+              calls({{"maxNodes", maxNodes}, {"menubar", false}}) + 1)
+        << "asked for more than where the menu bar is, with " << maxNodes;
+  }
+}
+
 TEST_F(MenuBar, ThatIsNoElementIsLeftOut) {
   notes.node().with("AXMenuBar", Value{"File Edit"});
   EXPECT_EQ(snapshot().at("nodes").size(), 4U);
