@@ -44,7 +44,7 @@ bool isThin(const Json& nodes) {
 
 void emitTextLine(NodeList& list, const Element& window, const TextLine& line, bool clickable) {
   list.emit({{"id", list.nextId()},
-             {"parentId", list.rootId()},
+             {"parentId", list.rootId},
              {"role", "text"},
              {"name", line.text},
              {"enabled", true},

@@ -74,8 +74,8 @@ Json TreeWalk::nodeOf(const Element& element, const Description& description,
 }
 
 void TreeWalk::walk(const Element& element, const Json& parentId, int depth) {
-  // The window itself is listed whatever is left of the time and whatever it tells: it is what the
-  // focused element and recognised text hang on.
+  // The window itself is listed whatever is left of the time, and unless it says that it is hidden:
+  // it is what the focused element and recognised text hang on.
   const bool isWindow = depth == 0;
   if (!isWindow && exhausted()) {
     list_.truncated = true;
@@ -112,6 +112,9 @@ void TreeWalk::walk(const Element& element, const Json& parentId, int depth) {
   addFlag(node, "selected", find(description.attrs, "AXSelected"));
   addFlag(node, "focused", find(description.attrs, "AXFocused"));
   const Json id = node["id"];
+  if (isWindow) {
+    list_.rootId = id;
+  }
   list_.emit(std::move(node), {element, description.role, description.name, description.identifier,
                                clickable, std::nullopt});
 
@@ -152,7 +155,7 @@ void TreeWalk::addFocused(const Element& app) {
     return;
   }
   const bool clickable = description.enabled && !description.secure;
-  Json node = nodeOf(*focused, description, list_.rootId());
+  Json node = nodeOf(*focused, description, list_.rootId);
   node["clickable"] = clickable;
   node["focused"] = true;
   list_.emit(std::move(node), {*focused, description.role, description.name, description.identifier,

@@ -26,12 +26,12 @@ struct NodeList {
   Json nodes = Json::array();
   NodeTable& table;
   bool truncated = false;
+  Json rootId = nullptr;  ///< The id of the window's own node; null while it is not listed.
 
   /// "<snapshot id>:<number of nodes listed so far>".
   [[nodiscard]] std::string nextId() const {
     return snapshotId + ":" + std::to_string(nodes.size());
   }
-  [[nodiscard]] std::string rootId() const { return snapshotId + ":0"; }
 
   /// Lists `node` and remembers what it stands for. The node's "id" is the key of both.
   void emit(Json node, StoredNode stored);

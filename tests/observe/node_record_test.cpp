@@ -10,7 +10,11 @@ namespace {
 
 class NodeRecord : public ConnectedScene {
  protected:
-  Json nodes() { return nodesOf(observe({{"image", false}, {"menubar", false}})); }
+  Json nodes(const Json& more = Json::object()) {
+    Json args = {{"image", false}, {"menubar", false}};
+    args.update(more);
+    return nodesOf(observe(args));
+  }
 
   // The record of a node that was added to the window last.
   Json last() { return nodes().back(); }
@@ -201,6 +205,19 @@ TEST_F(NodeRecord, AHiddenElementIsLeftOutWithAllUnderIt) {
   EXPECT_EQ(nodes().size(), 5U);
   EXPECT_EQ(last().at("name"), "shown");
   EXPECT_EQ(last().at("id").get<std::string>().substr(36), ":4");
+}
+
+TEST_F(NodeRecord, WhatIsListedOfAHiddenWindowHangsOnNothing) {
+  desktop.recognizer().lines = {{"Start", {0.1, 0.1, 0.2, 0.1}, 1},
+                                {"End", {0.5, 0.5, 0.2, 0.1}, 1}};
+  window.textField("typed").focus();
+  window.hidden(true);
+  const Json listed = nodes({{"forceOcr", true}});
+  ASSERT_EQ(listed.size(), 3U);
+  EXPECT_EQ(listed[0].at("focused"), true);
+  for (const Json& node : listed) {
+    EXPECT_EQ(node.at("parentId"), nullptr);
+  }
 }
 
 TEST_F(NodeRecord, AHiddenMarkThatIsNoBooleanHidesNothing) {
