@@ -6,6 +6,7 @@
 namespace tarqo {
 namespace {
 
+constexpr const char* kNotValid = "The line is not valid JSON: ";
 constexpr int kMaxNesting = 512;
 constexpr std::size_t kMaxValues = 100'000;
 
@@ -101,7 +102,7 @@ Json parseJson(std::string_view text) {
   requireModest(text);
   // The library takes a NUL byte for the end of its input, whatever follows.
   if (text.find('\0') != std::string_view::npos) {
-    throw JsonError("The line is not valid JSON: it holds a NUL byte.");
+    throw JsonError(kNotValid, "it holds a NUL byte.");
   }
   try {
     Json value = Json::parse(text);
@@ -109,7 +110,7 @@ Json parseJson(std::string_view text) {
       return value;
     }
   } catch (const Json::exception& error) {
-    throw JsonError("The line is not valid JSON: " + reasonOf(error.what()));
+    throw JsonError(kNotValid, reasonOf(error.what()));
   }
   throw JsonError("The JSON text did not start with an array or object.");
 }

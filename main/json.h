@@ -19,7 +19,15 @@ using Json = nlohmann::json;
 /// A request line that is no JSON text, with a sentence that says where it goes wrong.
 class JsonError : public std::runtime_error {
  public:
-  using std::runtime_error::runtime_error;
+  explicit JsonError(const std::string& sentence) : JsonError("", sentence) {}
+  JsonError(const std::string& beginning, const std::string& reason)
+      : std::runtime_error(beginning + reason), reason_(reason) {}
+
+  /// The sentence without a beginning that speaks of a line.
+  [[nodiscard]] const std::string& reason() const { return reason_; }
+
+ private:
+  std::string reason_;
 };
 
 /// The object or array in `text`, which must be valid UTF-8. Throws `JsonError` for anything else:

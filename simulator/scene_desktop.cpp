@@ -15,7 +15,7 @@ Fact<Desktop> readScreens(const Field& list) {
   for (const Field& item : list.items()) {
     (void)readFacts(item, std::array<Member<Desktop>, 0>{}, {"frame", "scale"});
     const auto scale = item.find("scale");
-    screens.emplace_back(item.require("frame").rect(), scale ? scale->number() : 1);
+    screens.emplace_back(item.require("frame").rect(), scale ? scale->number(1, 8) : 1);
   }
   return [screens](Stage&, Desktop& desktop) {
     desktop.windowServer().displays.clear();
@@ -135,7 +135,7 @@ RecognizedLine readLine(const Field& item) {
   (void)readFacts(item, std::array<Member<Desktop>, 0>{}, {"text", "box", "confidence"});
   const auto confidence = item.find("confidence");
   return {item.require("text").text(), item.require("box").rect(),
-          confidence ? static_cast<float>(confidence->number()) : 1.0F};
+          confidence ? static_cast<float>(confidence->number(0, 1)) : 1.0F};
 }
 
 constexpr std::array kRecognitionMembers{

@@ -9,6 +9,8 @@ namespace {
 // Longer than any test waits, and far from the end of what a clock can count.
 constexpr double kMaxMilliseconds = 1e9;
 constexpr double kMaxCount = 1e6;
+// Far outside every screen, and near enough for sums to stay exact.
+constexpr double kMaxCoordinate = 1e6;
 
 std::string kindText(Named kind) {
   switch (kind) {
@@ -76,6 +78,14 @@ double Field::number() const {
   return value_->get<double>();
 }
 
+double Field::number(int least, int most) const {
+  const double number = value_->is_number() ? value_->get<double>() : least - 1;
+  if (!(number >= least && number <= most)) {
+    fail("must be a number from " + std::to_string(least) + " to " + std::to_string(most));
+  }
+  return number;
+}
+
 int Field::count() const {
   const double number = value_->is_number() ? value_->get<double>() : -1;
   if (number < 0 || number > kMaxCount || number != std::trunc(number)) {
@@ -99,7 +109,12 @@ std::vector<double> Field::numbers(std::size_t count) const {
   if (!fits) {
     fail("must be a list of " + std::to_string(count) + " numbers");
   }
-  return value_->get<std::vector<double>>();
+  auto numbers = value_->get<std::vector<double>>();
+  if (std::any_of(numbers.begin(), numbers.end(),
+                  [](double number) { return std::abs(number) > kMaxCoordinate; })) {
+    fail("must not go beyond a million");
+  }
+  return numbers;
 }
 
 Rect Field::rect() const {

@@ -61,11 +61,13 @@ class Field {
   [[nodiscard]] std::string text() const;
   [[nodiscard]] bool boolean() const;
   [[nodiscard]] double number() const;
+  [[nodiscard]] double number(int least, int most) const;
   [[nodiscard]] int count() const;              ///< A whole number of 0 or more.
   [[nodiscard]] Duration milliseconds() const;  ///< 0 or more.
-  [[nodiscard]] Rect rect() const;              ///< [x, y, width, height]
-  [[nodiscard]] Point point() const;            ///< [x, y]
-  [[nodiscard]] Size size() const;              ///< [width, height]
+  /// [x, y, width, height], as the next two no more than a million points from the origin.
+  [[nodiscard]] Rect rect() const;
+  [[nodiscard]] Point point() const;  ///< [x, y]
+  [[nodiscard]] Size size() const;    ///< [width, height]
   [[nodiscard]] std::vector<std::string> texts() const;
 
   [[nodiscard]] std::vector<Field> items() const;

@@ -1,7 +1,10 @@
 #include "simulator/scene_file.h"
 
+#include <filesystem>
 #include <fstream>
+#include <ios>
 #include <iterator>
+#include <system_error>
 #include <utility>
 
 #include "platform/unicode.h"
@@ -52,7 +55,7 @@ Json parsed(const std::string& text) {
   try {
     return parseJson(unicode::repaired(text));
   } catch (const JsonError& error) {
-    throw SceneError(std::string("the scene is no JSON: ") + error.what());
+    throw SceneError("the scene is no JSON: " + error.reason());
   }
 }
 
@@ -87,9 +90,18 @@ SceneFile::SceneFile(const std::string& json) {
 }
 
 SceneFile SceneFile::read(const std::string& path) {
+  std::error_code unknown;
+  if (std::filesystem::is_directory(path, unknown)) {
+    throw SceneError("the scene must be a file, and this is a folder");
+  }
   std::ifstream file(path, std::ios::binary);
-  const std::string json{std::istreambuf_iterator<char>(file), {}};
-  if (!file || file.bad()) {
+  std::string json;
+  try {
+    json.assign(std::istreambuf_iterator<char>(file), {});
+  } catch (const std::ios_base::failure&) {
+    file.setstate(std::ios_base::badbit);
+  }
+  if (!file) {
     throw SceneError("the file cannot be read");
   }
   return SceneFile(json);

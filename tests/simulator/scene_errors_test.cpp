@@ -29,7 +29,8 @@ std::string withChange(const std::string& effect) {
 }
 
 TEST(SceneErrors, NameTheTextThatIsNoJson) {
-  EXPECT_TRUE(wrongWith("{").starts_with("the scene is no JSON: "));
+  EXPECT_TRUE(
+      wrongWith("{\n  5}").starts_with("the scene is no JSON: parse error at line 2, column 3:"));
   EXPECT_EQ(wrongWith("[]"), "the scene must be an object");
 }
 
@@ -104,8 +105,34 @@ TEST(SceneErrors, AskForOneEffectAtATime) {
   EXPECT_EQ(wrongWith(withChange(R"({"explode":"w"})")), "changes[0].do[0].explode is not known");
 }
 
+TEST(SceneErrors, NameNumbersThatCannotBe) {
+  const auto withLine = [](const std::string& members) {
+    return R"({"recognizedText":{"lines":[{"text":"a",)" + members + "}]}}";
+  };
+  for (const char* confidence : {"1e300", "-0.1", "1.1", "\"1\""}) {
+    EXPECT_EQ(wrongWith(withLine(R"("box":[0,0,1,1],"confidence":)" + std::string(confidence))),
+              "recognizedText.lines[0].confidence must be a number from 0 to 1");
+  }
+  EXPECT_EQ(wrongWith(withLine(R"("box":[0,0,1,1e300])")),
+            "recognizedText.lines[0].box must not go beyond a million");
+  EXPECT_EQ(wrongWith(withNodes(R"({"role":"AXGroup","frame":[-1e7,2,3,4]})")),
+            "applications[0].windows[0].nodes[0].frame must not go beyond a million");
+  EXPECT_EQ(wrongWith(R"({"screens":[{"frame":[0,0,9,9],"scale":1e300}]})"),
+            "screens[0].scale must be a number from 1 to 8");
+}
+
+std::string wrongWithFile(const std::string& path) {
+  try {
+    (void)SceneFile::read(path);
+  } catch (const SceneError& error) {
+    return error.what();
+  }
+  return "";
+}
+
 TEST(SceneErrors, TellOfAFileThatCannotBeRead) {
-  EXPECT_THROW((void)SceneFile::read("/nowhere/scene.json"), SceneError);
+  EXPECT_EQ(wrongWithFile("/nowhere/scene.json"), "the file cannot be read");
+  EXPECT_EQ(wrongWithFile("/"), "the scene must be a file, and this is a folder");
 }
 
 TEST(SceneErrors, AreNoneWhereAUseComesBeforeItsName) {
