@@ -98,4 +98,6 @@ std::optional<std::string> siteOf(std::string_view address) {
   return site;
 }
 
+bool isLocalFile(std::string_view address) { return address.starts_with("file:///"); }
+
 }  // namespace tarqo

@@ -12,4 +12,7 @@ namespace tarqo {
 /// dropped. Costs nothing.
 [[nodiscard]] std::optional<std::string> siteOf(std::string_view address);
 
+/// Whether an address is that of a file on this machine, which has no site: it names no host.
+[[nodiscard]] bool isLocalFile(std::string_view address);
+
 }  // namespace tarqo

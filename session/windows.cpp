@@ -25,10 +25,10 @@ constexpr std::array<std::string_view, 2> kPreferredWindows{"AXFocusedWindow", "
 
 // What kind of page a window shows. Its address stays private: the client learns the bound site or
 // the kind, nothing of another page.
-std::string pageClass(const std::optional<std::string>& site,
-                      const std::optional<std::string>& boundSite) {
+std::string pageClass(const std::string& address, const std::optional<std::string>& boundSite) {
+  const std::optional<std::string> site = siteOf(address);
   if (!site) {
-    return "none";
+    return isLocalFile(address) ? "file" : "none";
   }
   if (site == boundSite) {
     return *site;
@@ -63,8 +63,8 @@ Json Session::windowsSeen(const Element& app) {
   Accessibility& ax = platform_.accessibility;
   Json seen = Json::array();
   for (const Element& window : windowsOf(app)) {
-    const auto site = siteOf(text(attribute(ax, window, "AXDocument")));
-    Json summary = {{"page", pageClass(site, boundSite_)}};
+    const std::string address = text(attribute(ax, window, "AXDocument"));
+    Json summary = {{"page", pageClass(address, boundSite_)}};
     if (isMinimized(window)) {
       summary["minimized"] = true;
     }

@@ -148,11 +148,15 @@ TEST_F(ConnectToSite, TellsTheKindOfEveryWindowButNoAddress) {
   windowShowing("https://secret.example/private");
   windowShowing("http://secret.example/private");
   windowShowing("ftp://secret.example/private");
+  windowShowing("file://server/private");
+  windowShowing("file:///home/private.txt");
   windowShowing("about:blank");
   browser.window({0, 0, 800, 600}, "Plain");
   EXPECT_EQ(seen(), (Json{{{"page", "another site"}},
                           {{"page", "another site"}},
                           {{"page", "ftp"}},
+                          {{"page", "file"}},
+                          {{"page", "file"}},
                           {{"page", "none"}},
                           {{"page", "none"}}}));
 }
