@@ -16,7 +16,7 @@ namespace {
 constexpr std::size_t kWorkerStackBytes = 0x1000000;
 
 constexpr const char* kUsage =
-    "usage: tarqo-ax\n"
+    "usage: tarqo-ax [--version]\n"
     "\n"
     "Lets a program see and use one desktop application at a time. Reads JSON requests from "
     "standard\n"
@@ -30,6 +30,10 @@ int main(int argc, char** argv) {
   const std::span arguments(argv, static_cast<std::size_t>(argc));
   if (arguments.size() > 1) {
     const std::string_view argument = arguments[1];
+    if (argument == "--version") {
+      std::puts("tarqo-ax " TARQO_VERSION);
+      return 0;
+    }
     const bool help = argument == "--help" || argument == "-h";
     std::fputs(kUsage, help ? stdout : stderr);
     return help ? 0 : 2;

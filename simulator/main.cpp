@@ -1,7 +1,9 @@
 // tarqo-ax-sim: serves the protocol on the simulated desktop of a scene file.
 
+#include <cstdio>
 #include <memory>
 #include <span>
+#include <string_view>
 
 #include "main/request_loop.h"
 #include "platform/process_entry.h"
@@ -25,8 +27,12 @@ std::unique_ptr<tarqo::sim::Simulation> simulationOf(const char* path) {
 int main(int argc, char** argv) {
   const std::span arguments(argv, static_cast<std::size_t>(argc));
   if (arguments.size() != 2) {
-    std::fputs("usage: tarqo-ax-sim SCENE.json\n", stderr);
+    std::fputs("usage: tarqo-ax-sim SCENE.json\n       tarqo-ax-sim --version\n", stderr);
     return 2;
+  }
+  if (std::string_view(arguments[1]) == "--version") {
+    std::puts("tarqo-ax " TARQO_VERSION);
+    return 0;
   }
   const std::unique_ptr<tarqo::sim::Simulation> simulation = simulationOf(arguments[1]);
   if (simulation == nullptr) {

@@ -87,13 +87,18 @@ class StartAndEnd(unittest.TestCase):
     def test_help_is_given_when_asked_for(self):
         for argument in ("--help", "-h"):
             done = subprocess.run([HELPER, argument], capture_output=True, timeout=10, check=True)
-            self.assertIn(b"usage: tarqo-ax\n", done.stdout)
+            self.assertIn(b"usage: tarqo-ax ", done.stdout)
             self.assertEqual(done.stderr, b"")
 
     def test_an_unknown_argument_is_answered_with_the_usage_and_writes_no_line_of_the_protocol(self):
         done = subprocess.run([HELPER, "--port=1"], capture_output=True, timeout=10, check=False)
         self.assertEqual((done.returncode, done.stdout), (2, b""))
-        self.assertIn(b"usage: tarqo-ax\n", done.stderr)
+        self.assertIn(b"usage: tarqo-ax ", done.stderr)
+
+    def test_the_version_is_told_and_nothing_is_served(self):
+        done = subprocess.run([HELPER, "--version"], capture_output=True, timeout=10, check=True)
+        self.assertRegex(done.stdout, rb"\Atarqo-ax \d+\.\d+\.\d+\n\Z")
+        self.assertEqual(done.stderr, b"")
 
     def test_a_reader_that_goes_away_ends_the_process(self):
         process = subprocess.Popen([HELPER], stdin=subprocess.PIPE, stdout=subprocess.PIPE)

@@ -107,6 +107,12 @@ TEST(SimulatorProgram, RefusesASceneThatIsWrong) {
   EXPECT_EQ(program.finish(), 1);
 }
 
+TEST(SimulatorProgram, TellsItsVersion) {
+  PipedProgram program({TARQO_SIM_PROGRAM, "--version"});
+  EXPECT_EQ(program.ask(""), "tarqo-ax " TARQO_VERSION);
+  EXPECT_EQ(program.finish(), 0);
+}
+
 TEST(SimulatorProgram, RefusesToStartWithoutAScene) {
   PipedProgram program({TARQO_SIM_PROGRAM});
   EXPECT_EQ(program.ask(""), std::nullopt);
