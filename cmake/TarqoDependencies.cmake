@@ -12,8 +12,7 @@ else()
   if(TARQO_DESKTOP)
     pkg_check_modules(SYSTEMD REQUIRED IMPORTED_TARGET libsystemd)
     pkg_check_modules(XCB REQUIRED IMPORTED_TARGET
-      xcb xcb-shm xcb-composite xcb-res xcb-damage xcb-xtest xcb-randr
-      xcb-xkb)
+      xcb xcb-shm xcb-composite xcb-res xcb-xtest xcb-randr xcb-xkb)
     # Declarations alone: the helper loads the library when it is first needed.
     pkg_check_modules(TESSERACT REQUIRED tesseract lept)
   endif()
