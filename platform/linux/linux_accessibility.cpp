@@ -170,6 +170,7 @@ std::unique_ptr<Observer> LinuxAccessibility::observe(Pid pid, NotificationCallb
 
 std::unique_ptr<TreeRead> LinuxAccessibility::readTree(const Element& root,
                                                        const TreeReadLimits& limits) {
+  reader_.beginCall();
   const AtspiElement* ours = atspiElement(root);
   if (ours == nullptr || ours->isApplication()) {
     return nullptr;
