@@ -104,6 +104,13 @@ TEST_F(ShareableWindows, WithNothingToLookAtTheSystemsRefusalStands) {
   EXPECT_FALSE(grants.screenCaptureWorks());
 }
 
+TEST_F(ShareableWindows, WithOnlySmallWindowsToLookAtTheSystemsAnswerStands) {
+  window.close();
+  bareWindow({0, 0, 15.9, 100});
+  bareWindow({0, 0, 100, 15.9});
+  EXPECT_TRUE(grants.screenCaptureWorks());
+}
+
 TEST_F(ShareableWindows, AnErrorDisprovesTheGrant) {
   desktop.capture().shareable = Reply::nothing();
   EXPECT_FALSE(grants.screenCaptureWorks());

@@ -219,6 +219,16 @@ TEST_F(InputText, ByKeystrokesNeedsTheForeground) {
   EXPECT_EQ(desktop.posted(), Lines{});
 }
 
+TEST_F(InputText, ByKeystrokesNeedsTheElementUnderThePointer) {
+  page.focus();
+  const Json request = typing("page", "x");
+  window.label("Saved").at({180, 310, 400, 120});
+  EXPECT_EQ(failure("input", request),
+            "target_covered: The position (350,370) holds AXStaticText [180,310 400x120], not the "
+            "captured AXGroup [200,320 300x100]; take a fresh snapshot");
+  EXPECT_EQ(desktop.posted(), Lines{});
+}
+
 TEST_F(InputText, ByKeystrokesGivesNobodyTheFocus) {
   (void)type("page", "x");
   EXPECT_EQ(desktop.journal().count("set AXFocused"), 0U);

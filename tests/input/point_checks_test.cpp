@@ -267,6 +267,13 @@ TEST_F(OwnOverlay, IsRecognisedThroughALink) {
   EXPECT_EQ(click(), "pointer");
 }
 
+TEST_F(OwnOverlay, IsKnownByItsPlaceAndNotByItsIdentifier) {
+  tarqo.facts.bundleId = "com.example.Other";
+  EXPECT_EQ(click(), "pointer");
+  tarqo.facts.bundleId.reset();
+  EXPECT_EQ(click(), "pointer");
+}
+
 TEST_F(OwnOverlay, OfAnotherApplicationIsNot) {
   tarqo.facts.bundlePath = "/Applications/Other.app";
   EXPECT_EQ(click(), kHeld);

@@ -111,6 +111,12 @@ TEST_F(RelatedHit, AWindowOfTheSameRoleAndPlaceStandsForAWindow) {
   EXPECT_TRUE(related(replaced, window));
 }
 
+TEST_F(RelatedHit, TheWindowStandsForWhatHasItsRoleAndPlaceInIt) {
+  EXPECT_TRUE(related(window, window.add("AXWindow").at({0, 0, 1000, 1000})));
+  window.with("AXRole", Value{"AXButton"}).at({100, 100, 80, 24});
+  EXPECT_TRUE(related(window, button));
+}
+
 TEST_F(RelatedHit, WithoutAFrameNothingIsDecidedByPlace) {
   sim::Node& twin = window.button("Save").withoutFrame();
   EXPECT_FALSE(related(twin, button));

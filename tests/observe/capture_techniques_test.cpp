@@ -210,6 +210,16 @@ TEST_F(CaptureTool, ThatFailsIsFollowedByTheNextTechniqueAndItsFileRemoved) {
   EXPECT_EQ(captured(), Lines{imageLine});
 }
 
+TEST_F(CaptureTool, ThatFailsIsFollowedByTheDisplaysRegionWhereThatComesNext) {
+  desktop.capture().offered = {CaptureTechnique::windowImage, CaptureTechnique::commandLine,
+                               CaptureTechnique::displayRegion};
+  windowImage(Reply::nothing());
+  tool.status = 1;
+  EXPECT_EQ(observe({}).at("image").at("width"), 800);
+  EXPECT_EQ(captured(), (Lines{imageLine, regionLine}));
+  EXPECT_EQ(processes().size(), 2U) << "started once, its file removed once";
+}
+
 TEST_F(CaptureTool, ThatIsEndedByASignalIsFollowedByTheNextTechnique) {
   tool.exits = Reply::nothing();
   (void)observe({});

@@ -184,6 +184,17 @@ TEST_F(Connect, RaisesNothingWithoutLaunch) {
   EXPECT_EQ(desktop.frontmost(), &desktop.app("com.example.Other"));
 }
 
+TEST_F(Connect, WithoutLaunchLeavesTheWindowAsItWas) {
+  sim::App& notes = runNotes();
+  (void)result("connect", kNotes);
+  notes.facts.unsupportedNotifications = {"AXWindowMoved"};
+  (void)result("connect", kNotesWithoutLaunch);
+  notes.facts.unsupportedNotifications.clear();
+  notes.windows().front()->announce("AXWindowMoved", 20ms);
+  EXPECT_EQ(result("settle", Json::object())["heard"], Json::array({"AXWindowMoved"}))
+      << "heard of the window alone, which must be known for that";
+}
+
 TEST_F(Connect, ListensForEveryWatchedNotification) {
   sim::App& notes = runNotes();
   (void)result("connect", kNotesWithoutLaunch);

@@ -189,6 +189,24 @@ TEST_F(Settle, ListensAgainWhenItCan) {
   EXPECT_EQ(settled["heard"], Json::array({"AXTitleChanged"}));
 }
 
+TEST_F(Settle, IsOverInTimeWhenTheTargetQuitsMeanwhile) {
+  desktop.every(10ms, 10, [this] { notes.announce("AXValueChanged", 0ms); });
+  desktop.after(105ms, [this] { notes.kill(); });
+  EXPECT_EQ(settle(), (Json{{"heard", {"AXValueChanged"}},
+                            {"quiet", true},
+                            {"waitedMs", 280.0},
+                            {"listening", true}}))
+      << "what is gone is quiet";
+  EXPECT_EQ(error("settle")["code"], "app_closed");
+}
+
+TEST_F(Settle, IsOverInTimeWhenASilentTargetQuitsMeanwhile) {
+  desktop.after(50ms, [this] { notes.kill(); });
+  const Json settled = settle({{"quietMs", 500}, {"timeoutMs", 200}});
+  EXPECT_EQ(settled["quiet"], false);
+  EXPECT_EQ(settled["waitedMs"], 200);
+}
+
 TEST_F(Settle, SurvivesNotificationsThatAreNotSupported) {
   notes.facts.unsupportedNotifications = {"AXMenuOpened", "AXRowCountChanged"};
   (void)result("connect", {{"bundleId", "com.example.Notes"}});
