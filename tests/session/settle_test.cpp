@@ -239,10 +239,5 @@ TEST_F(Settle, FailsAtOnceAfterTheTargetHasQuit) {
             0);
 }
 
-TEST_F(Settle, EndsItsWaitWhenTheTargetQuitsMeanwhile) {
-  desktop.after(50ms, [this] { notes.kill(); });
-  EXPECT_EQ(settle()["quiet"], true);
-}
-
 }  // namespace
 }  // namespace tarqo
