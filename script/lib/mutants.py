@@ -81,6 +81,8 @@ class Source:
             self._ending[end].add(start)
             self._beginning[start].add(end)
         children = list(cursor.get_children())
+        if kind == CursorKind.CALL_EXPR and UNSEEN.match(self._text(start, end)):
+            self._excluded.append((start, end))
         if kind in (CursorKind.STATIC_ASSERT, CursorKind.ENUM_DECL):
             self._excluded.append((start, end))
         elif kind == CursorKind.CASE_STMT and children:

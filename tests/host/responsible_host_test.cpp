@@ -23,6 +23,7 @@ TEST(OutermostBundle, NeedsNoLeadingSlash) { EXPECT_EQ(outermostBundle("b.app/c"
 
 TEST(OutermostBundle, TakesAFolderNamedByTheEndingAlone) {
   EXPECT_EQ(outermostBundle("/a/.app/b"), "/a/.app");
+  EXPECT_EQ(outermostBundle(".app/b"), ".app");
 }
 
 TEST(OutermostBundle, IsAbsentOutsideAnyBundle) {
@@ -107,6 +108,12 @@ TEST_F(HostMethod, KnowsNoHostBelowProcessTwo) {
   }
 }
 
+TEST_F(HostMethod, TheFirstProcessAfterTheSystemsOwnMayBeTheHost) {
+  desktop.installed("com.example.Editor");
+  desktop.processes().table[2] = {1, "/Applications/Editor.app/Contents/MacOS/editor"};
+  EXPECT_EQ(hostFrom(2), known("Editor", "com.example.Editor", 2));
+}
+
 TEST_F(HostMethod, KnowsNoHostForNumbersThatNoProcessCanHave) {
   desktop.hostedBy("com.example.Terminal", "Terminal");
   for (const Json& pid : {Json(4294967296 + 500), Json(-1e300), Json(1e300), Json(INT64_MAX)}) {
@@ -150,6 +157,12 @@ TEST_F(HostMethod, DoesNotTrustARunningApplicationOfAnotherBundle) {
   editor.facts.bundlePath = "/elsewhere/Editor.app";
   editor.facts.bundleId = "com.example.Elsewhere";
   EXPECT_EQ(hostFrom(editor.pid()), known("Editor", "com.example.Editor", editor.pid()));
+}
+
+TEST_F(HostMethod, PrefersTheIdentifierOfTheRunningApplicationToThatOfItsBundle) {
+  sim::App& editor = desktop.app("com.example.Editor");
+  editor.facts.bundleId = "com.example.Editor.Beta";
+  EXPECT_EQ(hostFrom(editor.pid()), known("Editor", "com.example.Editor.Beta", editor.pid()));
 }
 
 TEST_F(HostMethod, AsksTheBundleWhenTheRunningApplicationHasNoIdentifier) {

@@ -95,6 +95,12 @@ TEST_F(Technique, TheDisplaysRegionMayTakeFiveSeconds) {
   EXPECT_EQ(millisecondsOf([&] { (void)observe({}); }), 5000);
 }
 
+TEST_F(Technique, TheDisplaysRegionIsLookedForEveryTenMilliseconds) {
+  desktop.capture().offered = {CaptureTechnique::displayRegion};
+  desktop.capture().displayRegions = Reply::after(123ms);
+  EXPECT_EQ(millisecondsOf([&] { (void)observe({}); }), 130);
+}
+
 TEST_F(Technique, ADisplaysRegionThatNeverComesIsGivenUpAfterFiveSeconds) {
   desktop.capture().offered = {CaptureTechnique::displayRegion};
   desktop.capture().displayRegions = Reply::never();

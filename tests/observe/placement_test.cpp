@@ -65,6 +65,13 @@ TEST_F(Geometry, OfAnApplicationThatCallsItselfHidden) {
   EXPECT_EQ(geometry.at("hidden"), true);
 }
 
+TEST_F(Geometry, AnApplicationThatDoesNotSayWhetherItIsHiddenIsNot) {
+  notes.node().without("AXHidden");
+  const Json geometry = result("geometry");
+  EXPECT_EQ(geometry.at("visibility"), "visible");
+  EXPECT_EQ(geometry.at("hidden"), false);
+}
+
 TEST_F(Geometry, AWindowNarrowerOrLowerThanAHundredAndTwentyPointsIsHidden) {
   window.resize({119, 500});
   EXPECT_EQ(visibility(), "hidden");

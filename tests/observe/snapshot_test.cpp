@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "observe/snapshot_id.h"
 #include "tests/observe/observation.h"
 #include "tests/support/scene.h"
 
@@ -43,6 +44,20 @@ TEST_F(Snapshot, HasARandomIdInLowerCase) {
     EXPECT_EQ(id.at(14), '4') << id;
     EXPECT_NE(std::string("89ab").find(id.at(19)), std::string::npos) << id;
   }
+}
+
+TEST(SnapshotId, HoldsEveryRandomBitThatItsVersionLeaves) {
+  class Numbers : public Random {
+   public:
+    std::uint64_t next() override {
+      return calls_++ == 0 ? 0x0123456789abfcdeU : 0xfedcba9876543210U;
+    }
+
+   private:
+    int calls_ = 0;
+  };
+  Numbers numbers;
+  EXPECT_EQ(makeSnapshotId(numbers), "01234567-89ab-4cde-bedc-ba9876543210");
 }
 
 TEST_F(Snapshot, NumbersItsNodesFromZeroEachTime) {

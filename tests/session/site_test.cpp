@@ -47,6 +47,18 @@ TEST(SiteOf, TakesEverySchemeWithAHost) {
   EXPECT_EQ(siteOf("x-app+1.0://host"), "x-app+1.0://host");
 }
 
+TEST(SiteOf, TakesTheFirstAndTheLastOfLettersAndDigits) {
+  for (const char* site : {"a://h", "z://h", "A://h", "Z://h", "s09://h", "https://h:9"}) {
+    EXPECT_EQ(siteOf(site), site);
+  }
+}
+
+TEST(SiteOf, IsNoneWhenASchemeBeginsWithANeighbourOfTheLetters) {
+  for (const char* text : {"`://h", "{://h", "@://h", "[://h", "0://h", "9://h"}) {
+    EXPECT_EQ(siteOf(text), std::nullopt) << text;
+  }
+}
+
 TEST(SiteOf, TakesAnAddressInBrackets) {
   EXPECT_EQ(siteOf("http://[::1]:3000/x"), "http://[::1]:3000");
 }
