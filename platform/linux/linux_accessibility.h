@@ -109,6 +109,8 @@ class LinuxAccessibility final : public Accessibility {
                                                     Point point);
   [[nodiscard]] std::optional<AtspiRef> shownInPopup(const Parts& start, const LocatedWindow& popup,
                                                      Point point);
+  [[nodiscard]] std::optional<AtspiRef> confirmedAt(const Parts& start, Point point);
+  [[nodiscard]] bool liesAt(const Parts& start, const AtspiRef& ref, Point point);
   [[nodiscard]] std::optional<AtspiRef> deepestAt(const Parts& start, Point point);
   [[nodiscard]] std::optional<AtspiRef> childAt(const Parts& object, Point point);
   [[nodiscard]] std::optional<AtspiRef> placedChildAt(const Parts& object, Point point);

@@ -1,5 +1,6 @@
 // Hit tests: what lies under a point of the screen.
 #include <algorithm>
+#include <thread>
 
 #include "platform/linux/atspi_search.h"
 #include "platform/linux/linux_accessibility.h"
@@ -15,6 +16,9 @@ constexpr std::size_t kPopupSearch = 600;
 
 /// Children looked at for the one that holds a point.
 constexpr std::size_t kPlacedSearch = 300;
+
+/// How long Chromium is given to ask its page what lies at a point.
+constexpr Duration kPageAnswers = std::chrono::milliseconds(10);
 
 constexpr Duration kDefaultTimeout = std::chrono::milliseconds(300);
 
@@ -37,7 +41,7 @@ std::optional<Element> LinuxAccessibility::elementAt(Point point) {
   }
   for (const Parts& start : hitCandidates(*window, point)) {
     Parts object = start;
-    const std::optional<AtspiRef> deepest = deepestAt(start, point);
+    const std::optional<AtspiRef> deepest = confirmedAt(start, point);
     if (!deepest) {
       return std::nullopt;
     }
@@ -119,6 +123,33 @@ std::optional<AtspiRef> LinuxAccessibility::shownInPopup(const Parts& start,
                 return Visit::descend;
               });
   return found;
+}
+
+/// Chromium answers with what its page said last, as long as that place of the screen holds the
+/// point, and asks the page anew behind the answer. After the window has moved, the first answer is
+/// an object that lies elsewhere by now, and the right one comes a moment later.
+std::optional<AtspiRef> LinuxAccessibility::confirmedAt(const Parts& start, Point point) {
+  std::optional<AtspiRef> found = deepestAt(start, point);
+  if (reader_.toolkitOf(start) != Toolkit::chromium) {
+    return found;
+  }
+  const Instant end = std::chrono::steady_clock::now() + start.timeout;
+  while (found && !liesAt(start, *found, point)) {
+    if (std::chrono::steady_clock::now() >= end) {
+      return std::nullopt;
+    }
+    std::this_thread::sleep_for(kPageAnswers);
+    found = deepestAt(start, point);
+  }
+  return found;
+}
+
+bool LinuxAccessibility::liesAt(const Parts& start, const AtspiRef& ref, Point point) {
+  Parts object = start;
+  object.ref = ref;
+  const FactsPtr facts = reader_.learn(object, Fact::extents);
+  const std::optional<Rect> extents = facts ? plausible(facts->extents) : std::nullopt;
+  return extents && extents->contains(point);
 }
 
 /// GTK 3 answers one level at a time, the other toolkits the deepest object at once; asking on
