@@ -32,6 +32,10 @@ class ContractTarget {
 
   /// Ends the process, and waits for its end.
   virtual void end() = 0;
+
+  /// The keys that went down in its window so far, by name, with the modifiers that they came with:
+  /// "key Return", "key Control+Shift+Return". None when it does not tell.
+  [[nodiscard]] virtual std::optional<std::vector<std::string>> keys() { return std::nullopt; }
 };
 
 struct Command {
@@ -54,6 +58,9 @@ class ContractBackend {
   /// is shown. Its process ends with the object.
   [[nodiscard]] virtual std::unique_ptr<ContractTarget> startTarget(const std::string& title,
                                                                     const Rect& frame) = 0;
+
+  /// The user presses the left Shift key, or lets go of it; false when nobody can stand for him.
+  virtual bool holdShift(bool /*isDown*/) { return false; }
 
   /// A program that exits with that status at once.
   [[nodiscard]] virtual Command exitingWith(int status) const = 0;

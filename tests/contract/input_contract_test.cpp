@@ -72,6 +72,53 @@ TEST_F(InputContract, DoesNotClickWithTheOtherButton) {
   EXPECT_EQ(status(), "Status: idle");
 }
 
+TEST_F(InputContract, PressesKeysWithTheirOwnModifiersAlone) {
+  constexpr std::uint16_t kReturn = 36;
+  if (!target->keys()) {
+    GTEST_SKIP() << "the target does not tell";
+  }
+  std::vector<std::string> expected;
+  for (const bool isShiftHeld : {false, true}) {
+    if (isShiftHeld && !backend->holdShift(true)) {
+      break;
+    }
+    const auto source = input.makeSource("");
+    for (const auto& [modifiers, name] :
+         {std::pair<Modifiers, const char*>{0, "key Return"},
+          std::pair<Modifiers, const char*>{kModifierControl, "key Control+Return"},
+          std::pair<Modifiers, const char*>{kModifierControl | kModifierAlternate | kModifierShift,
+                                            "key Control+Alt+Shift+Return"}}) {
+      post(source.get(), KeyEvent{kReturn, true, modifiers});
+      post(source.get(), KeyEvent{kReturn, false, modifiers});
+      expected.emplace_back(name);
+    }
+  }
+  (void)backend->holdShift(false);
+  EXPECT_TRUE(waitUntil([&] { return target->keys()->size() >= expected.size(); }));
+  EXPECT_EQ(*target->keys(), expected);
+}
+
+TEST_F(InputContract, PostsToTheProcessThatGetsTheEventAlone) {
+  constexpr std::uint16_t kReturn = 36;
+  const auto other = backend->startTarget("Other", {780, 300, 300, 200});
+  bringToFront(*target);
+  const Point save = centre(control("AXButton", "Save"));
+  const auto source = input.makeSource("");
+  post(source.get(), MouseEvent{MouseEventType::moved, save, 0});
+  // A button that is down would have grabbed the pointer for the scrolling after it.
+  const InputEvent acting[] = {KeyEvent{kReturn, true, 0}, ScrollEvent{-40},
+                               MouseEvent{MouseEventType::leftDown, save, 1}};
+  for (const InputEvent& event : acting) {
+    const auto created = input.create(source.get(), event);
+    ASSERT_NE(created, nullptr);
+    EXPECT_FALSE(input.postTo(other->pid(), *created));
+    EXPECT_TRUE(input.postTo(target->pid(), *created));
+  }
+  post(source.get(), KeyEvent{kReturn, false, 0});
+  post(source.get(), MouseEvent{MouseEventType::leftUp, save, 1});
+  EXPECT_TRUE(waitUntil([&] { return status() == "Status: saved 1"; })) << status();
+}
+
 TEST_F(InputContract, TypesTextIntoTheFocusedField) {
   const Element field = control("AXTextField", "Name");
   click(centre(field), MouseEventType::leftDown, MouseEventType::leftUp);

@@ -2,15 +2,31 @@
 // script/desktop; TARQO_APPS names the folder of the built test applications, whose share/ stands
 // in XDG_DATA_DIRS.
 
+#include <X11/keysym.h>
 #include <signal.h>
 
 #include <thread>
 
+#include "platform/linux/linux_x_keymap.h"
 #include "platform/platform.h"
 #include "tests/contract/spawned_target.h"
+#include "tests/contract/x_witness.h"
 
 namespace tarqo::contract {
 namespace {
+
+class LinuxTarget final : public SpawnedTarget {
+ public:
+  using SpawnedTarget::SpawnedTarget;
+
+  [[nodiscard]] std::optional<std::vector<std::string>> keys() override {
+    std::vector<std::string> keys = lines();
+    std::erase_if(keys, [](const std::string& line) { return !line.starts_with("key "); });
+    // The modifier keys are pressed too.
+    std::erase_if(keys, [](const std::string& line) { return line.ends_with("_L"); });
+    return keys;
+  }
+};
 
 class LinuxBackend final : public ContractBackend {
  public:
@@ -29,8 +45,20 @@ class LinuxBackend final : public ContractBackend {
 
   [[nodiscard]] std::unique_ptr<ContractTarget> startTarget(const std::string& title,
                                                             const Rect& frame) override {
-    return std::make_unique<SpawnedTarget>(std::vector<std::string>{
+    return std::make_unique<LinuxTarget>(std::vector<std::string>{
         apps_ + "/gtk3_app", "--title", title, "--geometry", geometryArgument(frame)});
+  }
+
+  bool holdShift(bool isDown) override {
+    lnx::XDisplay display;
+    const auto keymap = lnx::readKeymap(*display.server());
+    const auto key = keymap ? keymap->find(XK_Shift_L, 0, 0) : std::nullopt;
+    if (key && isDown) {
+      user_.press(*key);
+    } else if (key) {
+      user_.release(*key);
+    }
+    return key.has_value();
   }
 
   [[nodiscard]] Command exitingWith(int status) const override {
@@ -53,6 +81,7 @@ class LinuxBackend final : public ContractBackend {
   }
 
   std::string apps_;
+  XUser user_;
 };
 
 }  // namespace

@@ -27,7 +27,13 @@ void buildWindow(sim::App& app, const std::string& title, const Rect& frame) {
 
 class SimTarget final : public ContractTarget {
  public:
-  explicit SimTarget(sim::App& app) : app_(app) {}
+  explicit SimTarget(sim::App& app) : app_(app) {
+    app_.onKey([keys = keys_](const KeyEvent& event) {
+      if (event.down) {
+        keys->push_back(nameOf(event));
+      }
+    });
+  }
   SimTarget(const SimTarget&) = delete;
   SimTarget& operator=(const SimTarget&) = delete;
   ~SimTarget() override { app_.kill(); }
@@ -36,9 +42,23 @@ class SimTarget final : public ContractTarget {
   void hang() override { app_.facts.hung = true; }
   void resume() override { app_.facts.hung = false; }
   void end() override { app_.kill(); }
+  [[nodiscard]] std::optional<std::vector<std::string>> keys() override { return *keys_; }
 
  private:
+  static std::string nameOf(const KeyEvent& event) {
+    constexpr std::uint16_t kReturn = 36;
+    std::string name = "key ";
+    for (const auto& [mask, modifier] :
+         {std::pair{kModifierControl, "Control+"}, std::pair{kModifierAlternate, "Alt+"},
+          std::pair{kModifierShift, "Shift+"}}) {
+      name += (event.modifiers & mask) != 0 ? modifier : "";
+    }
+    return name + (event.keyCode == kReturn ? "Return" : std::to_string(event.keyCode));
+  }
+
   sim::App& app_;
+  /// Shared with the application, which the desktop keeps.
+  std::shared_ptr<std::vector<std::string>> keys_ = std::make_shared<std::vector<std::string>>();
 };
 
 class SimBackend final : public ContractBackend {

@@ -1,6 +1,7 @@
 #include "tests/contract/spawned_target.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <signal.h>
 #include <spawn.h>
 #include <sys/wait.h>
@@ -57,6 +58,23 @@ void SpawnedTarget::end() {
     kill(pid_, SIGKILL);
     waitpid(pid_, nullptr, 0);
   }
+}
+
+const std::vector<std::string>& SpawnedTarget::lines() {
+  std::array<char, 4096> bytes{};
+  pollfd output{output_, POLLIN, 0};
+  while (poll(&output, 1, 0) > 0) {
+    const ssize_t count = read(output_, bytes.data(), bytes.size());
+    if (count <= 0) {
+      break;
+    }
+    unread_.append(bytes.data(), static_cast<std::size_t>(count));
+  }
+  for (std::size_t end = unread_.find('\n'); end != std::string::npos; end = unread_.find('\n')) {
+    lines_.push_back(unread_.substr(0, end));
+    unread_.erase(0, end + 1);
+  }
+  return lines_;
 }
 
 void SpawnedTarget::awaitReady() const {

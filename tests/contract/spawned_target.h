@@ -9,7 +9,7 @@
 namespace tarqo::contract {
 
 /// A child with its standard output on a pipe, on which it says "ready". Throws when it does not.
-class SpawnedTarget final : public ContractTarget {
+class SpawnedTarget : public ContractTarget {
  public:
   explicit SpawnedTarget(std::vector<std::string> command);
   SpawnedTarget(const SpawnedTarget&) = delete;
@@ -21,12 +21,18 @@ class SpawnedTarget final : public ContractTarget {
   void resume() override;
   void end() override;
 
+ protected:
+  /// The lines that it has written since it was ready.
+  [[nodiscard]] const std::vector<std::string>& lines();
+
  private:
   void awaitReady() const;
 
   Pid pid_ = 0;
   int output_ = -1;
   bool ended_ = false;
+  std::string unread_;
+  std::vector<std::string> lines_;
 };
 
 /// The value of a variable of the environment; throws with `advice` when there is none.

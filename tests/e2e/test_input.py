@@ -256,6 +256,14 @@ class ChromiumInput(InputTests, StateTests, InputTest):
             self.wait_for_rest(line)
             self.scroll_back()
 
+    def test_the_wheel_does_not_zoom_while_the_user_holds_control(self):
+        name, line = self.SCROLLING
+        with x_keyboard.held("Control_L"):
+            self.input(name, "scroll", deltaY=200)
+        wait_until(lambda: self.places(line)[-1:] == [5 * 120], 5, "five clicks move the page")
+        self.wait_for_rest(line)
+        self.scroll_back()
+
     def test_a_long_value_is_replaced_to_its_end(self):
         self.click("Canvas", count=2)
         self.app.wait_for("double-clicked Canvas")
@@ -367,6 +375,12 @@ class Endings(InputTest):
         for number in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP):
             self.end_while_a_button_is_down(number, "click", "Quiet", count=2)
             self.app.wait_for("clicked Quiet")
+
+    def test_a_signal_in_a_click_leaves_what_the_user_holds(self):
+        with x_keyboard.held("Control_L"):
+            held = x_keyboard.state()
+            self.end_while_a_button_is_down(signal.SIGTERM, "click", "Quiet", count=2)
+            self.assertEqual(x_keyboard.state(), held)
 
     def test_a_signal_in_a_gesture_waits_for_its_end(self):
         self.end_while_a_button_is_down(signal.SIGTERM, "input", "Canvas", kind="scroll",
