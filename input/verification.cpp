@@ -17,8 +17,10 @@ constexpr double kWindowMargin = 2;
 constexpr Duration kForegroundLimit = 1500ms;
 constexpr Duration kForegroundSlice = 50ms;
 
+// What does not tell its role could be anything, a password field too.
 bool isSameElement(const Description& now, const StoredNode& stored) {
-  return now.role == stored.role && now.name == stored.name && now.identifier == stored.identifier;
+  return !now.role.empty() && now.role == stored.role && now.name == stored.name &&
+         now.identifier == stored.identifier;
 }
 
 // The innermost folder of a path whose extension is exactly "app".

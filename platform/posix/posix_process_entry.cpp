@@ -70,8 +70,9 @@ bool startThread(std::size_t stackBytes, std::function<void()> body) {
   return started;
 }
 
-// The GNU allocator keeps what it has once given out in blocks of up to 32 MiB, and for other threads
-// than the main one `malloc_trim` does not change that. Others give large blocks back by themselves.
+// The GNU allocator keeps what it has once given out in blocks of up to 32 MiB, and for other
+// threads than the main one `malloc_trim` does not change that. Others give large blocks back by
+// themselves.
 void limitKeptMemory() {
 #ifdef __GLIBC__
   constexpr int kMiB = 1 << 20;
