@@ -65,6 +65,7 @@ std::vector<xcb_window_t> windowsIn(XServer& server, xcb_window_t outermost,
       return found;
     }
     std::vector<xcb_query_tree_cookie_t> cookies;
+    cookies.reserve(level.size());
     for (const xcb_window_t window : level) {
       cookies.push_back(xcb_query_tree(server.raw(), window));
     }
