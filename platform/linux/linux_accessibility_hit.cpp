@@ -9,7 +9,7 @@ namespace tarqo::lnx {
 namespace {
 
 /// The deepest tree that a hit test follows.
-constexpr int kMaxDepth = 60;
+constexpr int kMaxHitDepth = 60;
 
 /// Objects looked at for the one that a popup shows.
 constexpr std::size_t kPopupSearch = 600;
@@ -159,7 +159,7 @@ std::optional<AtspiRef> LinuxAccessibility::deepestAt(const Parts& start, Point 
   Parts at = start;
   const Instant end = std::chrono::steady_clock::now() + start.timeout;
   std::vector<AtspiRef> seen{start.ref};
-  for (int depth = 0; depth < kMaxDepth; ++depth) {
+  for (int depth = 0; depth < kMaxHitDepth; ++depth) {
     std::optional<AtspiRef> next = childAt(at, point);
     if (!next) {
       next = placedChildAt(at, point);

@@ -15,7 +15,7 @@
 namespace tarqo::lnx {
 namespace {
 
-constexpr int kMaxDepth = 5;
+constexpr int kMaxFolderDepth = 5;
 constexpr std::size_t kMaxFolders = 200;
 
 /// To list all applications takes thousands of questions, and there may be hundreds of folders.
@@ -170,7 +170,7 @@ EntryListing listEntries(const std::string& folder) {
       listing.files.push_back(below(current.path, file));
     }
     for (const std::string& subfolder : contents.subfolders) {
-      if (current.depth < kMaxDepth) {
+      if (current.depth < kMaxFolderDepth) {
         pending.push_back({below(current.path, subfolder), current.depth + 1});
       }
     }

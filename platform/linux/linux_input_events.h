@@ -21,8 +21,12 @@ inline constexpr int kPixelsPerClick = 40;
 /// the server, and put it back when the last of them is destroyed: what goes down is created
 /// together with what comes up. Signals that ask the process to end wait while a button is down,
 /// and from a keyboard event's creation to the end of its row. Creating a keyboard event may wait
-/// for applications to have read those before; destroying a source too. See `KeyRow`. Posting more
-/// than one click of the wheel takes 50 ms.
+/// for applications to have read those before; destroying a source too. See `KeyRow`.
+///
+/// An event to a receiver is judged and posted within one grab of the server: see
+/// linux_event_receivers.h for how, and for whose a grab of a device is taken for. While somebody
+/// else has the device it is tried again for 150 ms. Posting more than one click of the wheel takes
+/// 50 ms, and is judged twice; typing on a keyboard that was changed takes 40 ms or more.
 class LinuxInputEvents final : public InputEvents {
  public:
   explicit LinuxInputEvents(XDisplay& display) : display_(display) {}

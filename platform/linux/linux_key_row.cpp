@@ -245,14 +245,14 @@ void KeyRow::release(XServer& server) {
 }
 
 void KeyRow::end() {
+  if (XServer* server = down_.empty() ? nullptr : display_.server()) {
+    const ServerGrab grab(*server);
+    release(*server);
+  }
+  borrowed_.giveBack();
   if (XServer* server = keymap_ ? display_.server() : nullptr) {
-    {
-      const ServerGrab grab(*server);
-      release(*server);
-    }
-    borrowed_.giveBack();
     switchLocksOn(*server, locks_);
-    server->sync();
+    server->sync();  // What a client that is gone has asked for last may be dropped.
   }
   keymap_.reset();
   down_.clear();

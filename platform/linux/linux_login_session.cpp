@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstdint>
 
+#include "platform/linux/bus_handles.h"
 #include "platform/linux/bus_readiness.h"
 
 namespace tarqo::lnx {
@@ -17,11 +18,6 @@ constexpr std::chrono::milliseconds kFirstAnswerTime{1000};
 
 constexpr const char* kLoginManager = "org.freedesktop.login1";
 constexpr const char* kPropertiesInterface = "org.freedesktop.DBus.Properties";
-
-struct DropMessage {
-  void operator()(sd_bus_message* message) const { sd_bus_message_unref(message); }
-};
-using Message = std::unique_ptr<sd_bus_message, DropMessage>;
 
 struct Call {
   const char* service;

@@ -12,7 +12,7 @@ namespace {
 /// A round is never longer, so that a clock or a wake-up that fails costs a delay only.
 constexpr Duration kLongestRound = std::chrono::seconds(10);
 
-int milliseconds(Duration duration) {
+int inMilliseconds(Duration duration) {
   const auto whole = std::chrono::ceil<std::chrono::milliseconds>(duration).count();
   return static_cast<int>(std::clamp<std::int64_t>(whole, 0, 60'000));
 }
@@ -64,7 +64,7 @@ void LinuxMainLoop::turn(Duration patience) {
     until = std::min(until, sources_[i]->deadline().value_or(until));
   }
   const Duration left = until - std::chrono::steady_clock::now();
-  poll(watched_.data(), watched_.size(), milliseconds(left));
+  poll(watched_.data(), watched_.size(), inMilliseconds(left));
   runTasks();
   for (LoopSource* source : sources_) {
     source->serve();

@@ -275,7 +275,8 @@ void XServer::ungrab() {
 XServer* XDisplay::server() {
   if (server_) {
     server_->dropEvents();
-    if (server_->usable()) {
+    // Whoever keeps it to himself has it in hand, and finds out by its empty answers.
+    if (server_->usable() || server_->grabs_ > 0) {
       return server_.get();
     }
     server_.reset();

@@ -161,7 +161,8 @@ class XServer {
 class XDisplay {
  public:
   /// The server, connected at need; null when there is none. Waits for a stuck server once; while
-  /// that connection is still pending, later calls return at once.
+  /// that connection is still pending, later calls return at once. One that was lost is replaced,
+  /// and references to it end, but not within a `ServerGrab`.
   [[nodiscard]] XServer* server();
 
  private:

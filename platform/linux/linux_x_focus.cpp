@@ -8,8 +8,8 @@ namespace {
 
 /// Toolkits give the focus to a window inside their own, and managers frame theirs; deeper than
 /// this neither is looked for.
-constexpr int kMaxDepth = 8;
-constexpr int kMaxFrameDepth = 4;
+constexpr int kMaxFocusDepth = 8;
+constexpr int kMaxFramedDepth = 4;
 
 bool contains(const std::vector<xcb_window_t>& windows, xcb_window_t window) {
   return std::find(windows.begin(), windows.end(), window) != windows.end();
@@ -18,7 +18,7 @@ bool contains(const std::vector<xcb_window_t>& windows, xcb_window_t window) {
 /// The window itself or the first window above it that is one of `clients` or a child of the root.
 xcb_window_t holderOf(XServer& server, xcb_window_t window,
                       const std::vector<xcb_window_t>& clients) {
-  for (int depth = 0; depth < kMaxDepth; ++depth) {
+  for (int depth = 0; depth < kMaxFocusDepth; ++depth) {
     if (contains(clients, window)) {
       return window;
     }
@@ -57,7 +57,7 @@ xcb_window_t takeFocus(XServer& server, const FocusQuery& query,
 std::vector<xcb_window_t> windowsIn(XServer& server, xcb_window_t outermost,
                                     const std::vector<xcb_window_t>& clients) {
   std::vector<xcb_window_t> level{outermost};
-  for (int depth = 0; depth < kMaxFrameDepth && !level.empty(); ++depth) {
+  for (int depth = 0; depth < kMaxFramedDepth && !level.empty(); ++depth) {
     std::vector<xcb_window_t> found;
     std::copy_if(level.begin(), level.end(), std::back_inserter(found),
                  [&](xcb_window_t window) { return contains(clients, window); });
@@ -65,10 +65,8 @@ std::vector<xcb_window_t> windowsIn(XServer& server, xcb_window_t outermost,
       return found;
     }
     std::vector<xcb_query_tree_cookie_t> cookies;
-    cookies.reserve(level.size());
-    for (const xcb_window_t window : level) {
-      cookies.push_back(xcb_query_tree(server.raw(), window));
-    }
+    std::transform(level.begin(), level.end(), std::back_inserter(cookies),
+                   [&](xcb_window_t window) { return xcb_query_tree(server.raw(), window); });
     level.clear();
     for (const xcb_query_tree_cookie_t cookie : cookies) {
       if (const auto tree = server.take<xcb_query_tree_reply_t>(cookie)) {
