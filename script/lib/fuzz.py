@@ -19,6 +19,9 @@ NICENESS = 19
 # some milliseconds an input; the limit leaves room for a machine that does something else.
 INPUT_SECONDS = 30
 RESIDENT_MIB = 2048
+# Of the new inputs as many join the corpus as reach this much more than those before them.
+MOST_MERGED = 16
+LEAST_NEW = 4
 STATUS = re.compile(r"^#(\d+)\s+(\w+)\s+cov: (\d+) ft: (\d+)", re.MULTILINE)
 KEPT = re.compile(r"Test unit written to (\S+)")
 
@@ -34,6 +37,7 @@ class Fuzzer:
         os.mkdir(self.fresh)
         self._log = os.path.join(work, name + ".log")
         options = ["-max_total_time=%d" % seconds, "-timeout=%d" % INPUT_SECONDS,
+                   "-report_slow_units=%d" % INPUT_SECONDS,
                    "-rss_limit_mb=%d" % RESIDENT_MIB, "-print_final_stats=1",
                    "-artifact_prefix=%s/%s-" % (FINDINGS, name)]
         dictionary = os.path.join(ROOT, "fuzz", name + ".dict")
@@ -52,7 +56,7 @@ class Fuzzer:
         text = self.printed()
         states = STATUS.findall(text)
         start = next((state for state in states if state[1] == "INITED"), None)
-        failed = self.process.returncode != 0
+        failed = self.process.returncode != 0 and not self._was_only_late(text)
         if start:
             executions = int(statistic(text, "number_of_executed_units") or states[-1][0])
             lines = ["%s: %d executions, %s/s" % (
@@ -61,20 +65,72 @@ class Fuzzer:
                 start[2], states[-1][2], start[3], states[-1][3], len(os.listdir(self.fresh))))
         else:
             lines = ["%s: ended before its corpus was read" % self.name]
+        if self.process.returncode != 0 and not failed:
+            lines.append("  ended early, as an input took too long; it did not when tried again")
         if failed:
             lines.append("  FINDING: " + finding(text))
             lines += ["  reproduce with: %s %s" % (relative(self.program), relative(path))
                       for path in KEPT.findall(text)]
         return lines, failed
 
-    def merge(self):
-        """Adds to the corpus the fewest new inputs that reach new code, and gives their number.
-        How often code runs does not count, or there would be hundreds."""
-        before = set(os.listdir(self.corpus))
-        subprocess.run([self.program, "-merge=1", "-set_cover_merge=1", "-use_counters=0",
-                        self.corpus, self.fresh], stdin=subprocess.DEVNULL,
-                       stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, check=True)
-        return len(set(os.listdir(self.corpus)) - before)
+    def _was_only_late(self, text):
+        """Whether the one thing found is an input that took too long, and does not any more: the
+        machine was busy, or the process was stopped for a while."""
+        kept = KEPT.findall(text)
+        if len(kept) != 1 or "-timeout-" not in os.path.basename(kept[0]):
+            return False
+        again = subprocess.run([self.program, "-timeout=%d" % INPUT_SECONDS, kept[0]],
+                               stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+                               stderr=subprocess.DEVNULL, check=False)
+        if again.returncode == 0:
+            os.remove(kept[0])
+        return again.returncode == 0
+
+    def merge(self, fresh=None):
+        """Adds to the corpus new inputs that reach new code, those that reach most first, and gives
+        their number. How often code runs does not count, and the corpus is to stay small: every
+        test run replays it."""
+        with tempfile.TemporaryDirectory() as folder:
+            control = os.path.join(folder, "control")
+            os.mkdir(os.path.join(folder, "merged"))
+            subprocess.run([self.program, "-merge=1", "-use_counters=0",
+                            "-merge_control_file=" + control, os.path.join(folder, "merged"),
+                            self.corpus, fresh or self.fresh], stdin=subprocess.DEVNULL,
+                           stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, check=True)
+            reached = reached_by(control)
+        known = set().union(*(codes for path, codes in reached.items()
+                              if path.startswith(self.corpus + os.sep)))
+        chosen = best_of({path: codes for path, codes in reached.items()
+                          if not path.startswith(self.corpus + os.sep)}, known)
+        for path in chosen:
+            shutil.copy(path, self.corpus)
+        return len(chosen)
+
+
+def reached_by(control):
+    """What each input reaches, from the file in which the engine notes the course of a merge."""
+    with open(control, encoding="utf-8") as file:
+        lines = file.read().splitlines()
+    count = int(lines[0])
+    paths = lines[2:2 + count]
+    reached = {}
+    for line in lines[2 + count:]:
+        words = line.split()
+        if words[0] == "FT":
+            reached[paths[int(words[1])]] = set(map(int, words[2:]))
+    return reached
+
+
+def best_of(reached, known):
+    chosen = []
+    while reached and len(chosen) < MOST_MERGED:
+        path = max(sorted(reached), key=lambda path: len(reached[path] - known))
+        codes = reached.pop(path)
+        if len(codes - known) < LEAST_NEW:
+            break
+        known = known | codes
+        chosen.append(path)
+    return chosen
 
 
 def statistic(text, name):

@@ -5,13 +5,11 @@ import collections
 import ctypes
 import os
 import struct
-import time
 
 from tarqo_client import HelperError
 
 # What may be there more at the end than in the middle. Memory comes in pieces that are kept.
 BOUNDS = {"rss KiB": 3072, "private KiB": 3072, "threads": 0, "descriptors": 0, "X resources": 2}
-SETTLED_SECONDS = 1.0
 
 
 def parsed():
@@ -96,34 +94,35 @@ def sample(pid, resources):
 
 
 class Growth:
-    """What a helper holds at three moments of a run."""
+    """What a helper holds at three moments of a run, each the least of a tenth of it: memory that
+    was given back inside the allocator swings by megabytes, and threads that serve one request end
+    a moment after it."""
 
-    MOMENTS = ("start", "middle", "end")
+    MOMENTS = {"start": 0.1, "middle": 0.5, "end": 0.95}
+    HALF_WIDTH = 0.05
 
     def __init__(self, pid, resources=None):
         self._pid = pid
         self._resources = resources
-        self._samples = []
+        self._least = {}
 
-    def measure(self):
-        """The least of some samples: threads that serve one request end a moment after it."""
-        deadline = time.monotonic() + SETTLED_SECONDS
-        least = sample(self._pid, self._resources)
-        while time.monotonic() < deadline:
-            time.sleep(SETTLED_SECONDS / 10)
-            now = sample(self._pid, self._resources)
-            least = {name: min(least[name], now[name]) for name in least}
-        self._samples.append(least)
+    def note(self, progress):
+        """To be called again and again while the run goes from 0 to 1."""
+        for moment, middle in self.MOMENTS.items():
+            if abs(progress - middle) <= self.HALF_WIDTH:
+                now = sample(self._pid, self._resources)
+                least = self._least.setdefault(moment, now)
+                self._least[moment] = {name: min(least[name], now[name]) for name in now}
 
     def holds(self):
         """Prints a table. Whether nothing has grown by more than it may."""
-        if len(self._samples) != len(self.MOMENTS):
+        if len(self._least) != len(self.MOMENTS):
             print("  too short to say whether anything grows")
             return False
         print("  %-14s %9s %9s %9s   may grow by" % ("", *self.MOMENTS))
         grown = []
-        for name in self._samples[0]:
-            values = [each[name] for each in self._samples]
+        for name in self._least["start"]:
+            values = [self._least[moment][name] for moment in self.MOMENTS]
             print("  %-14s %9d %9d %9d   %d" % (name, *values, BOUNDS[name]))
             if values[2] - values[1] > BOUNDS[name]:
                 grown.append(name)

@@ -136,22 +136,15 @@ class Driver:
 
 
 def run(driver, arguments, growth):
-    """How many cycles there were. The middle is that of the cycles, or of a shorter time."""
+    """How many cycles there were."""
     begin = time.monotonic()
     limit = (arguments.minutes or float("inf")) * 60
-    first = min(arguments.cycles // 10, 100)
-    middle = False
     for number in range(arguments.cycles):
-        spent = time.monotonic() - begin
-        if spent > limit:
+        spent = (time.monotonic() - begin) / limit
+        if spent >= 1:
             return number
-        if number == first:
-            growth.measure()
-        elif number > first and not middle and (
-                number >= arguments.cycles // 2 or spent > limit / 2):
-            middle = True
-            growth.measure()
         driver.cycle(number)
+        growth.note(max(number / arguments.cycles, spent))
     return arguments.cycles
 
 
@@ -165,7 +158,6 @@ def main():
     driver.warm_up()
     begin = time.monotonic()
     cycles = run(driver, arguments, growth)
-    growth.measure()
     print("real applications: %d of %d cycles in %.0f s" % (
         cycles, arguments.cycles, time.monotonic() - begin))
     print("  %d of %d actions that should succeed did" % (driver.done, driver.tried))

@@ -14,6 +14,7 @@ EXAMPLES = {"notes_editor": "com.example.Notes", "login_page": "com.example.Brow
             "canvas": "com.example.Game"}
 # What closes the only window for good would leave nothing to do.
 LAST = {"Delete"}
+NOTED_EVERY = 20  # Requests.
 KEYS = ["Enter", "Escape", "Tab", "ArrowDown", "a", "Space", "F99", ""]
 MALFORMED = [b"", b"{", b"[]", b"null", b"3", b"\xff\xfe{}", b'{"id":1}', b'{"method":7,"id":{}}',
              b'{"id":1,"method":"nothing"}', b"[" * 600, b'{"id":1,"method":"click","args":[1]}',
@@ -105,12 +106,11 @@ def run(program, example, requests, seed):
     traffic = Traffic(program, example, chance)
     growth = soak.Growth(traffic.helper.pid)
     begin = time.monotonic()
-    moments = {requests // 10, requests * 11 // 20, requests}
     traffic.outcomes.call(traffic.helper, "connect", bundleId=EXAMPLES[example])
     for done in range(1, requests + 1):
         traffic.step()
-        if done in moments:
-            growth.measure()
+        if done % NOTED_EVERY == 0:
+            growth.note(done / requests)
     print("%s: %d requests in %.0f s" % (example, requests, time.monotonic() - begin))
     traffic.outcomes.show()
     status = traffic.helper.close()
