@@ -14,7 +14,8 @@
 //   sync                          nothing; all that has arrived before has been logged
 //
 // Deeds: popup; keys (the popup, which takes the keyboard); window (raises the ordinary window);
-// focus (the same, and it takes the keyboard); move WINDOW X Y and close WINDOW (of anybody).
+// above (the same, and it stays above all others); focus (the same, and it takes the keyboard);
+// move WINDOW X Y and close WINDOW (of anybody).
 //
 // Prints "came" after a deed, and "got press 1", "got wheel 5", "got key 38" for what it received.
 
@@ -187,6 +188,11 @@ class Intruder {
     XSendEvent(display_, root_, False, SubstructureRedirectMask | SubstructureNotifyMask, &event);
   }
 
+  void keepAbove(bool isKept) {
+    const Atom above = XInternAtom(display_, "_NET_WM_STATE_ABOVE", False);
+    askManager(window_, "_NET_WM_STATE", isKept ? 1 : 0, static_cast<long>(above));
+  }
+
   void perform(const Words& deed) {
     if (deed[0] == "popup" || deed[0] == "keys") {
       XMapRaised(display_, popup_);
@@ -195,6 +201,8 @@ class Intruder {
       }
     } else if (deed[0] == "window") {
       XRaiseWindow(display_, window_);
+    } else if (deed[0] == "above") {
+      keepAbove(true);
     } else if (deed[0] == "focus") {
       askManager(window_, "_NET_ACTIVE_WINDOW", kFromPager, CurrentTime);
     } else if (deed[0] == "move" && deed.size() == 4) {
@@ -245,6 +253,7 @@ class Intruder {
     } else if (words[0] == "away" && words.size() == 2) {
       plan_ = {};
       XUnmapWindow(display_, popup_);
+      keepAbove(false);
       XLowerWindow(display_, window_);
       askManager(static_cast<Window>(number(words[1])), "_NET_ACTIVE_WINDOW", kFromPager,
                  CurrentTime);

@@ -35,7 +35,7 @@ class Intruder:
         self._lines = []
         threading.Thread(target=self._read, daemon=True).start()
         self._wait_for("ready")
-        self.tell("backdrop", 0, 0, *SCREEN)
+        self.lie_below_all()
 
     def _read(self):
         for line in self._process.stdout:
@@ -51,6 +51,9 @@ class Intruder:
     def tell(self, *words):
         self._process.stdin.write(" ".join(map(str, words)) + "\n")
         self._wait_for("done " + words[0])
+
+    def lie_below_all(self):
+        self.tell("backdrop", 0, 0, *SCREEN)
 
     def take(self):
         """Whether its moment has come, and what it got, since the last time."""
@@ -153,17 +156,18 @@ class Target:
 
     def node(self, act):
         """Pages tell a change of what shows a moment later."""
-        return self._awaited(lambda n: (n["role"], n["name"]) == act.node, act)
+        return self._awaited(lambda n: (n["role"], n["name"]) == act.node, act)[0]
 
     def row_like(self, act):
         """What shows now of the rows of which an act is on one."""
         role, name = act.node
         start = name.rstrip("0123456789.tx")
-        return self._awaited(lambda n: n["role"] == role and n["name"].startswith(start), act)
+        rows = self._awaited(lambda n: n["role"] == role and n["name"].startswith(start), act)
+        return rows[len(rows) // 2]
 
     def _awaited(self, fits, act):
         return wait_until(lambda: [n for n in self.nodes() if fits(n)], 3,
-                          "there is a node for %s" % act.title)[0]
+                          "there is a node for %s" % act.title)
 
     def request(self, act, node):
         """The result, or the error."""

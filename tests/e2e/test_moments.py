@@ -137,9 +137,9 @@ class Moments:
             self.target.request(escape, self.target.node(KEY))
         if any(line.startswith("scrolled ") for line in lines):
             self.intruder.tell("away", self.target.window)
-            self.target.request(dataclasses.replace(act, args=moments.BACK),
-                                self.target.row_like(act))
-            wait_until(lambda: self.target.app.lines("scrolled ")[-1].endswith(" 0"), 3,
+            back = dataclasses.replace(act, args=moments.BACK)
+            wait_until(lambda: self.target.request(back, self.target.row_like(act)) and
+                       self.target.app.lines("scrolled ")[-1].endswith(" 0"), 5,
                        "the area is scrolled back")
 
     def deed(self, name):
@@ -161,26 +161,39 @@ class Moments:
     def test_a_gesture_would_lie_over_a_stranger(self):
         bounds = self.bounds
         middle = (bounds["x"] + bounds["width"] // 2, bounds["y"] + bounds["height"] // 2)
-        inset = min(bounds["width"] // 6, 28)
-        low = bounds["y"] + 28 + int(0.78 * (bounds["height"] - 56))
-        for act, (x, y) in ((PULL, middle), (PULL, (middle[0], middle[1] + 70)),
-                            (SWIPE, (bounds["x"] + inset, low)),
-                            (SWIPE, (bounds["x"] + inset + 200, low))):
+        # A drag shows itself at some points of its way; these are three of them.
+        left, low = bounds["x"] + 28, bounds["y"] + 28 + int(0.78 * (bounds["height"] - 56))
+        for act, (x, y), deed in ((PULL, middle, "popup"),
+                                  (PULL, (middle[0], middle[1] + 70), "above"),
+                                  (SWIPE, (left, low), "popup"),
+                                  (SWIPE, (left + 169, low), "above"),
+                                  (SWIPE, (left + 300, low), "above")):
             node = self.prepare(act)
-            self.intruder.tell("popup", x - 20, y - 15, 40, 30)
-            self.intruder.tell("now", "popup")
+            for window in ("popup", "backdrop"):
+                self.intruder.tell(window, x - 25, y - 15, 50, 30)
+            self.intruder.tell("now", deed)
             result = self.target.request(act, node)
             self.outcome("gesture over a stranger", act, result, must_refuse=True)
+            self.intruder.lie_below_all()
         self.cover_all()
         self.assertEqual(self.problems, [], "\n".join(["", *self.problems]))
 
+    def try_undisturbed(self, act):
+        node = self.prepare(act)
+        result = self.target.request(act, node)
+        if isinstance(result, HelperError):
+            self.problems.append("%s: %s refused: %s" % (self.NAME, act.title, result))
+        self.outcome("nothing", act, result)
+
     def test_nothing_comes(self):
         for act in unchanged(self.target.toolkit):
-            node = self.prepare(act)
-            result = self.target.request(act, node)
-            if isinstance(result, HelperError):
-                self.problems.append("%s: %s refused: %s" % (self.NAME, act.title, result))
-            self.outcome("nothing", act, result)
+            self.try_undisturbed(act)
+        # Where the window was before, or who lay over it, is of no account.
+        click = self.target.toolkit.click
+        x, y = moments.HOME
+        for place in ((x + 170, y + 110), (x, y)):
+            self.intruder.tell("now", "move", self.target.window, *place)
+            self.try_undisturbed(click)
         self.assertEqual(self.problems, [], "\n".join(["", *self.problems]))
 
     def test_the_window_closes(self):
