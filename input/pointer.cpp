@@ -54,7 +54,7 @@ Json Session::clickRecognizedText(const Stored& stored, const Element& app) {
   activate(app);
   const Point point = stored.box->center();
   verifyPointer(point, stored.element);
-  press(point, 1, [&] { verifyPointer(point, stored.element); });
+  (void)press(point, 1, [&] { verifyPointer(point, stored.element); });
   return {{"method", "pointer"}, {"via", "ocr"}};
 }
 
@@ -103,9 +103,12 @@ Json Session::clickElement(const Stored& stored, const Element& app, std::int64_
     }
   }
   verifyPointer(point, stored.element);
-  press(point, static_cast<int>(std::clamp<std::int64_t>(count, 1, 2)),
-        [&] { verifyNodeAt(point, stored); });
+  const int clicks = static_cast<int>(std::clamp<std::int64_t>(count, 1, 2));
+  const int made = press(point, clicks, [&] { verifyNodeAt(point, stored); });
   Json result = {{"method", count > 1 ? "pointer-double" : "pointer"}};
+  if (made < clicks) {
+    result["clicks"] = made;
+  }
   if (byAccessibility == Press::unanswered) {
     result["fallback"] = "press_unanswered";
   }

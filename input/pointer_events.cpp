@@ -1,7 +1,5 @@
 // The pointer's events, and the pace at which they go out.
 
-#include <algorithm>
-
 #include "main/failure.h"
 #include "session/session.h"
 
@@ -58,14 +56,24 @@ void Session::pressOnce(EventSource* source, const MouseEvent& down, const Mouse
   platform_.clock.sleep(kBetweenButtonEvents);
 }
 
-// The waits around a click turn the loop, so that its effects can be heard.
-void Session::press(Point point, int count, const Proof& proof) {
+// The waits around a click turn the loop, so that its effects can be heard. A first click may do
+// all there is to do, close its dialog for one: what cannot be proven then gets no second.
+int Session::press(Point point, int count, const Proof& proof) {
   const auto source = platform_.inputEvents.makeSource("");
   glide(point, source.get(), kRestBeforePress);
-  for (int click = 1; click <= std::max(count, 1); ++click) {
-    pressOnce(source.get(), {MouseEventType::leftDown, point, click},
-              {MouseEventType::leftUp, point, click}, proof);
+  int click = 0;
+  try {
+    while (click < count) {
+      pressOnce(source.get(), {MouseEventType::leftDown, point, click + 1},
+                {MouseEventType::leftUp, point, click + 1}, proof);
+      ++click;
+    }
+  } catch (const Failure&) {
+    if (click == 0) {
+      throw;
+    }
   }
+  return click;
 }
 
 void Session::rightPress(Point point, const Proof& proof) {

@@ -191,7 +191,9 @@ class Session {
   void release(EventSource* source, const MouseEvent& up, const CreatedEvent& spare);
   void pressOnce(EventSource* source, const MouseEvent& down, const MouseEvent& up,
                  const Proof& proof);
-  void press(Point point, int count, const Proof& proof);
+  /// How many clicks were made: fewer than `count`, but one at least, when the first changed what
+  /// the proof is about.
+  int press(Point point, int count, const Proof& proof);
   void rightPress(Point point, const Proof& proof);
   void glide(Point point, EventSource* source, Duration settle);
   void typeUnicode(const std::string& typed);

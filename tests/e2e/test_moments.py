@@ -120,7 +120,8 @@ class Moments:
             time.sleep(0.05)
         came, got = self.intruder.take()
         problem = moments.problem_of(act, result, got, lines())
-        if must_refuse and not problem and not isinstance(result, HelperError):
+        refused = isinstance(result, HelperError) or "clicks" in result
+        if must_refuse and not problem and not refused:
             problem = "not refused: %r" % result
         refusal = result if isinstance(result, HelperError) else None
         TALLY.count(kind, Verdict(refusal, problem))
