@@ -1,6 +1,6 @@
 """The figures of the README: each beside what a user would pick instead, in one run.
 
-    bench.py HELPER GTK3_APP TEXT_APP
+    bench.py HELPER GTK3_APP TEXT_APP CHECK_TO_EVENT
 
 Timings of one machine vary; the ratio of two things measured in turns varies less, so that is what
 to look at. Needs a desktop: run it through script/bench.
@@ -23,6 +23,8 @@ ROUNDS = 7
 IMAGE_ROUNDS = 15
 TEXT_ROUNDS = 3
 WINDOW = "1280x800"
+CHECKED_ROUNDS = 70
+CHECK_TO_EVENT_MS = 5  # What must not be exceeded by 99 events of 100.
 SWITCH_MS = 120  # What every action gives its target to come to the front.
 BUNDLE = "com.tarqo.test.gtk3"
 TEXT_BUNDLE = "com.tarqo.test.text"
@@ -208,8 +210,21 @@ def measure_input(program, app):
                   flush=True)
 
 
+def measure_checks(check_to_event):
+    """How long lies between the end of the last proof and the event, on the application that
+    runs."""
+    print("\n| check to event | actions | events | median ms | 99th percentile | limit |\n"
+          "|---|---|---|---|---|---|")
+    told = subprocess.run([check_to_event, BUNDLE, str(CHECKED_ROUNDS)], check=True,
+                          capture_output=True, text=True)
+    for line in told.stdout.splitlines():
+        what, actions, events, median, late, _longest = line.split("\t")
+        print("| %s | %s | %s | %.2f | %.2f | %d |" % (
+            what, actions, events, float(median), float(late), CHECK_TO_EVENT_MS), flush=True)
+
+
 def main():
-    program, application, text_application = sys.argv[1:4]
+    program, application, text_application, check_to_event = sys.argv[1:5]
     print("| what | tarqo-ax | peer | peer's time | ratio |\n|---|---|---|---|---|")
     with Application(application, "--nodes", str(NODES), "--geometry", WINDOW + "+0+0",
                      "--title", "Bench"):
@@ -220,6 +235,9 @@ def main():
                      "--title", "Bench") as app:
         app.tell("watch")
         measure_input(program, app)
+    with Application(application, "--nodes", "20", "--geometry", WINDOW + "+0+0",
+                     "--title", "Bench"):
+        measure_checks(check_to_event)
     print("\nResident memory while idle after connect: %.1f MiB" % idle)
 
 
