@@ -48,7 +48,6 @@ Instant instantAt(Clock& clock, double epochMs) {
 }  // namespace
 
 void Session::listen(Pid pid) {
-  observer_.reset();
   Clock& clock = platform_.clock;
   observer_ = platform_.accessibility.observe(
       pid, [this, &clock](std::string_view name) { journal_.note(name, clock.now()); });

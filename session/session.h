@@ -118,6 +118,7 @@ class Session {
   bool isFrontmost();
 
   // session/: notifications.
+  /// Starts listening to a process; for when nobody listens.
   void listen(Pid pid);
   void watch(const Element& element);
   /// Performs an action, and writes an acknowledgement of it into the journal.

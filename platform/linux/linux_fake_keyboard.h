@@ -1,8 +1,8 @@
 // The keys that XTEST presses, and those of the user's that it lets go of meanwhile.
 //
-// Events go out with whatever modifiers are down, so modifier keys that the user holds are let go
-// of on his behalf and pressed again afterwards, those that he still holds by then. Until that is
-// done a signal that asks the process to end waits. Worker thread only.
+// Events go out with whatever modifiers are down, so modifier keys that the user holds are released
+// for the user, and pressed again afterwards if they are still held then. Until that is done a
+// signal that asks the process to end waits. Worker thread only.
 #pragma once
 
 #include <map>
@@ -24,10 +24,10 @@ class FakeKeyboard {
   void press(XServer& server, xcb_keycode_t key);
   void release(XServer& server, xcb_keycode_t key);
 
-  /// Lets go of the modifier keys that the user holds, and of `key`, which stays so when he does. A
-  /// key that locks something, held down this moment, is let go of for good: what it has locked is
-  /// a matter of `switchLocksOff`. Does nothing while others have been let go of already. A round
-  /// trip, a few when something is down.
+  /// Releases the modifier keys that the user holds, and `key`, which stays up when the user has
+  /// released it too. A key that locks something, held down this moment, is released for good: what
+  /// it has locked is a matter of `switchLocksOff`. Does nothing while others are set aside
+  /// already. A round trip, a few when something is down.
   void setAside(XServer& server, std::optional<xcb_keycode_t> key = std::nullopt);
 
   /// As above for the pointer: also modifiers that a sticky key has locked, but not Caps Lock,

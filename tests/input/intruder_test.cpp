@@ -14,9 +14,9 @@ using namespace std::chrono_literals;
 using sim::Lines;
 
 constexpr Pid kIntruder = 999;
-constexpr const char* kCovered =
+constexpr const char* kWindowOver =
     "target_covered: Another application's window covers the click position";
-constexpr const char* kElsewhere =
+constexpr const char* kKeysElsewhere =
     "target_covered: The application did not come to the front, so keys would go elsewhere. Bring "
     "it forward (open_target) and try again.";
 
@@ -233,7 +233,7 @@ TEST_F(Changing, AHoverOverWhatWasCoveredMeanwhileIsNoSuccess) {
   desktop.after(500ms, [&] {
     (void)desktop.windowServer().bareWindow(kIntruder, "Other", {100, 80, 800, 600});
   });
-  EXPECT_EQ(failure("hover", {{"nodeId", id}}), kCovered);
+  EXPECT_EQ(failure("hover", {{"nodeId", id}}), kWindowOver);
 }
 
 TEST_F(Changing, ASecondClickOfADoubleClickIsNotGivenToADialogThatTheFirstOpened) {
@@ -264,18 +264,18 @@ class CoveredGesture : public ConnectedScene {
 };
 
 TEST_F(CoveredGesture, IsRefusedWhereItWouldBegin) {
-  EXPECT_EQ(refusalOf({{"deltaY", -120}}, {450, 350, 100, 60}), kCovered);
-  EXPECT_EQ(refusalOf({{"deltaX", 300}}, {100, 480, 100, 100}), kCovered);
+  EXPECT_EQ(refusalOf({{"deltaY", -120}}, {450, 350, 100, 60}), kWindowOver);
+  EXPECT_EQ(refusalOf({{"deltaX", 300}}, {100, 480, 100, 100}), kWindowOver);
 }
 
 TEST_F(CoveredGesture, IsRefusedOnItsWay) {
-  EXPECT_EQ(refusalOf({{"deltaY", -120}}, {490, 420, 20, 20}), kCovered);
-  EXPECT_EQ(refusalOf({{"deltaX", 300}}, {200, 480, 100, 100}), kCovered);
+  EXPECT_EQ(refusalOf({{"deltaY", -120}}, {490, 420, 20, 20}), kWindowOver);
+  EXPECT_EQ(refusalOf({{"deltaX", 300}}, {200, 480, 100, 100}), kWindowOver);
 }
 
 TEST_F(CoveredGesture, IsRefusedWhereItWouldEnd) {
-  EXPECT_EQ(refusalOf({{"deltaY", -120}}, {450, 485, 100, 60}), kCovered);
-  EXPECT_EQ(refusalOf({{"deltaX", 300}}, {420, 480, 100, 100}), kCovered);
+  EXPECT_EQ(refusalOf({{"deltaY", -120}}, {450, 485, 100, 60}), kWindowOver);
+  EXPECT_EQ(refusalOf({{"deltaX", 300}}, {420, 480, 100, 100}), kWindowOver);
 }
 
 /// An application that a key would hang while it is inside an action.
@@ -335,7 +335,7 @@ TEST_F(SentInPart, IsToldWhenTheFocusIsLostInMidText) {
   };
   const Json refused = error("input", {{"nodeId", id}, {"kind", "type"}, {"text", "한글abc"}});
   EXPECT_EQ(refused.at("code").get<std::string>() + ": " + refused.at("message").get<std::string>(),
-            kElsewhere);
+            kKeysElsewhere);
   EXPECT_EQ(refused.at("sent"), "한글");
 }
 
