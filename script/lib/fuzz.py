@@ -21,7 +21,7 @@ INPUT_SECONDS = 30
 RESIDENT_MIB = 2048
 # Of the new inputs as many join the corpus as reach this much more than those before them.
 MOST_MERGED = 16
-LEAST_NEW = 4
+LEAST_NEW = 10
 STATUS = re.compile(r"^#(\d+)\s+(\w+)\s+cov: (\d+) ft: (\d+)", re.MULTILINE)
 KEPT = re.compile(r"Test unit written to (\S+)")
 

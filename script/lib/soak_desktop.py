@@ -18,6 +18,7 @@ APPLICATIONS = {
 }
 ACTIONS = {"click": 50, "double": 6, "hover": 6, "menu": 4, "type": 12, "key": 8, "scroll": 6,
            "refused": 8}
+TEXTS = ["one", "두 번째", "third 3", "x" * 40]
 CYCLES_EACH = 25  # Between two applications.
 IMAGE_EVERY = 10
 TEXT_EVERY = 200
@@ -28,7 +29,7 @@ class Driver:
     """One helper at work, and what became of its requests."""
 
     def __init__(self, program, chance):
-        self.helper = Helper(program)
+        self.helper = Helper(program, env=soak.environment())
         self.outcomes = soak.Outcomes()
         self._chance = chance
         self._bundle = ""
@@ -53,10 +54,15 @@ class Driver:
         raise SystemExit("soak: %s does not show itself" % self._bundle)
 
     def warm_up(self):
-        """Starts every application, and reads text once: what that takes is taken for good."""
-        for number in range(len(APPLICATIONS)):
+        """Starts every application, and reads text of every kind that a cycle types: what the
+        recogniser loads for the first text of a language it keeps."""
+        for number, (_, typed, _) in enumerate(APPLICATIONS.values()):
             self.connect(number)
-            self.call("observe", forceOcr=True)
+            for text in TEXTS if typed else [""]:
+                if text:
+                    field = find_node(self.call("observe", image=False), typed[0])
+                    self.call("input", nodeId=field["id"], kind="type", text=text)
+                self.call("observe", forceOcr=True)
 
     def cycle(self, number):
         if number % CYCLES_EACH == 0:
@@ -98,8 +104,8 @@ class Driver:
         elif kind == "menu":
             self._menu(node)
         elif kind == "type":
-            text = self._chance.choice(["one", "두 번째", "third 3", "x" * 40])
-            self._intended("input", nodeId=node["id"], kind="type", text=text)
+            self._intended("input", nodeId=node["id"], kind="type",
+                           text=self._chance.choice(TEXTS))
         elif kind == "scroll":
             self._intended("input", nodeId=node["id"], kind="scroll",
                            deltaY=self._chance.choice([200, -600, 600]))

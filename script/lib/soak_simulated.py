@@ -28,8 +28,8 @@ class Traffic:
 
     def __init__(self, program, example, chance):
         self._bundle = EXAMPLES[example]
-        self.helper = Helper(program, arguments=[
-            os.path.join(ROOT, "simulator/examples", example + ".json")])
+        scene = os.path.join(ROOT, "simulator/examples", example + ".json")
+        self.helper = Helper(program, soak.environment(), [scene])
         self._chance = chance
         self._ids = []
         self.outcomes = soak.Outcomes()
