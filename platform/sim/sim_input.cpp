@@ -175,15 +175,16 @@ void Keyboard::handle(const TextEvent& event) {
 }
 
 bool InputEventsService::refuses(const InputEvent& event) const {
-  return std::visit(Overloaded{
-                        [this](const MouseEvent& mouse) {
-                          return refusesMouse || (refusesButtonsUp && letsGo(mouse.type));
-                        },
-                        [this](const KeyEvent&) { return refusesKeys; },
-                        [this](const TextEvent&) { return refusesText; },
-                        [this](const ScrollEvent&) { return refusesScroll; },
-                    },
-                    event);
+  return std::visit(
+      Overloaded{
+          [this](const MouseEvent& mouse) {
+            return refusesMouse || (refusesButtonsUp && letsGo(mouse.type));
+          },
+          [this](const KeyEvent& key) { return refusesKeys || (refusesKeysUp && !key.down); },
+          [this](const TextEvent&) { return refusesText; },
+          [this](const ScrollEvent&) { return refusesScroll; },
+      },
+      event);
 }
 
 std::unique_ptr<EventSource> InputEventsService::makeSource(const std::string& text) {

@@ -73,6 +73,7 @@ class InputEventsService final : public InputEvents {
   bool refusesMouse = false;
   bool refusesButtonsUp = false;  ///< Of the mouse's events those that let go of a button.
   bool refusesKeys = false;
+  bool refusesKeysUp = false;  ///< Of the key events those that let go of a key.
   bool refusesText = false;
   bool refusesScroll = false;
 

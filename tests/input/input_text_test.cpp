@@ -295,6 +295,13 @@ class TextIntoRecognisedText : public Scene {
   std::string id;
 };
 
+TEST_F(TextIntoRecognisedText, WaitsForTheForeground) {
+  sim::App& other = desktop.app("com.example.Other");
+  desktop.after(110ms, [&] { other.bringToFront(); });
+  desktop.after(120ms + 1400ms, [&] { notes.bringToFront(); });
+  EXPECT_EQ(result("input", {{"nodeId", id}, {"kind", "type"}, {"text", "go"}}).at("sent"), "go");
+}
+
 TEST_F(TextIntoRecognisedText, GoesToWhateverHasTheFocus) {
   const Json answer =
       result("input", {{"nodeId", id}, {"kind", "type"}, {"text", "go"}, {"submit", true}});

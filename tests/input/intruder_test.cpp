@@ -322,6 +322,26 @@ TEST_F(Endangered, GetsKeysAgainWhenTheActionIsOver) {
   EXPECT_FALSE(notes.facts.hung);
 }
 
+/// What went down must come up, also when the event for it can no longer be made.
+class LettingGo : public ConnectedScene {};
+
+TEST_F(LettingGo, OfAButtonIsMadeBeforehand) {
+  save.withoutAction("AXPress").onClick([](int) {});
+  desktop.input().beforePost = [&](const InputEvent& event) {
+    const auto* mouse = std::get_if<MouseEvent>(&event);
+    desktop.input().refusesButtonsUp = mouse != nullptr && mouse->type == MouseEventType::leftDown;
+  };
+  EXPECT_EQ(result("click", {{"nodeId", idOf("Save")}}).at("method"), "pointer");
+  EXPECT_EQ(desktop.posted().back(), "up(1) 240,212");
+}
+
+TEST_F(LettingGo, OfAKeyThatCannotBeMadeKeepsItFromGoingDown) {
+  desktop.input().refusesKeysUp = true;
+  EXPECT_EQ(failure("input", {{"nodeId", idOf("Save")}, {"kind", "key"}, {"key", "Delete"}}),
+            "input_failed: Could not create a key event.");
+  EXPECT_EQ(desktop.posted(), Lines{});
+}
+
 class SentInPart : public ConnectedScene {};
 
 TEST_F(SentInPart, IsToldWhenTheFocusIsLostInMidText) {

@@ -284,6 +284,18 @@ TEST_F(OwnOverlay, OfAProcessWithoutABundleIsNot) {
   EXPECT_EQ(click(), kHeld);
 }
 
+TEST_F(OwnOverlay, OfABundleWithANameOfOneLetterIsGoneThrough) {
+  desktop.processes().ownProgram = "/Applications/T.app/Contents/MacOS/tarqo-ax";
+  tarqo.facts.bundlePath = "/Applications/T.app";
+  EXPECT_EQ(click(), "pointer");
+}
+
+TEST_F(OwnOverlay, DoesNotExistForAFolderThatIsAllExtension) {
+  desktop.processes().ownProgram = "/Applications/.app/Contents/MacOS/tarqo-ax";
+  tarqo.facts.bundlePath = "/Applications/.app";
+  EXPECT_EQ(click(), kHeld);
+}
+
 TEST_F(OwnOverlay, DoesNotExistForAHelperOutsideAnyBundle) {
   desktop.processes().ownProgram = "/opt/tarqo/bin/tarqo-ax";
   EXPECT_EQ(click(), kHeld);

@@ -227,6 +227,16 @@ TEST_F(PressUnheard, ListensToTheWindowToo) {
   EXPECT_EQ(click().at("method"), "accessibility");
 }
 
+TEST_F(PressUnheard, AWindowIsListenedToForSettlingToo) {
+  notes.facts.hung = true;
+  connect();
+  notes.facts.hung = false;
+  (void)result("observe", {{"image", false}});
+  desktop.run(4s);
+  window.announce("AXLayoutChanged", 50ms);
+  EXPECT_EQ(result("settle").at("heard"), Json({"AXLayoutChanged"}));
+}
+
 TEST_F(PressUnheard, AnsweredByNothingThatItListensToIsUnanswered) {
   notes.facts.unsupportedNotifications = {"AXValueChanged"};
   connect();
