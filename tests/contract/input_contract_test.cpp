@@ -75,7 +75,7 @@ TEST_F(InputContract, DoesNotClickWithTheOtherButton) {
 TEST_F(InputContract, PressesKeysWithTheirOwnModifiersAlone) {
   constexpr std::uint16_t kReturn = 36;
   if (!target->keys()) {
-    GTEST_SKIP() << "the target does not tell";
+    GTEST_SKIP() << "this backend's test application does not write down its keys";
   }
   std::vector<std::string> expected;
   for (const bool isShiftHeld : {false, true}) {
