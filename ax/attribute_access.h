@@ -12,7 +12,7 @@
 #include <string_view>
 #include <vector>
 
-#include "main/json.h"
+#include "base/json.h"
 #include "platform/accessibility.h"
 
 namespace tarqo {

@@ -20,9 +20,9 @@
 #include <utility>
 #include <vector>
 
-#include "main/json.h"
-#include "main/server.h"
+#include "base/json.h"
 #include "platform/platform.h"
+#include "server/server.h"
 
 namespace tarqo {
 namespace {

@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <string_view>
 
+#include "base/json.h"
 #include "fuzz/fuzz_check.h"
-#include "main/json.h"
 #include "platform/unicode.h"
 
 namespace {

@@ -8,7 +8,7 @@
 
 #include "fuzz/fuzz_check.h"
 #include "fuzz/fuzz_scene.h"
-#include "main/server.h"
+#include "server/server.h"
 
 namespace {
 

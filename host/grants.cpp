@@ -4,7 +4,7 @@
 #include <memory>
 #include <vector>
 
-#include "host/timed.h"
+#include "base/timed.h"
 
 namespace tarqo {
 namespace {

@@ -5,9 +5,9 @@
 #include <string>
 #include <string_view>
 
+#include "base/failure.h"
+#include "base/json.h"
 #include "host/responsible_host.h"
-#include "main/failure.h"
-#include "main/json.h"
 #include "platform/platform.h"
 
 namespace tarqo {

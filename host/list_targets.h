@@ -1,7 +1,7 @@
 // The applications that a client can connect to.
 #pragma once
 
-#include "main/json.h"
+#include "base/json.h"
 #include "platform/platform.h"
 
 namespace tarqo {

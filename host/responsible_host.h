@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "main/json.h"
+#include "base/json.h"
 #include "platform/platform.h"
 
 namespace tarqo {

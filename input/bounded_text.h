@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "main/json.h"
+#include "base/json.h"
 
 namespace tarqo {
 

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <array>
 
+#include "base/failure.h"
 #include "input/bounded_text.h"
 #include "input/nodes_spent.h"
-#include "main/failure.h"
 #include "session/session.h"
 
 namespace tarqo {

@@ -1,8 +1,8 @@
 // Typing text and pressing keys.
 
+#include "base/failure.h"
 #include "input/bounded_text.h"
 #include "input/key_tables.h"
-#include "main/failure.h"
 #include "platform/unicode.h"
 #include "session/session.h"
 

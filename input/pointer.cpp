@@ -3,8 +3,8 @@
 
 #include <algorithm>
 
+#include "base/failure.h"
 #include "input/nodes_spent.h"
-#include "main/failure.h"
 #include "session/session.h"
 
 namespace tarqo {

@@ -1,6 +1,6 @@
 // The pointer's events, and the pace at which they go out.
 
-#include "main/failure.h"
+#include "base/failure.h"
 #include "session/session.h"
 
 namespace tarqo {

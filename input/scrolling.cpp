@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <span>
 
-#include "main/failure.h"
+#include "base/failure.h"
 #include "session/session.h"
 
 namespace tarqo {

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cmath>
 
-#include "host/waiting.h"
+#include "base/failure.h"
+#include "base/waiting.h"
 #include "input/related_hit.h"
-#include "main/failure.h"
 #include "session/session.h"
 
 namespace tarqo {

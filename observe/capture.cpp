@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <memory>
 
-#include "host/timed.h"
-#include "main/failure.h"
+#include "base/failure.h"
+#include "base/timed.h"
 #include "observe/screens.h"
 #include "session/session.h"
 

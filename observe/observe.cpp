@@ -3,8 +3,8 @@
 #include <cmath>
 #include <tuple>
 
-#include "main/failure.h"
-#include "observe/base64.h"
+#include "base/base64.h"
+#include "base/failure.h"
 #include "session/session.h"
 
 namespace tarqo {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "main/failure.h"
+#include "base/failure.h"
 #include "observe/screens.h"
 #include "session/session.h"
 

@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "main/failure.h"
+#include "base/failure.h"
 #include "session/session.h"
 
 namespace tarqo {

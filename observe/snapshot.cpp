@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "main/failure.h"
+#include "base/failure.h"
 #include "observe/menu_walk.h"
 #include "observe/recognized_text.h"
 #include "observe/snapshot_id.h"

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "ax/description.h"
-#include "main/json.h"
+#include "base/json.h"
 #include "platform/platform.h"
 #include "session/node_table.h"
 

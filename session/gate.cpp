@@ -1,6 +1,6 @@
 // The gate that every operation on the target passes first.
 
-#include "main/failure.h"
+#include "base/failure.h"
 #include "session/session.h"
 
 namespace tarqo {

@@ -1,6 +1,6 @@
 #include "session/session.h"
 
-#include "main/timestamp.h"
+#include "base/timestamp.h"
 
 namespace tarqo {
 

@@ -16,9 +16,9 @@
 #include <vector>
 
 #include "ax/description.h"
+#include "base/failure.h"
+#include "base/json.h"
 #include "host/grants.h"
-#include "main/failure.h"
-#include "main/json.h"
 #include "platform/platform.h"
 #include "session/journal.h"
 #include "session/node_table.h"

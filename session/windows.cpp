@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "host/completion_box.h"
-#include "host/waiting.h"
-#include "main/failure.h"
+#include "base/completion_box.h"
+#include "base/failure.h"
+#include "base/waiting.h"
 #include "session/session.h"
 #include "session/site.h"
 

@@ -5,8 +5,8 @@
 #include <span>
 #include <string_view>
 
-#include "main/request_loop.h"
 #include "platform/process_entry.h"
+#include "server/request_loop.h"
 #include "simulator/simulation.h"
 
 namespace {

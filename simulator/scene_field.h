@@ -12,7 +12,7 @@
 #include <utility>
 #include <vector>
 
-#include "main/json.h"
+#include "base/json.h"
 #include "platform/clock.h"
 #include "platform/geometry.h"
 

@@ -3,7 +3,7 @@
 
 #include <string_view>
 
-#include "main/server.h"
+#include "server/server.h"
 #include "simulator/scene_file.h"
 
 namespace tarqo::sim {

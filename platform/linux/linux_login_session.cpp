@@ -3,8 +3,8 @@
 #include <cerrno>
 #include <cstdint>
 
-#include "platform/linux/bus_handles.h"
-#include "platform/linux/bus_readiness.h"
+#include "platform/linux/base/bus_handles.h"
+#include "platform/linux/base/bus_readiness.h"
 
 namespace tarqo::lnx {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "platform/linux/bus_readiness.h"
+#include "platform/linux/base/bus_readiness.h"
 
 namespace tarqo::lnx {
 namespace {

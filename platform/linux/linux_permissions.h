@@ -2,8 +2,8 @@
 // display whose windows can be read.
 #pragma once
 
-#include "platform/linux/atspi_bus.h"
-#include "platform/linux/linux_screen_capture.h"
+#include "platform/linux/atspi/wire/bus.h"
+#include "platform/linux/capture/linux_screen_capture.h"
 #include "platform/permissions.h"
 
 namespace tarqo::lnx {

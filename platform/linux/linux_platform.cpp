@@ -1,22 +1,22 @@
 // The Linux backend put together: AT-SPI and X11, processes, desktop entries, libpng.
 
-#include "platform/linux/atspi_events.h"
-#include "platform/linux/linux_accessibility.h"
-#include "platform/linux/linux_applications.h"
-#include "platform/linux/linux_bundles.h"
+#include "platform/linux/apps/applications.h"
+#include "platform/linux/apps/linux_bundles.h"
+#include "platform/linux/apps/linux_processes.h"
+#include "platform/linux/apps/linux_workspace.h"
+#include "platform/linux/atspi/linux_accessibility.h"
+#include "platform/linux/atspi/wire/events.h"
+#include "platform/linux/capture/linux_screen_capture.h"
+#include "platform/linux/input/linux_input_events.h"
 #include "platform/linux/linux_clock.h"
-#include "platform/linux/linux_images.h"
-#include "platform/linux/linux_input_events.h"
 #include "platform/linux/linux_main_loop.h"
 #include "platform/linux/linux_permissions.h"
-#include "platform/linux/linux_processes.h"
 #include "platform/linux/linux_random.h"
-#include "platform/linux/linux_screen_capture.h"
-#include "platform/linux/linux_text_recognizer.h"
-#include "platform/linux/linux_window_server.h"
-#include "platform/linux/linux_workspace.h"
-#include "platform/linux/x_window_locator.h"
+#include "platform/linux/x11/linux_window_server.h"
+#include "platform/linux/x11/x_window_locator.h"
 #include "platform/platform.h"
+#include "platform/png/png_images.h"
+#include "platform/tesseract/tesseract_text_recognizer.h"
 
 namespace tarqo {
 namespace lnx {
@@ -43,8 +43,8 @@ class LinuxPlatform final : public PlatformHost {
   LinuxScreenCapture capture_;
   LinuxPermissions permissions_{capture_};
   LinuxWindowServer windowServer_{applications_};
-  LinuxTextRecognizer recognizer_;
-  LinuxImages images_;
+  ocr::TesseractTextRecognizer recognizer_;
+  png::PngImages images_;
   LinuxClock clock_;
   LinuxRandom random_;
 };

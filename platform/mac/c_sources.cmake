@@ -1,4 +1,4 @@
-# The half of the backend that calls C frameworks only. It is plain C++, so that tests/mac compiles it
+# The half of the backend that calls C frameworks only. It is plain C++, so that tests/platform/mac compiles it
 # on other systems too.
 set(TARQO_MAC_C_SOURCES
   ${CMAKE_CURRENT_LIST_DIR}/mac_accessibility.cpp

@@ -29,7 +29,7 @@ FLAGS = ("-O1 -w -Wno-c++11-narrowing -D_GLIBCXX_ASSERTIONS -fsanitize=return,un
 PARSED_AS = ["-x", "c++", "-std=c++20", "-D_GLIBCXX_ASSERTIONS", "-I" + ROOT]
 # The programs that the core is part of.
 TESTED = [*("tests/%s/all" % name for name in (
-    "main", "host", "ax", "session", "observe", "input", "simulator", "transcripts")), "fuzz/all"]
+    "base", "host", "ax", "session", "observe", "input", "server", "simulator", "transcripts")), "fuzz/all"]
 LIMIT_SECONDS = 20
 MEMORY = 4 << 30
 PROGRESS = 200

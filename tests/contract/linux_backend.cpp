@@ -7,7 +7,7 @@
 
 #include <thread>
 
-#include "platform/linux/linux_x_keymap.h"
+#include "platform/linux/input/keyboard_map.h"
 #include "platform/platform.h"
 #include "tests/contract/spawned_target.h"
 #include "tests/contract/x_witness.h"

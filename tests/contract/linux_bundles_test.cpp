@@ -1,6 +1,6 @@
 // Opening an application while desktop entries are installed and removed.
 
-#include "platform/linux/linux_bundles.h"
+#include "platform/linux/apps/linux_bundles.h"
 
 #include <gtest/gtest.h>
 

@@ -9,9 +9,9 @@
 #include <cstdlib>
 #include <thread>
 
-#include "platform/linux/linux_event_receivers.h"
-#include "platform/linux/linux_input_events.h"
-#include "platform/linux/linux_x_keymap.h"
+#include "platform/linux/input/event_receivers.h"
+#include "platform/linux/input/keyboard_map.h"
+#include "platform/linux/input/linux_input_events.h"
 #include "tests/contract/x_witness.h"
 
 namespace tarqo::lnx {

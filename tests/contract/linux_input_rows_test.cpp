@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 
-#include "platform/linux/linux_input_events.h"
+#include "platform/linux/input/linux_input_events.h"
 
 namespace tarqo::lnx {
 namespace {

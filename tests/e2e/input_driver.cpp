@@ -24,8 +24,8 @@
 #include <utility>
 #include <vector>
 
-#include "platform/linux/linux_input_events.h"
-#include "platform/linux/linux_x_display.h"
+#include "platform/linux/input/linux_input_events.h"
+#include "platform/linux/x11/x_display.h"
 #include "platform/unicode.h"
 
 namespace tarqo {

@@ -1,7 +1,7 @@
 // Telling a Screen Recording grant that works from one that is only listed.
 
 #include "host/grants.h"
-#include "main/server.h"
+#include "server/server.h"
 #include "tests/support/scene.h"
 
 namespace tarqo {

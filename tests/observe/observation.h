@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "main/json.h"
+#include "base/json.h"
 #include "platform/platform.h"
 #include "platform/sim/sim_node.h"
 

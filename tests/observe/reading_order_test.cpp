@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "observe/base64.h"
+#include "base/base64.h"
 #include "observe/recognized_text.h"
 
 namespace tarqo {

@@ -6,8 +6,8 @@
 
 #include <string>
 
-#include "main/server.h"
 #include "platform/sim/sim_desktop.h"
+#include "server/server.h"
 
 namespace tarqo {
 

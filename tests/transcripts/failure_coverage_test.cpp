@@ -8,7 +8,7 @@
 #include <set>
 #include <string_view>
 
-#include "main/failure.h"
+#include "base/failure.h"
 #include "tests/transcripts/collection.h"
 
 namespace tarqo::transcripts {
@@ -16,7 +16,7 @@ namespace {
 
 using Texts = std::set<std::string>;
 
-// Constants of main/failure.h that no scene can raise, and why.
+// Constants of base/failure.h that no scene can raise, and why.
 const std::map<std::string, std::string> kOutOfReach{
     {"kAppClosed",
      "every caller has passed the gate, which tells a closed "

@@ -32,7 +32,7 @@
 #include <string>
 #include <vector>
 
-#include "main/json.h"
+#include "base/json.h"
 
 namespace tarqo::transcripts {
 

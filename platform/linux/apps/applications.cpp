@@ -1,0 +1,193 @@
+#include "platform/linux/apps/applications.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstdlib>
+#include <set>
+#include <utility>
+
+#include "platform/linux/base/proc.h"
+
+namespace tarqo::lnx {
+namespace {
+
+/// How many arguments of a command line may come before an interpreter's script.
+constexpr std::size_t kScriptSearch = 4;
+
+std::vector<std::string> resolvedPaths(const std::vector<std::string>& commandLine) {
+  std::vector<std::string> paths;
+  for (std::size_t i = 1; i < std::min(commandLine.size(), kScriptSearch + 1); ++i) {
+    if (commandLine[i].starts_with('/')) {
+      if (std::string path = resolvedProgram(commandLine[i]); !path.empty()) {
+        paths.push_back(std::move(path));
+      }
+    }
+  }
+  return paths;
+}
+
+/// The traces that the launch of a desktop entry leaves on the process.
+ProcessEvidence launchEvidence(Pid pid, Pid parent) {
+  ProcessEvidence evidence;
+  evidence.controlGroup = controlGroupOf(pid);
+  if (!entryIdsOfControlGroup(evidence.controlGroup).empty()) {
+    evidence.leadsControlGroup = controlGroupOf(parent) != evidence.controlGroup;
+  }
+  // The variables are inherited by children, so they count only for the process they name.
+  if (environmentOf(pid, "GIO_LAUNCHED_DESKTOP_FILE_PID") == std::to_string(pid)) {
+    evidence.launchedEntry = environmentOf(pid, "GIO_LAUNCHED_DESKTOP_FILE").value_or("");
+  }
+  return evidence;
+}
+
+/// Whether a process without windows was started for the display of this one, as far as its
+/// environment tells: a user may be logged in to several desktops, which all stand in one /proc.
+bool isOfThisDisplay(Pid pid) {
+  const auto theirs = environmentOf(pid, "DISPLAY");
+  const char* ours = std::getenv("DISPLAY");
+  return !theirs || ours == nullptr || isSameDisplay(*theirs, ours);
+}
+
+/// Whether a desktop entry has started a process for this display.
+bool wasLaunchedHere(const std::vector<DesktopEntry>& entries, Pid pid, Pid parent) {
+  return recordedEntry(entries, launchEvidence(pid, parent)) != nullptr && isOfThisDisplay(pid);
+}
+
+ProcessEvidence evidenceOf(Pid pid, Pid parent, const XWindows& windows) {
+  ProcessEvidence evidence = launchEvidence(pid, parent);
+  evidence.program = programOf(pid).value_or("");
+  evidence.commandLine = commandLineOf(pid);
+  evidence.pathArguments = resolvedPaths(evidence.commandLine);
+  for (const XWindow& window : windows.frontToBack) {
+    if (window.pid != pid || !window.managed) {
+      continue;
+    }
+    evidence.ownsWindows = true;
+    if (evidence.gtkApplicationId.empty()) {
+      evidence.gtkApplicationId = window.gtkApplicationId;
+    }
+    if (evidence.className.empty() && evidence.instanceName.empty()) {
+      evidence.className = window.className;
+      evidence.instanceName = window.instanceName;
+    }
+  }
+  return evidence;
+}
+
+ActivationPolicy policyOf(Pid pid, const XWindows& windows) {
+  ActivationPolicy policy = ActivationPolicy::prohibited;
+  for (const XWindow& window : windows.frontToBack) {
+    if (window.pid == pid && window.isOrdinary()) {
+      return ActivationPolicy::regular;
+    }
+    if (window.pid == pid) {
+      policy = ActivationPolicy::accessory;
+    }
+  }
+  return policy;
+}
+
+std::string fileName(const std::string& path) { return path.substr(path.rfind('/') + 1); }
+
+bool ownsManagedWindow(Pid pid, const XWindows& windows) {
+  return std::any_of(windows.frontToBack.begin(), windows.frontToBack.end(),
+                     [pid](const XWindow& window) { return window.managed && window.pid == pid; });
+}
+
+}  // namespace
+
+bool isAlive(const ApplicationId& application) {
+  const auto status = processStatus(application.pid);
+  return status && !status->zombie && status->startTicks == application.instance;
+}
+
+XWindows Applications::windows() {
+  XServer* server = display_.server();
+  return server != nullptr ? readWindows(*server) : XWindows();
+}
+
+RunningApplication Applications::describe(Pid pid, std::uint64_t instance,
+                                          const XWindows& windows) {
+  RunningApplication application;
+  application.id = {pid, instance};
+  application.policy = policyOf(pid, windows);
+  const auto status = processStatus(pid);
+  const ProcessEvidence evidence = evidenceOf(pid, status ? status->parent : 0, windows);
+  const Entries entries = entries_.entries();
+  if (const DesktopEntry* entry = matchingEntry(*entries, evidence)) {
+    application.bundleId = entry->id;
+    application.bundlePath = entry->path;
+    application.localizedName = entry->name;
+  } else {
+    application.localizedName = fileName(evidence.program);
+  }
+  if (application.localizedName->empty()) {
+    application.localizedName.reset();
+  }
+  return application;
+}
+
+std::vector<RunningApplication> Applications::running() {
+  const XWindows now = windows();
+  using Process = std::pair<std::uint64_t, Pid>;  // Sorts by the time of the start.
+  std::set<Process> withWindows;
+  for (const XWindow& window : now.frontToBack) {
+    const auto status = window.managed ? processStatus(window.pid) : std::nullopt;
+    if (status && !status->zombie) {
+      withWindows.emplace(status->startTicks, window.pid);
+    }
+  }
+  std::set<Process> withoutWindows;
+  const Entries entries = entries_.entries();
+  for (const Pid pid : ownProcesses()) {
+    const auto status = processStatus(pid);
+    if (status && !status->zombie && !withWindows.contains({status->startTicks, pid}) &&
+        wasLaunchedHere(*entries, pid, status->parent)) {
+      withoutWindows.emplace(status->startTicks, pid);
+    }
+  }
+  std::vector<RunningApplication> applications;
+  for (const std::set<Process>* group : {&withWindows, &withoutWindows}) {
+    for (const auto& [start, pid] : *group) {
+      applications.push_back(describe(pid, start, now));
+    }
+  }
+  return applications;
+}
+
+std::optional<RunningApplication> Applications::running(Pid pid) {
+  const auto status = processStatus(pid);
+  if (!status || status->zombie) {
+    return std::nullopt;
+  }
+  const XWindows now = windows();
+  if (!ownsManagedWindow(pid, now) && !wasLaunchedHere(*entries_.entries(), pid, status->parent)) {
+    return std::nullopt;
+  }
+  return describe(pid, status->startTicks, now);
+}
+
+FoundEntry Applications::entryOf(Pid pid) {
+  const auto status = processStatus(pid);
+  if (!status) {
+    return nullptr;
+  }
+  const Entries entries = entries_.entries();
+  return {entries, matchingEntry(*entries, evidenceOf(pid, status->parent, windows()))};
+}
+
+std::string Applications::nameOf(Pid pid, const XWindows& windows) {
+  const auto status = processStatus(pid);
+  if (!status) {
+    return {};
+  }
+  Known& known = names_[pid];
+  if (known.instance != status->startTicks) {
+    known = {status->startTicks,
+             describe(pid, status->startTicks, windows).localizedName.value_or("")};
+  }
+  return known.name;
+}
+
+}  // namespace tarqo::lnx

@@ -1,0 +1,45 @@
+// Installed applications as desktop entries.
+#pragma once
+
+#include "platform/bundles.h"
+#include "platform/linux/apps/applications.h"
+
+namespace tarqo::lnx {
+
+/// A bundle is a ".desktop" file, its identifier the name of that file without the ending. Entries
+/// that another folder's entry of the same name overrules do not count, nor do those that no user
+/// can launch into a window: hidden, not for display here, without a program, or run in a terminal.
+class LinuxBundles final : public Bundles {
+ public:
+  explicit LinuxBundles(Applications& applications) : applications_(applications) {}
+
+  std::vector<std::string> applicationFolders() override;
+  std::vector<std::string> bundlesIn(const std::string& folder) override;
+  std::optional<Bundle> bundleAt(const std::string& path) override;
+
+  /// None: entries do not tell a version.
+  std::optional<std::string> infoText(const std::string& path, std::string_view key) override;
+  std::string displayName(const std::string& path) override;
+  std::optional<std::string> recordedBundleOf(Pid pid) override;
+  std::string resolved(const std::string& path) override;
+  std::optional<std::string> pathForIdentifier(std::string_view bundleId) override;
+
+  /// An application that has a window already only gets it back from its icon, or to the front when
+  /// it `activates`: starting the program again would open a second window in most of them.
+  ///
+  /// A path that was just found for an identifier opens the entry that was found, even if its file
+  /// has been replaced since.
+  void open(const std::string& path, bool activates, OpenCompletion completion) override;
+
+  void openSite(const std::string& bundleId, const std::string& site) override;
+
+ private:
+  [[nodiscard]] FoundEntry launchableAt(const std::string& path);
+  [[nodiscard]] bool showExisting(const std::string& bundleId, bool activates,
+                                  const OpenCompletion& completion);
+
+  Applications& applications_;
+  FoundEntry found_;  ///< By `pathForIdentifier`, the last time.
+};
+
+}  // namespace tarqo::lnx

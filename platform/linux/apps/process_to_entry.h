@@ -1,0 +1,42 @@
+// Which desktop entry a process belongs to, by the traces that launching one leaves. Pure
+// functions.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/linux/apps/desktop_entry.h"
+
+namespace tarqo::lnx {
+
+/// What is known of a process; what is not is empty.
+struct ProcessEvidence {
+  std::string program;                   ///< Links resolved.
+  std::vector<std::string> commandLine;  ///< The program's name first.
+  /// The first arguments that are absolute paths, links resolved: an interpreter's script is there.
+  std::vector<std::string> pathArguments;
+  std::string controlGroup;
+  bool leadsControlGroup = false;  ///< Its parent is in another one.
+  std::string launchedEntry;       ///< The entry's path, as its launcher wrote it down.
+  bool ownsWindows = false;
+  std::string gtkApplicationId;
+  std::string instanceName;  ///< WM_CLASS, first part.
+  std::string className;     ///< WM_CLASS, second part.
+};
+
+/// The ids of entries that a control group may be named after, the likeliest first:
+/// "app-gnome-org.example.Notes-1234.scope" gives "org.example.Notes", "gnome".
+[[nodiscard]] std::vector<std::string> entryIdsOfControlGroup(std::string_view controlGroup);
+
+/// The one of `entries` that started the process, by the record of a desktop environment or the
+/// system: what tells an application even before it shows a window. Null when none is recorded.
+[[nodiscard]] const DesktopEntry* recordedEntry(const std::vector<DesktopEntry>& entries,
+                                                const ProcessEvidence& evidence);
+
+/// The one of `entries` that a process belongs to, by any evidence, the strongest first; null when
+/// none fits.
+[[nodiscard]] const DesktopEntry* matchingEntry(const std::vector<DesktopEntry>& entries,
+                                                const ProcessEvidence& evidence);
+
+}  // namespace tarqo::lnx

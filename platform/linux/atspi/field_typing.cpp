@@ -1,0 +1,213 @@
+// Values of fields that take text from the keyboard alone, as those of Chromium do.
+#include <algorithm>
+#include <thread>
+
+#include "platform/linux/atspi/linux_accessibility.h"
+#include "platform/unicode.h"
+
+namespace tarqo::lnx {
+namespace {
+
+constexpr auto kPoll = std::chrono::milliseconds(10);
+
+/// Between the events of two characters. A page may handle each of them.
+constexpr auto kBetweenKeys = std::chrono::milliseconds(4);
+
+/// For the last keys to pass through the page.
+constexpr auto kArrival = std::chrono::milliseconds(500);
+
+/// For a page to tell back what is selected in it.
+constexpr auto kSelectionTold = std::chrono::milliseconds(250);
+
+/// What a page may add to what is typed, beside a blank for every character.
+constexpr std::int32_t kAddedByPage = 64;
+
+constexpr std::uint16_t kDeleteKey = 117;
+constexpr std::uint16_t kAKey = 0;
+
+std::int32_t charactersIn(const std::string& text) {
+  return static_cast<std::int32_t>(std::ranges::count_if(
+      text, [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U; }));
+}
+
+}  // namespace
+
+bool LinuxAccessibility::typesText(const Parts& object, const AtspiFacts& facts) {
+  return keyboard_ != nullptr && facts.has(AtspiState::editable) &&
+         facts.has(AtspiState::focusable) && facts.has(AtspiInterface::text) &&
+         !facts.has(AtspiInterface::editableText) && reader_.toolkitOf(object) == Toolkit::chromium;
+}
+
+/// Replaces the text of a field by typing over it. Only where keys are sure to reach it: its window
+/// is the one that receives them, before each of them, and it has the focus in there.
+bool LinuxAccessibility::typeOver(const Parts& object, const std::string& text) {
+  const std::optional<Toplevel> top = reader_.toplevelOf(object);
+  if (!top) {
+    return false;
+  }
+  Parts field = object;
+  field.window = top->ref;  // Known once, so that no key waits for the way up to it.
+  if (!takesKeys(field) || !grabFocus(field) || !awaitFocus(field)) {
+    return false;
+  }
+  const std::optional<Content> before = contentOf(field);
+  if (!before || !selectAll(field, before->characters)) {
+    return false;
+  }
+  const std::unique_ptr<EventSource> source = keyboard_->makeSource(text);
+  bool typed = true;
+  const auto press = [&](const InputEvent& down, const InputEvent& up) {
+    typed = typed && takesKeys(field) && postPair(source.get(), object.pid, down, up);
+    if (typed) {
+      std::this_thread::sleep_for(kBetweenKeys);
+    }
+  };
+  if (text.empty()) {
+    press(KeyEvent{kDeleteKey, true, 0}, KeyEvent{kDeleteKey, false, 0});
+  }
+  unicode::forEachCluster(text, [&](std::string_view cluster) {
+    const std::string character(cluster);
+    press(TextEvent{character, true}, TextEvent{character, false});
+  });
+  return typed && awaitContent(field, text, *before);
+}
+
+/// Both events exist before the first goes out, so that nothing is ever left held down.
+bool LinuxAccessibility::postPair(EventSource* source, Pid receiver, const InputEvent& down,
+                                  const InputEvent& up) {
+  const std::unique_ptr<CreatedEvent> first = keyboard_->create(source, down);
+  const std::unique_ptr<CreatedEvent> second = keyboard_->create(source, up);
+  if (!first || !second || !keyboard_->postTo(receiver, *first)) {
+    return false;
+  }
+  keyboard_->post(*second);
+  return true;
+}
+
+/// Whether an object of GTK 4, which refuses to give anything the focus, gets it by a click that
+/// does nothing else: a field for text.
+bool LinuxAccessibility::isClickedForFocus(const AtspiFacts& facts) {
+  return keyboard_ != nullptr && facts.has(AtspiState::editable) && facts.has(AtspiInterface::text);
+}
+
+bool LinuxAccessibility::clickForFocus(const Parts& object) {
+  const FactsPtr facts = reader_.learn(object, Fact::kind | Fact::extents);
+  if (!facts || !isClickedForFocus(*facts) || !takesKeys(object)) {
+    return false;
+  }
+  if (facts->has(AtspiState::focused)) {
+    return true;
+  }
+  const std::optional<Rect> place = frameOf(object, *facts);
+  const std::optional<Element> there = place ? elementAt(place->center()) : std::nullopt;
+  if (!there || atspiElement(*there)->parts().ref != object.ref) {
+    return false;
+  }
+  const Point centre = place->center();
+  return postPair(nullptr, object.pid, MouseEvent{MouseEventType::leftDown, centre, 1},
+                  MouseEvent{MouseEventType::leftUp, centre, 1}) &&
+         awaitFocus(object);
+}
+
+/// As the server says it now: what the reader knows of the windows is of when the call began.
+bool LinuxAccessibility::takesKeys(const Parts& object) {
+  const std::optional<Toplevel> top = reader_.toplevelOf(object);
+  if (!top || !top->window) {
+    return false;
+  }
+  return std::ranges::any_of(reader_.locator().windowsOf(object.pid), [&](const auto& window) {
+    return window.number == top->window->number && window.active;
+  });
+}
+
+bool LinuxAccessibility::awaitFocus(const Parts& object) {
+  const Instant deadline = std::chrono::steady_clock::now() + object.timeout;
+  while (std::chrono::steady_clock::now() < deadline) {
+    const FactsPtr facts = reader_.learn(object, Fact::kind);
+    if (!facts) {
+      return false;
+    }
+    if (facts->has(AtspiState::focused)) {
+      return true;
+    }
+    std::this_thread::sleep_for(kPoll);
+  }
+  return false;
+}
+
+std::optional<LinuxAccessibility::Content> LinuxAccessibility::contentOf(const Parts& object) {
+  const FactsPtr facts = reader_.learn(object, Fact::value);
+  std::optional<int> count;
+  reader_.ask(object, [&](AtspiBatch& batch) {
+    batch.property(object.ref, kText, "CharacterCount", [&](const Reply& reply) {
+      count = reply.ok ? readVariantInt(reply.message) : std::nullopt;
+    });
+  });
+  if (!facts || !facts->text || !count) {
+    return std::nullopt;
+  }
+  return Content{*facts->text, *count};
+}
+
+/// The page learns of a selection on another way than of keys, so one that it has not told back may
+/// come too late. The shortcut for it stays in order.
+bool LinuxAccessibility::selectAll(const Parts& object, std::int32_t characters) {
+  if (characters == 0) {
+    return true;
+  }
+  reader_.ask(object, [&](AtspiBatch& batch) {
+    Message message = batch.make(object.ref, kText, "SetSelection");
+    if (message) {
+      sd_bus_message_append(message.get(), "iii", 0, 0, characters);
+    }
+    batch.send(std::move(message), [](const Reply&) {});
+  });
+  const Instant deadline = std::chrono::steady_clock::now() + kSelectionTold;
+  while (std::chrono::steady_clock::now() < deadline) {
+    if (selects(object, characters)) {
+      return true;
+    }
+    std::this_thread::sleep_for(kPoll);
+  }
+  return takesKeys(object) && postPair(nullptr, object.pid, KeyEvent{kAKey, true, kModifierControl},
+                                       KeyEvent{kAKey, false, kModifierControl});
+}
+
+/// Whether the first so many characters are selected.
+bool LinuxAccessibility::selects(const Parts& object, std::int32_t characters) {
+  bool selected = false;
+  reader_.ask(object, [&](AtspiBatch& batch) {
+    Message message = batch.make(object.ref, kText, "GetSelection");
+    if (message) {
+      sd_bus_message_append(message.get(), "i", 0);
+    }
+    batch.send(std::move(message), [&](const Reply& reply) {
+      std::int32_t start = 0;
+      std::int32_t end = 0;
+      selected = reply.ok && sd_bus_message_read(reply.message, "ii", &start, &end) > 0 &&
+                 start == 0 && end == characters;
+    });
+  });
+  return selected;
+}
+
+/// Whether the text arrived. A page may change what is typed (a telephone number gets its blanks),
+/// so anything but what was there before is taken for it in the end. Where that was too long to be
+/// read whole, what has stayed of it shows by the length alone.
+bool LinuxAccessibility::awaitContent(const Parts& object, const std::string& text,
+                                      const Content& before) {
+  const Instant deadline = std::chrono::steady_clock::now() + kArrival;
+  std::optional<Content> now = contentOf(object);
+  while (now && now->text != text && std::chrono::steady_clock::now() < deadline) {
+    std::this_thread::sleep_for(kPoll);
+    now = contentOf(object);
+  }
+  if (!now || now->text == text) {
+    return now.has_value();
+  }
+  const bool wasCut = charactersIn(before.text) < before.characters;
+  const bool isTooLong = now->characters > 2 * charactersIn(text) + kAddedByPage;
+  return now->text != before.text && !(wasCut && isTooLong);
+}
+
+}  // namespace tarqo::lnx

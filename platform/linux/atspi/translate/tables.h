@@ -1,0 +1,149 @@
+// What AT-SPI's roles, states, actions and events are called in the protocol's vocabulary. Every
+// row of the translation stands in tables.cpp; nothing here asks anybody anything.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string_view>
+
+namespace tarqo::lnx {
+
+/// The roles that the code tells apart, by their numbers on the bus.
+enum class AtspiRole : std::uint32_t {
+  invalid = 0,
+  alert = 2,
+  checkBox = 7,
+  checkMenuItem = 8,
+  comboBox = 11,
+  dialog = 16,
+  frame = 23,
+  label = 29,
+  list = 31,
+  listItem = 32,
+  menu = 33,
+  menuBar = 34,
+  menuItem = 35,
+  pageTab = 37,
+  pageTabList = 38,
+  passwordText = 40,
+  popupMenu = 41,
+  radioButton = 44,
+  scrollPane = 49,
+  separator = 50,
+  spinButton = 52,
+  table = 55,
+  tableCell = 56,
+  text = 61,
+  treeTable = 66,
+  window = 69,
+  application = 75,
+  entry = 79,
+  documentWeb = 95,
+  staticText = 116,
+};
+
+/// The states that the code asks for, by their bit numbers on the bus.
+enum class AtspiState : unsigned {
+  active = 1,
+  checked = 4,
+  editable = 7,
+  enabled = 8,
+  expanded = 10,
+  focusable = 11,
+  focused = 12,
+  iconified = 15,
+  modal = 16,
+  multiLine = 17,
+  pressed = 20,
+  selectable = 22,
+  selected = 23,
+  sensitive = 24,
+  showing = 25,
+  singleLine = 26,
+  visible = 30,
+  managesDescendants = 31,
+  indeterminate = 32,
+  checkable = 41,
+  readOnly = 43,
+};
+
+/// The states of an object as the bus sends them: one bit each.
+class AtspiStates {
+ public:
+  AtspiStates() = default;
+  explicit AtspiStates(std::uint64_t bits) : bits_(bits) {}
+
+  [[nodiscard]] bool has(AtspiState state) const {
+    return (bits_ >> static_cast<unsigned>(state) & 1U) != 0;
+  }
+
+ private:
+  std::uint64_t bits_ = 0;
+};
+
+/// Where the value of an element comes from.
+enum class ValueSource {
+  none,
+  label,     ///< The text it shows, which AT-SPI calls its name.
+  text,      ///< The content of its Text interface, or else the number of its Value interface.
+  choice,    ///< The chosen entry: its text, or else its name.
+  onOff,     ///< 0, 1 or 2, from its states.
+  quantity,  ///< The number of its Value interface.
+};
+
+// NOLINTNEXTLINE(clang-analyzer-optin.performance.Padding): the columns stand as they are read.
+struct RoleRow {
+  std::uint32_t role;
+  std::string_view name;  ///< AT-SPI's own, for the reader of the table.
+  std::string_view axRole;
+  std::string_view axSubrole;  ///< Empty for none.
+  ValueSource value;
+};
+
+/// The row of a role; unknown numbers have one that says "AXUnknown".
+[[nodiscard]] const RoleRow& roleRow(std::uint32_t role);
+
+/// Whether an object of that role is a window when it hangs at the top of its application. The same
+/// roles occur inside web pages, where they are no windows.
+[[nodiscard]] bool isWindowRole(std::uint32_t role);
+
+/// Whether an object of that role is an entry of a menu.
+[[nodiscard]] bool isMenuEntryRole(std::uint32_t role);
+
+/// Whether an object of that role is a cell, a row or a header of a list or a table.
+[[nodiscard]] bool isCellRole(std::uint32_t role);
+
+/// What the row of a role leaves to the states: the role and subrole that is shown in the end.
+[[nodiscard]] RoleRow refined(const RoleRow& row, AtspiStates states);
+
+/// The protocol's name of an action ("click" is "AXPress"), case ignored; none for what it has no
+/// name for. The same word means different things on different roles.
+[[nodiscard]] std::optional<std::string_view> axAction(std::string_view action, std::uint32_t role);
+
+struct EventRow {
+  std::string_view interface;  ///< After "org.a11y.atspi.Event.".
+  std::string_view member;
+  std::string_view detail;        ///< Empty matches every detail.
+  std::string_view subscription;  ///< What the registry is asked for.
+  std::string_view notification;  ///< Empty when the event only tells where the focus is.
+};
+
+[[nodiscard]] std::span<const EventRow> eventRows();
+
+/// The row that an event falls under; null when it means nothing here. Toolkits write the members
+/// of window events in different cases.
+[[nodiscard]] const EventRow* eventRow(std::string_view interface, std::string_view member,
+                                       std::string_view detail);
+
+inline constexpr std::string_view kMenuOpened = "AXMenuOpened";
+inline constexpr std::string_view kMenuClosed = "AXMenuClosed";
+
+/// Whether an event of that row may be about a menu that opened or closed, which the role tells.
+[[nodiscard]] bool mayBeOfMenu(const EventRow& row);
+
+/// Whether an event of that row, on an object of that role, says that a menu opened; or, when it
+/// tells the end of a state, that it closed.
+[[nodiscard]] bool isOfMenu(const EventRow& row, std::uint32_t role);
+
+}  // namespace tarqo::lnx

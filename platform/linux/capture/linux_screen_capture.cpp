@@ -1,0 +1,123 @@
+#include "platform/linux/capture/linux_screen_capture.h"
+
+#include <xcb/composite.h>
+
+#include <algorithm>
+#include <chrono>
+#include <thread>
+
+#include "platform/linux/capture/x_image.h"
+
+namespace tarqo::lnx {
+namespace {
+
+/// How long an application is given to paint what was covered. Most need 20 ms.
+constexpr std::chrono::milliseconds kRepaintTime{80};
+
+/// Whether the screen lacks some of the window's pixels.
+bool isPartlyUnseen(const XWindows& windows, const XWindow& window) {
+  if (!windows.screen.contains(window.outermostArea)) {
+    return true;
+  }
+  for (const XWindow& other : windows.frontToBack) {
+    if (other.outermost == window.outermost) {
+      return false;
+    }
+    if (other.viewable && other.outermostArea.intersects(window.outermostArea)) {
+      return true;
+    }
+  }
+  return false;
+}
+
+}  // namespace
+
+bool LinuxScreenCapture::redirect(XServer& server, const XWindows& windows, const XWindow& window) {
+  const Redirected wanted{window.outermost, server.serial()};
+  if (redirected_ == wanted) {
+    return true;
+  }
+  forgetRedirected(server);
+  if (!server.succeeded(xcb_composite_redirect_window_checked(server.raw(), window.outermost,
+                                                              XCB_COMPOSITE_REDIRECT_AUTOMATIC))) {
+    return false;
+  }
+  redirected_ = wanted;
+  if (isPartlyUnseen(windows, window)) {
+    std::this_thread::sleep_for(kRepaintTime);
+  }
+  return true;
+}
+
+void LinuxScreenCapture::forgetRedirected(XServer& server) {
+  if (redirected_.connection == server.serial()) {
+    xcb_composite_unredirect_window(server.raw(), redirected_.window,
+                                    XCB_COMPOSITE_REDIRECT_AUTOMATIC);
+  }
+  redirected_ = {};
+}
+
+std::optional<Image> LinuxScreenCapture::redirectedImage(XServer& server, const XWindow& window) {
+  xcb_connection_t* c = server.raw();
+  const xcb_pixmap_t pixmap = xcb_generate_id(c);
+  xcb_composite_name_window_pixmap(c, window.outermost, pixmap);
+  Rect part = window.frame;
+  part.x -= window.outermostArea.x;
+  part.y -= window.outermostArea.y;
+  auto image = readPixels(server, pixmap, pixelFormatOf(server, window.outermostVisual), part);
+  xcb_free_pixmap(c, pixmap);
+  server.sync();
+  return image;
+}
+
+std::optional<Image> LinuxScreenCapture::windowImage(WindowNumber number,
+                                                     WindowImageResolution /*resolution*/) {
+  const std::lock_guard lock(mutex_);
+  XServer* server = display_.server();
+  if (server == nullptr || !server->extensions().composite) {
+    return std::nullopt;
+  }
+  const XWindows windows = readWindows(*server);
+  const auto window = std::find_if(windows.frontToBack.begin(), windows.frontToBack.end(),
+                                   [number](const XWindow& each) { return each.client == number; });
+  if (window == windows.frontToBack.end() || !window->viewable ||
+      !redirect(*server, windows, *window)) {
+    return std::nullopt;
+  }
+  auto image = redirectedImage(*server, *window);
+  if (!image) {
+    // A server gives an application that starts the numbers of one that has ended, so the window
+    // may be another one than was redirected under its number.
+    forgetRedirected(*server);
+    if (redirect(*server, windows, *window)) {
+      image = redirectedImage(*server, *window);
+    }
+  }
+  return image;
+}
+
+void LinuxScreenCapture::displayRegion(const Screen& /*screen*/, const Rect& /*region*/,
+                                       ImageCompletion completion) {
+  completion(std::nullopt);
+}
+
+std::optional<std::string> LinuxScreenCapture::obstacle() {
+  const std::lock_guard lock(mutex_);
+  const XServer* server = display_.server();
+  if (server == nullptr) {
+    return "No X11 display can be reached. Start the helper inside a graphical session, with "
+           "DISPLAY set, then run again.";
+  }
+  if (!server->extensions().composite) {
+    return "The X server does not offer the Composite extension, which reading a window's pixels "
+           "needs. Enable it in the server's configuration, then run again.";
+  }
+  if (!pixelFormatOf(*server, server->screen().root_visual).isReadable()) {
+    return "The screen keeps its pixels in a form that cannot be read: only 16, 24 or 32 bits for "
+           "each, with colours of their own, can. Set the X server to a depth of 24, then run "
+           "again.";
+  }
+  return std::nullopt;
+}
+
+}  // namespace tarqo::lnx

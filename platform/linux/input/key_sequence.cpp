@@ -1,0 +1,263 @@
+#include "platform/linux/input/key_sequence.h"
+
+#include <X11/keysym.h>
+
+#include <algorithm>
+#include <thread>
+
+#include "platform/linux/input/keysyms.h"
+#include "platform/linux/input/modifiers.h"
+#include "platform/linux/x11/server_grab.h"
+
+namespace tarqo::lnx {
+namespace {
+
+KeySymbols textMeaning(xcb_keysym_t keysym) { return KeySymbols::typing(keysym, keysym); }
+
+KeySymbols keyMeaning(xcb_keysym_t keysym) {
+  return KeySymbols::typing(keysym, shiftedKeysym(keysym));
+}
+
+}  // namespace
+
+KeyRow::KeyRow(XDisplay& display, FakeKeyboard& keyboard, std::string_view text)
+    : display_(display), keyboard_(keyboard), text_(keysymsOfText(text)), borrowed_(display) {}
+
+XServer* KeyRow::begin() {
+  heedSignals();
+  XServer* server = display_.server();
+  if (server == nullptr || !server->extensions().test || !server->extensions().keyboard) {
+    return nullptr;
+  }
+  if (!keymap_) {
+    if (!learn(*server)) {
+      return nullptr;
+    }
+    signals_.emplace();
+    locks_ = switchLocksOff(*server, numLock_);
+  }
+  return server;
+}
+
+bool KeyRow::learn(XServer& server) {
+  const std::optional<KeyboardReading> now = readKeyboard(server);
+  if (!now) {
+    return false;
+  }
+  keymap_ = borrowed_.ownKeys(now->keymap);
+  layout_ = now->layout;
+  numLock_ = numLockModifiers(server);
+  return true;
+}
+
+bool KeyRow::isUnchanged(XServer& server) {
+  const std::optional<KeyboardReading> now = readKeyboard(server);
+  if (!now || now->layout != layout_ || !borrowed_.holdIn(now->keymap) ||
+      borrowed_.ownKeys(now->keymap) != keymap_) {
+    return false;
+  }
+  if ((now->locked & ~numLock_) != 0) {
+    // The user has switched it on since: had it been on before, he wants it off.
+    locks_ ^= switchLocksOff(server, numLock_);
+  }
+  return true;
+}
+
+bool KeyRow::reread() {
+  // Applications get the time that they have after a change of ours.
+  std::this_thread::sleep_for(kMeaningLearned);
+  borrowed_.renew();
+  XServer* server = begin();
+  return server != nullptr && learn(*server);
+}
+
+void KeyRow::heedSignals() {
+  if (signals_ && EndingSignals::pending()) {
+    end();
+  }
+}
+
+std::optional<xcb_keycode_t> KeyRow::keyOf(xcb_keysym_t keysym) const {
+  if (const auto own = keymap_->find(keysym, layout_, 0)) {
+    return own;
+  }
+  return borrowed_.find(keyMeaning(keysym));
+}
+
+std::optional<KeyRow::Stroke> KeyRow::ownStroke(xcb_keysym_t keysym) const {
+  if (const auto plain = keymap_->find(keysym, layout_, 0)) {
+    return Stroke{*plain, false};
+  }
+  const auto shifted = keymap_->find(keysym, layout_, 1);
+  if (shifted && keymap_->find(XK_Shift_L, layout_, 0)) {
+    return Stroke{*shifted, true};
+  }
+  return std::nullopt;
+}
+
+std::optional<KeyRow::Stroke> KeyRow::textStroke(xcb_keysym_t keysym) const {
+  if (const auto own = ownStroke(keysym)) {
+    return own;
+  }
+  const auto lent = borrowed_.find(textMeaning(keysym));
+  return lent ? std::optional(Stroke{*lent, false}) : std::nullopt;
+}
+
+std::vector<KeyRow::Stroke> KeyRow::strokesOf(const std::string& text) const {
+  std::vector<Stroke> strokes;
+  for (const xcb_keysym_t keysym : keysymsOfText(text)) {
+    const auto stroke = textStroke(keysym);
+    if (!stroke) {
+      return {};
+    }
+    strokes.push_back(*stroke);
+  }
+  return strokes;
+}
+
+std::vector<xcb_keycode_t> KeyRow::chordOf(const KeyEvent& event) const {
+  std::vector<xcb_keycode_t> chord;
+  for (const ModifierKey& modifier : modifierKeys()) {
+    if ((event.modifiers & modifier.mask) != 0) {
+      const auto key = keymap_->find(modifier.keysym, layout_, 0);
+      if (!key) {
+        return {};
+      }
+      chord.push_back(*key);
+    }
+  }
+  const auto keysym = keysymOfKey(event.keyCode);
+  const auto key = keysym ? keyOf(*keysym) : std::nullopt;
+  if (!key) {
+    return {};
+  }
+  chord.push_back(*key);
+  return chord;
+}
+
+bool KeyRow::lendFor(const std::vector<xcb_keysym_t>& keysyms) {
+  std::vector<KeySymbols> wanted;
+  const auto want = [&](xcb_keysym_t keysym) {
+    const KeySymbols meaning = textMeaning(keysym);
+    if (!ownStroke(keysym) && std::find(wanted.begin(), wanted.end(), meaning) == wanted.end()) {
+      wanted.push_back(meaning);
+    }
+  };
+  std::for_each(keysyms.begin(), keysyms.end(), want);
+  const std::size_t urgent = wanted.size();
+  if (urgent == 0) {
+    return true;
+  }
+  const std::size_t capacity = borrowed_.capacity();
+  for (std::size_t next = typed_; next < text_.size() && wanted.size() < capacity; ++next) {
+    want(text_[next]);
+  }
+  return urgent <= capacity && borrowed_.lend(wanted, urgent);
+}
+
+bool KeyRow::lendFor(const KeyEvent& event) {
+  const auto keysym = keysymOfKey(event.keyCode);
+  return keysym && (keyOf(*keysym) || borrowed_.lend({keyMeaning(*keysym)}, 1)) &&
+         !chordOf(event).empty();
+}
+
+bool KeyRow::prepare(const TextEvent& event) {
+  if (begin() == nullptr) {
+    return false;
+  }
+  if (!event.down) {
+    return true;
+  }
+  const std::vector<xcb_keysym_t> keysyms = keysymsOfText(event.text);
+  const auto rest = text_.begin() + static_cast<std::ptrdiff_t>(typed_);
+  if (static_cast<std::size_t>(text_.end() - rest) >= keysyms.size() &&
+      std::equal(keysyms.begin(), keysyms.end(), rest)) {
+    typed_ += keysyms.size();
+  }
+  return lendFor(keysyms);
+}
+
+bool KeyRow::prepare(const KeyEvent& event) { return begin() != nullptr && lendFor(event); }
+
+bool KeyRow::renew(const TextEvent& event) {
+  return reread() && lendFor(keysymsOfText(event.text));
+}
+
+bool KeyRow::renew(const KeyEvent& event) { return reread() && lendFor(event); }
+
+void KeyRow::strike(XServer& server, const Stroke& stroke) {
+  const auto shift = stroke.shifted ? keymap_->find(XK_Shift_L, layout_, 0) : std::nullopt;
+  if (shift) {
+    keyboard_.press(server, *shift);
+  }
+  keyboard_.press(server, stroke.key);
+  keyboard_.release(server, stroke.key);
+  if (shift) {
+    keyboard_.release(server, *shift);
+  }
+  borrowed_.touch(stroke.key);
+}
+
+bool KeyRow::post(XServer& server, const TextEvent& event) {
+  if (!event.down) {
+    return true;
+  }
+  const std::vector<Stroke> strokes = keymap_ ? strokesOf(event.text) : std::vector<Stroke>();
+  if (strokes.empty() || !isUnchanged(server)) {
+    return event.text.empty();
+  }
+  keyboard_.setAside(server);
+  for (const Stroke& stroke : strokes) {
+    strike(server, stroke);
+  }
+  keyboard_.putBack();
+  return true;
+}
+
+bool KeyRow::post(XServer& server, const KeyEvent& event) {
+  if (!event.down) {
+    release(server);
+    return true;
+  }
+  const std::vector<xcb_keycode_t> chord = keymap_ ? chordOf(event) : std::vector<xcb_keycode_t>();
+  if (chord.empty() || !isUnchanged(server)) {
+    return false;
+  }
+  release(server);
+  keyboard_.setAside(server, chord.back());
+  down_ = chord;
+  for (const xcb_keycode_t key : down_) {
+    keyboard_.press(server, key);
+  }
+  borrowed_.touch(down_.back());
+  return true;
+}
+
+void KeyRow::release(XServer& server) {
+  if (down_.empty()) {
+    return;
+  }
+  std::for_each(down_.rbegin(), down_.rend(),
+                [&](xcb_keycode_t key) { keyboard_.release(server, key); });
+  borrowed_.touch(down_.back());
+  down_.clear();
+  keyboard_.putBack();
+}
+
+void KeyRow::end() {
+  if (XServer* server = down_.empty() ? nullptr : display_.server()) {
+    const ServerGrab grab(*server);
+    release(*server);
+  }
+  borrowed_.giveBack();
+  if (XServer* server = keymap_ ? display_.server() : nullptr) {
+    switchLocksOn(*server, locks_);
+    server->sync();  // What a client that is gone has asked for last may be dropped.
+  }
+  keymap_.reset();
+  down_.clear();
+  locks_ = 0;
+  signals_.reset();  // Ends the process when a signal asked for that.
+}
+
+}  // namespace tarqo::lnx

@@ -1,0 +1,283 @@
+#include "platform/linux/input/linux_input_events.h"
+
+#include <xcb/xtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstdlib>
+#include <functional>
+#include <thread>
+
+#include "platform/linux/input/event_receivers.h"
+#include "platform/linux/input/fake_keyboard.h"
+#include "platform/linux/input/held_buttons.h"
+#include "platform/linux/input/key_sequence.h"
+#include "platform/linux/x11/server_grab.h"
+
+namespace tarqo::lnx {
+
+/// Whatever events that belong together change on the server. Ends with what it is destroyed with.
+struct InputGroup {
+  InputGroup(XDisplay& display, const std::string& text)
+      : keyboard(display), keys(display, keyboard, text), buttons(display, keyboard) {}
+
+  void end() {
+    buttons.releaseAll();
+    keys.end();
+  }
+
+  FakeKeyboard keyboard;
+  KeyRow keys;
+  HeldButtons buttons;
+};
+
+namespace {
+
+constexpr std::uint8_t kLeftButton = 1;
+constexpr std::uint8_t kRightButton = 3;
+constexpr std::uint8_t kWheelUp = 4;
+constexpr std::uint8_t kWheelDown = 5;
+
+/// Chromium looks up what a first click scrolls, in one to two frames of its drawing, and forgets
+/// most of the clicks that come meanwhile: 10 clicks at once often moved a page by one. From 20 ms
+/// on none was lost; this is more, for a busy machine.
+constexpr std::chrono::milliseconds kAfterFirstClick{50};
+
+constexpr std::chrono::milliseconds kGrabPasses{150};
+constexpr std::chrono::milliseconds kGrabPoll{5};
+
+/// How often an event is prepared for a keyboard that has changed again until it could be posted.
+constexpr int kMaxRenewals = 5;
+
+class RowSource final : public EventSource {
+ public:
+  RowSource(XDisplay& display, const std::string& text)
+      : row_(std::make_shared<InputGroup>(display, text)) {}
+  RowSource(const RowSource&) = delete;
+  RowSource& operator=(const RowSource&) = delete;
+  /// Puts back what the row changed, even when an event of it still exists.
+  ~RowSource() override { row_->end(); }
+
+  [[nodiscard]] const std::shared_ptr<InputGroup>& row() const { return row_; }
+
+ private:
+  std::shared_ptr<InputGroup> row_;
+};
+
+class XEvent final : public CreatedEvent {
+ public:
+  XEvent(InputEvent event, std::shared_ptr<InputGroup> row)
+      : event_(std::move(event)), row_(std::move(row)) {}
+
+  [[nodiscard]] const InputEvent& event() const { return event_; }
+  [[nodiscard]] InputGroup& row() const { return *row_; }
+
+ private:
+  InputEvent event_;
+  std::shared_ptr<InputGroup> row_;
+};
+
+/// The pixel that a point lies in.
+std::int16_t pixel(double coordinate) {
+  return static_cast<std::int16_t>(std::clamp(std::floor(coordinate), -32768.0, 32767.0));
+}
+
+void fakeMotion(XServer& server, Point at) {
+  constexpr std::uint8_t kAbsolute = 0;
+  xcb_test_fake_input(server.raw(), XCB_MOTION_NOTIFY, kAbsolute, XCB_CURRENT_TIME, server.root(),
+                      pixel(at.x), pixel(at.y), 0);
+}
+
+std::uint8_t buttonOf(MouseEventType type) {
+  const bool isRight = type == MouseEventType::rightDown || type == MouseEventType::rightUp;
+  return isRight ? kRightButton : kLeftButton;
+}
+
+void fakeMouse(XServer& server, const MouseEvent& event, HeldButtons& buttons) {
+  const std::uint8_t button = buttonOf(event.type);
+  const bool isUp = event.type == MouseEventType::leftUp || event.type == MouseEventType::rightUp;
+  if (isUp && !buttons.isDown(button)) {
+    return;
+  }
+  // A button event has no position of its own: it happens where the pointer is.
+  fakeMotion(server, event.at);
+  if (isUp) {
+    buttons.release(server, button);
+  } else if (event.type == MouseEventType::leftDown || event.type == MouseEventType::rightDown) {
+    buttons.press(server, button);
+  }
+}
+
+/// Does something within a server grab, in the moment in which it is judged; false when it may not
+/// be done. A grab of the device may be that of a window manager which is about to pass an event
+/// on, or of a menu that is about to close, so it is given `kGrabPasses`.
+bool doJudged(XDisplay& display, const std::function<Reach(XServer&)>& judge,
+              const std::function<void(XServer&)>& deed) {
+  const auto deadline = std::chrono::steady_clock::now() + kGrabPasses;
+  for (;;) {
+    XServer* server = display.server();
+    if (server == nullptr) {
+      return false;
+    }
+    {
+      const ServerGrab grab(*server);
+      const Reach reach = judge(*server);
+      if (reach == Reach::receiver) {
+        deed(*server);
+        return true;
+      }
+      if (reach == Reach::elsewhere || std::chrono::steady_clock::now() >= deadline) {
+        return false;
+      }
+    }
+    std::this_thread::sleep_for(kGrabPoll);
+  }
+}
+
+/// Whether an event of that kind goes to `receiver`; anybody will do when there is none.
+Reach reachOf(XServer& server, std::optional<Pid> receiver, const InputEvent& event) {
+  if (!receiver) {
+    return Reach::receiver;
+  }
+  if (const auto* mouse = std::get_if<MouseEvent>(&event)) {
+    return reachOfPointer(server, *receiver, mouse->at);
+  }
+  if (std::holds_alternative<ScrollEvent>(event)) {
+    return reachOfPointer(server, *receiver, std::nullopt);
+  }
+  return reachOfKeys(server, *receiver);
+}
+
+/// Posts each kind of event in its own way; false when it was judged to go elsewhere.
+class Deliverer {
+ public:
+  Deliverer(XDisplay& display, std::optional<Pid> receiver, const XEvent& event)
+      : display_(display), receiver_(receiver), event_(event) {}
+
+  bool operator()(const MouseEvent& mouse) const {
+    return judged([&](XServer& server) { fakeMouse(server, mouse, event_.row().buttons); });
+  }
+
+  bool operator()(const ScrollEvent& scroll) const {
+    const std::uint8_t button = scroll.pixels > 0 ? kWheelUp : kWheelDown;
+    const int clicks = wheelClicks(scroll.pixels);
+    const auto turn = [&](int count) {
+      return judged([&](XServer& server) { event_.row().buttons.click(server, button, count); });
+    };
+    if (!turn(1)) {
+      return false;
+    }
+    if (clicks > 1) {
+      std::this_thread::sleep_for(kAfterFirstClick);
+    }
+    return clicks == 1 || turn(clicks - 1);
+  }
+
+  bool operator()(const TextEvent& text) const { return type(text); }
+  bool operator()(const KeyEvent& key) const { return type(key); }
+
+ private:
+  bool judged(const std::function<void(XServer&)>& deed) const {
+    return doJudged(
+        display_, [&](XServer& server) { return reachOf(server, receiver_, event_.event()); },
+        deed);
+  }
+
+  template <typename Event>
+  bool type(const Event& event) const {
+    KeyRow& keys = event_.row().keys;
+    for (int attempt = 0; attempt < kMaxRenewals; ++attempt) {
+      bool posted = false;
+      if (!judged([&](XServer& server) { posted = keys.post(server, event); })) {
+        return false;
+      }
+      if (posted) {
+        return true;
+      }
+      if (!keys.renew(event)) {
+        return false;
+      }
+    }
+    return false;
+  }
+
+  XDisplay& display_;
+  std::optional<Pid> receiver_;
+  const XEvent& event_;
+};
+
+}  // namespace
+
+int wheelClicks(std::int32_t pixels) {
+  const double clicks = std::abs(static_cast<double>(pixels)) / kPixelsPerClick;
+  return std::max(static_cast<int>(std::lround(clicks)), 1);
+}
+
+std::unique_ptr<EventSource> LinuxInputEvents::makeSource(const std::string& text) {
+  return std::make_unique<RowSource>(display_, text);
+}
+
+std::unique_ptr<CreatedEvent> LinuxInputEvents::create(EventSource* source,
+                                                       const InputEvent& event) {
+  const XServer* server = display_.server();
+  if (server == nullptr || !server->extensions().test) {
+    return nullptr;
+  }
+  const auto* owner = dynamic_cast<RowSource*>(source);
+  const std::shared_ptr<InputGroup> row = owner != nullptr ? owner->row() : looseRow();
+  if (const auto* text = std::get_if<TextEvent>(&event)) {
+    if (owner == nullptr || !row->keys.prepare(*text)) {
+      return nullptr;
+    }
+  } else if (const auto* key = std::get_if<KeyEvent>(&event)) {
+    if (!row->keys.prepare(*key)) {
+      return nullptr;
+    }
+  }
+  return std::make_unique<XEvent>(event, row);
+}
+
+std::shared_ptr<InputGroup> LinuxInputEvents::looseRow() {
+  std::shared_ptr<InputGroup> row = loose_.lock();
+  if (!row) {
+    row = std::make_shared<InputGroup>(display_, "");
+    loose_ = row;
+  }
+  return row;
+}
+
+void LinuxInputEvents::post(const CreatedEvent& event) {
+  static_cast<void>(deliver(std::nullopt, event));
+}
+
+bool LinuxInputEvents::postTo(Pid receiver, const CreatedEvent& event) {
+  return deliver(receiver, event);
+}
+
+bool LinuxInputEvents::deliver(std::optional<Pid> receiver, const CreatedEvent& event) {
+  XServer* server = display_.server();
+  const auto* created = dynamic_cast<const XEvent*>(&event);
+  if (server == nullptr || !server->extensions().test || created == nullptr) {
+    return false;
+  }
+  const Deliverer deliverer{display_, receiver, *created};
+  const bool delivered = std::visit(deliverer, created->event());
+  server = display_.server();
+  return delivered && server != nullptr && server->sync();
+}
+
+std::optional<Point> LinuxInputEvents::pointerLocation() {
+  XServer* server = display_.server();
+  if (server == nullptr) {
+    return std::nullopt;
+  }
+  const auto pointer =
+      server->take<xcb_query_pointer_reply_t>(xcb_query_pointer(server->raw(), server->root()));
+  if (!pointer) {
+    return std::nullopt;
+  }
+  return Point{static_cast<double>(pointer->root_x), static_cast<double>(pointer->root_y)};
+}
+
+}  // namespace tarqo::lnx

@@ -1,0 +1,36 @@
+// Keys going down and up as devices report them, whoever receives them and whatever the server
+// makes of them: also the release of a key that it takes for released already.
+#pragma once
+
+#include <cstdint>
+#include <map>
+
+#include "platform/linux/x11/x_display.h"
+
+namespace tarqo::lnx {
+
+/// Whether a server tells of such events. For the connection itself.
+[[nodiscard]] bool canTellRawKeys(XServer& server);
+
+/// Counts the key events of all keyboards while it lives, those of XTEST included. At most one at a
+/// time. Counts nothing on a server that does not tell. Worker thread only.
+class RawKeyWatch {
+ public:
+  explicit RawKeyWatch(XDisplay& display);
+  ~RawKeyWatch();
+  RawKeyWatch(const RawKeyWatch&) = delete;
+  RawKeyWatch& operator=(const RawKeyWatch&) = delete;
+
+  /// How often a key went up more than down so far. A round trip.
+  [[nodiscard]] std::map<xcb_keycode_t, int> releases(XServer& server) const;
+
+ private:
+  void count(const xcb_generic_event_t& event);
+
+  XDisplay& display_;
+  std::uint64_t connection_ = 0;
+  std::uint8_t extension_ = 0;
+  std::map<xcb_keycode_t, int> releases_;
+};
+
+}  // namespace tarqo::lnx

@@ -1,0 +1,94 @@
+#include "platform/linux/x11/ping.h"
+
+#include <poll.h>
+
+#include <algorithm>
+
+#include "platform/linux/x11/properties.h"
+
+namespace tarqo::lnx {
+namespace {
+
+using SteadyClock = std::chrono::steady_clock;
+
+/// Hears what applications send to the root window, as long as it lives.
+class HearsRoot {
+ public:
+  explicit HearsRoot(XServer& server) : server_(server) {
+    // Qt answers to those who listen to the root window itself, the others as the convention says.
+    select(XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_STRUCTURE_NOTIFY);
+  }
+  HearsRoot(const HearsRoot&) = delete;
+  HearsRoot& operator=(const HearsRoot&) = delete;
+  ~HearsRoot() {
+    select(XCB_EVENT_MASK_NO_EVENT);
+    xcb_flush(server_.raw());
+  }
+
+ private:
+  void select(std::uint32_t events) const {
+    xcb_change_window_attributes(server_.raw(), server_.root(), XCB_CW_EVENT_MASK, &events);
+  }
+
+  XServer& server_;
+};
+
+bool answersPings(XServer& server, xcb_window_t window) {
+  const auto protocols = server.take<xcb_get_property_reply_t>(
+      askProperty(server, window, server.atom(XAtom::wmProtocols), kXListLength));
+  const auto known = numbersOf(protocols);
+  return std::ranges::find(known, server.atom(XAtom::netWmPing)) != known.end();
+}
+
+void sendPing(XServer& server, xcb_window_t window, xcb_timestamp_t stamp) {
+  xcb_client_message_event_t ping{};
+  ping.response_type = XCB_CLIENT_MESSAGE;
+  ping.format = 32;
+  ping.window = window;
+  ping.type = server.atom(XAtom::wmProtocols);
+  ping.data.data32[0] = server.atom(XAtom::netWmPing);
+  ping.data.data32[1] = stamp;
+  ping.data.data32[2] = window;
+  xcb_send_event(server.raw(), 0, window, XCB_EVENT_MASK_NO_EVENT,
+                 reinterpret_cast<const char*>(&ping));
+  xcb_flush(server.raw());
+}
+
+bool isPong(XServer& server, const xcb_generic_event_t& event, xcb_window_t window,
+            xcb_timestamp_t stamp) {
+  if ((event.response_type & 0x7f) != XCB_CLIENT_MESSAGE) {
+    return false;
+  }
+  const auto& message = reinterpret_cast<const xcb_client_message_event_t&>(event);
+  return message.type == server.atom(XAtom::wmProtocols) &&
+         message.data.data32[0] == server.atom(XAtom::netWmPing) &&
+         message.data.data32[1] == stamp && message.data.data32[2] == window;
+}
+
+}  // namespace
+
+bool awaitPong(XServer& server, xcb_window_t window, SteadyClock::duration patience) {
+  if (!answersPings(server, window)) {
+    return false;
+  }
+  const auto deadline = SteadyClock::now() + patience;
+  const xcb_timestamp_t stamp = server.time();
+  const HearsRoot hearing(server);
+  sendPing(server, window, stamp);
+  while (server.usable()) {
+    while (const XReply<xcb_generic_event_t> event{xcb_poll_for_event(server.raw())}) {
+      if (isPong(server, *event, window, stamp)) {
+        return true;
+      }
+    }
+    const auto left =
+        std::chrono::duration_cast<std::chrono::milliseconds>(deadline - SteadyClock::now());
+    pollfd input{xcb_get_file_descriptor(server.raw()), POLLIN, 0};
+    if (left.count() <= 0 || ::poll(&input, 1, static_cast<int>(left.count())) == 0) {
+      return false;
+    }
+  }
+  return false;
+}
+
+}  // namespace tarqo::lnx

@@ -1,0 +1,16 @@
+// Whether an application has caught up with what the X server told it.
+#pragma once
+
+#include <chrono>
+
+#include "platform/linux/x11/x_display.h"
+
+namespace tarqo::lnx {
+
+/// Pings a window as window managers do (_NET_WM_PING). Applications take the server's events in
+/// order, so the answer shows that all earlier ones have been handled. False when none comes in
+/// time, and at once for a window that does not answer pings.
+[[nodiscard]] bool awaitPong(XServer& server, xcb_window_t window,
+                             std::chrono::steady_clock::duration patience);
+
+}  // namespace tarqo::lnx

@@ -1,0 +1,311 @@
+#include "platform/linux/x11/x_display.h"
+
+#include <poll.h>
+#include <sys/socket.h>
+#include <xcb/composite.h>
+#include <xcb/randr.h>
+#include <xcb/res.h>
+#include <xcb/shm.h>
+#include <xcb/xcbext.h>
+#include <xcb/xtest.h>
+
+#include <algorithm>
+#include <exception>
+#include <optional>
+#include <thread>
+#include <utility>
+
+#include "platform/linux/input/raw_keys.h"
+#include "platform/linux/input/xkb.h"
+
+namespace tarqo::lnx {
+namespace {
+
+using SteadyClock = std::chrono::steady_clock;
+
+constexpr std::array<std::string_view, kAtomCount> kAtomNames = {
+    "_NET_ACTIVE_WINDOW",
+    "_NET_CLIENT_LIST",
+    "_NET_FRAME_EXTENTS",
+    "_NET_SHOWING_DESKTOP",
+    "_NET_SUPPORTING_WM_CHECK",
+    "_NET_WM_NAME",
+    "_NET_WM_PID",
+    "_NET_WM_PING",
+    "_NET_WM_STATE",
+    "_NET_WM_STATE_HIDDEN",
+    "_NET_WM_STATE_SHADED",
+    "_NET_WM_WINDOW_OPACITY",
+    "_NET_WM_WINDOW_TYPE",
+    "_NET_WM_WINDOW_TYPE_COMBO",
+    "_NET_WM_WINDOW_TYPE_DESKTOP",
+    "_NET_WM_WINDOW_TYPE_DIALOG",
+    "_NET_WM_WINDOW_TYPE_DND",
+    "_NET_WM_WINDOW_TYPE_DOCK",
+    "_NET_WM_WINDOW_TYPE_DROPDOWN_MENU",
+    "_NET_WM_WINDOW_TYPE_MENU",
+    "_NET_WM_WINDOW_TYPE_NORMAL",
+    "_NET_WM_WINDOW_TYPE_NOTIFICATION",
+    "_NET_WM_WINDOW_TYPE_POPUP_MENU",
+    "_NET_WM_WINDOW_TYPE_SPLASH",
+    "_NET_WM_WINDOW_TYPE_TOOLBAR",
+    "_NET_WM_WINDOW_TYPE_TOOLTIP",
+    "_NET_WM_WINDOW_TYPE_UTILITY",
+    "_GTK_APPLICATION_ID",
+    "_GTK_FRAME_EXTENTS",
+    "_TARQO_BORROWED_KEYS",
+    "WM_CHANGE_STATE",
+    "WM_PROTOCOLS",
+};
+
+bool isAtLeast(std::uint32_t major, std::uint32_t minor, std::uint32_t wantedMajor,
+               std::uint32_t wantedMinor) {
+  return std::pair(major, minor) >= std::pair(wantedMajor, wantedMinor);
+}
+
+/// Sending a file descriptor over any other socket ends the connection.
+bool isLocalSocket(int socket) {
+  int domain = 0;
+  socklen_t size = sizeof(domain);
+  return ::getsockopt(socket, SOL_SOCKET, SO_DOMAIN, &domain, &size) == 0 && domain == AF_UNIX;
+}
+
+const xcb_screen_t* preferredScreen(xcb_connection_t* connection, int number) {
+  xcb_screen_iterator_t screens = xcb_setup_roots_iterator(xcb_get_setup(connection));
+  for (int i = 0; i < number && screens.rem > 1; ++i) {
+    xcb_screen_next(&screens);
+  }
+  return screens.rem > 0 ? screens.data : nullptr;
+}
+
+/// Host and number of a display; none when it is no display's name.
+std::optional<std::pair<std::string, int>> serverOf(const std::string& name) {
+  char* host = nullptr;
+  int number = 0;
+  // Without a name it would read DISPLAY.
+  if (name.empty() || xcb_parse_display(name.c_str(), &host, &number, nullptr) == 0) {
+    return std::nullopt;
+  }
+  const std::unique_ptr<char, FreeMemory> owned(host);
+  // Both mean the local server.
+  return std::pair(std::string(host) == "unix" ? "" : std::string(host), number);
+}
+
+}  // namespace
+
+bool isSameDisplay(const std::string& one, const std::string& other) {
+  const auto server = serverOf(one);
+  return one == other || (server && server == serverOf(other));
+}
+
+std::unique_ptr<XServer> XServer::connect() {
+  std::unique_ptr<XServer> server(new XServer());
+  int number = 0;
+  server->connection_.reset(xcb_connect(nullptr, &number));
+  if (xcb_connection_has_error(server->raw()) != 0) {
+    return nullptr;
+  }
+  server->screen_ = preferredScreen(server->raw(), number);
+  if (server->screen_ == nullptr) {
+    return nullptr;
+  }
+  server->readExtensions();
+  server->readAtoms();
+  return server->usable() ? std::move(server) : nullptr;
+}
+
+void XServer::readExtensions() {
+  xcb_connection_t* c = raw();
+  const std::array<xcb_extension_t*, 6> all = {&xcb_composite_id, &xcb_randr_id, &xcb_res_id,
+                                               &xcb_shm_id,       &xcb_test_id,  &xcb_xkb_id};
+  for (xcb_extension_t* extension : all) {
+    xcb_prefetch_extension_data(c, extension);
+  }
+  // A request of an extension that the server lacks would end the connection.
+  const auto present = [c](xcb_extension_t* extension) {
+    const xcb_query_extension_reply_t* found = xcb_get_extension_data(c, extension);
+    return found != nullptr && found->present != 0;
+  };
+  if (present(&xcb_composite_id)) {
+    const auto version =
+        take<xcb_composite_query_version_reply_t>(xcb_composite_query_version(c, 0, 4));
+    extensions_.composite =
+        version && isAtLeast(version->major_version, version->minor_version, 0, 2);
+  }
+  if (present(&xcb_randr_id)) {
+    const auto version = take<xcb_randr_query_version_reply_t>(xcb_randr_query_version(c, 1, 5));
+    extensions_.randrMonitors =
+        version && isAtLeast(version->major_version, version->minor_version, 1, 5);
+  }
+  if (present(&xcb_res_id)) {
+    const auto version = take<xcb_res_query_version_reply_t>(xcb_res_query_version(c, 1, 2));
+    extensions_.resourcePids =
+        version && isAtLeast(version->server_major, version->server_minor, 1, 2);
+  }
+  if (present(&xcb_shm_id)) {
+    const auto version = take<xcb_shm_query_version_reply_t>(xcb_shm_query_version(c));
+    extensions_.shmDescriptors = version &&
+                                 isAtLeast(version->major_version, version->minor_version, 1, 2) &&
+                                 isLocalSocket(xcb_get_file_descriptor(c));
+  }
+  extensions_.test = present(&xcb_test_id);
+  if (present(&xcb_xkb_id)) {
+    const auto use = take<xcb_xkb_use_extension_reply_t>(
+        xcb_xkb_use_extension(c, XCB_XKB_MAJOR_VERSION, XCB_XKB_MINOR_VERSION));
+    extensions_.keyboard = use && use->supported != 0;
+  }
+  extensions_.rawKeys = canTellRawKeys(*this);
+}
+
+void XServer::readAtoms() {
+  std::array<xcb_intern_atom_cookie_t, kAtomCount> cookies{};
+  for (std::size_t i = 0; i < kAtomCount; ++i) {
+    const std::string_view name = kAtomNames[i];
+    cookies[i] = xcb_intern_atom(raw(), 0, static_cast<std::uint16_t>(name.size()), name.data());
+  }
+  for (std::size_t i = 0; i < kAtomCount; ++i) {
+    const auto reply = take<xcb_intern_atom_reply_t>(cookies[i]);
+    atoms_[i] = reply ? reply->atom : static_cast<xcb_atom_t>(XCB_ATOM_NONE);
+  }
+}
+
+bool XServer::usable() const { return !stuck_ && xcb_connection_has_error(raw()) == 0; }
+
+bool XServer::waitForInput(SteadyClock::time_point deadline) {
+  const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+      std::max(deadline - SteadyClock::now(), SteadyClock::duration::zero()));
+  pollfd input{xcb_get_file_descriptor(raw()), POLLIN, 0};
+  // Rounded up, so that the last fraction of a millisecond is no busy loop. An interrupted wait
+  // counts as input: the caller looks again.
+  if (::poll(&input, 1, static_cast<int>(left.count()) + 1) == 0) {
+    stuck_ = true;
+  }
+  return !stuck_;
+}
+
+void* XServer::takeReply(unsigned int sequence) {
+  if (!usable()) {
+    return nullptr;
+  }
+  xcb_flush(raw());
+  const auto deadline = SteadyClock::now() + kXTimeout;
+  void* reply = nullptr;
+  xcb_generic_error_t* error = nullptr;
+  while (xcb_poll_for_reply(raw(), sequence, &reply, &error) == 0) {
+    if (!waitForInput(deadline)) {
+      return nullptr;
+    }
+  }
+  std::free(error);
+  return reply;
+}
+
+bool XServer::sync() {
+  return take<xcb_get_input_focus_reply_t>(xcb_get_input_focus(raw())) != nullptr;
+}
+
+bool XServer::succeeded(xcb_void_cookie_t cookie) {
+  if (!sync()) {
+    return false;
+  }
+  void* reply = nullptr;
+  xcb_generic_error_t* error = nullptr;
+  const bool known = xcb_poll_for_reply(raw(), cookie.sequence, &reply, &error) != 0;
+  std::free(reply);
+  const bool failed = error != nullptr;
+  std::free(error);
+  return known && !failed;
+}
+
+xcb_window_t XServer::hiddenWindow() {
+  if (hiddenWindow_ == XCB_NONE) {
+    hiddenWindow_ = xcb_generate_id(raw());
+    const std::uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE;
+    xcb_create_window(raw(), XCB_COPY_FROM_PARENT, hiddenWindow_, root(), -1, -1, 1, 1, 0,
+                      XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK,
+                      &events);
+  }
+  return hiddenWindow_;
+}
+
+xcb_timestamp_t XServer::time() {
+  const xcb_window_t window = hiddenWindow();
+  dropEvents();
+  // Changing a property is the way in which the protocol tells a client the time.
+  xcb_change_property(raw(), XCB_PROP_MODE_APPEND, window, XCB_ATOM_WM_NAME, XCB_ATOM_STRING, 8, 0,
+                      nullptr);
+  if (!sync()) {
+    return XCB_CURRENT_TIME;
+  }
+  xcb_timestamp_t now = XCB_CURRENT_TIME;
+  while (const XReply<xcb_generic_event_t> event{xcb_poll_for_queued_event(raw())}) {
+    see(*event);
+    if ((event->response_type & 0x7f) == XCB_PROPERTY_NOTIFY) {
+      now = reinterpret_cast<const xcb_property_notify_event_t*>(event.get())->time;
+    }
+  }
+  return now;
+}
+
+void XServer::see(const xcb_generic_event_t& event) const {
+  if (handler_) {
+    handler_(event);
+  }
+}
+
+void XServer::dropEvents() {
+  while (const XReply<xcb_generic_event_t> event{xcb_poll_for_event(raw())}) {
+    see(*event);
+  }
+}
+
+void XServer::grab() {
+  if (grabs_++ == 0) {
+    xcb_grab_server(raw());
+  }
+}
+
+void XServer::ungrab() {
+  if (--grabs_ == 0) {
+    xcb_ungrab_server(raw());
+    xcb_flush(raw());
+  }
+}
+
+XServer* XDisplay::server() {
+  if (server_) {
+    server_->dropEvents();
+    // Whoever keeps it to himself has it in hand, and finds out by its empty answers.
+    if (server_->usable() || server_->grabs_ > 0) {
+      return server_.get();
+    }
+    server_.reset();
+  }
+  try {
+    auto patience = std::chrono::milliseconds::zero();
+    if (!connecting_.valid()) {
+      // Connecting has no time limit of its own, so it has a thread that may be left behind.
+      std::promise<std::unique_ptr<XServer>> result;
+      connecting_ = result.get_future();
+      std::thread([promise = std::move(result)]() mutable {
+        try {
+          promise.set_value(XServer::connect());
+        } catch (const std::exception&) {
+          return;  // Whoever waits finds the promise broken.
+        }
+      }).detach();
+      patience = kXTimeout;
+    }
+    if (connecting_.wait_for(patience) == std::future_status::ready) {
+      server_ = connecting_.get();
+      if (server_) {
+        server_->serial_ = ++connections_;
+      }
+    }
+  } catch (const std::exception&) {
+    connecting_ = {};
+  }
+  return server_.get();
+}
+
+}  // namespace tarqo::lnx

@@ -1,0 +1,72 @@
+// The Tesseract library, loaded when text is to be read for the first time.
+//
+// Linked ordinarily it and what it pulls in cost every start of the helper 6 ms and 10 MB, and few
+// sessions read text from pictures; so it is loaded by name, through its C interface. It keeps to
+// the calling thread: its own loops over four threads make it three times slower, as each has too
+// little to do. Nothing it has to say reaches the standard streams.
+//
+// One thread at a time.
+#pragma once
+
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/tesseract/line_image.h"
+#include "platform/tesseract/surfaces.h"
+
+namespace tarqo::ocr {
+
+/// A line or a word.
+struct ReadText {
+  std::string text;
+  PixelBox box;          ///< In pixels of the image that was read.
+  float confidence = 0;  ///< 0...100
+};
+
+class Tesseract {
+ public:
+  /// `dataFolder` holds the language data; the library's own folder when it is empty.
+  explicit Tesseract(std::string dataFolder);
+  ~Tesseract();
+  Tesseract(const Tesseract&) = delete;
+  Tesseract& operator=(const Tesseract&) = delete;
+
+  /// Loads library and languages, Korean before English, unless that is done; takes about 100 ms.
+  /// What is missing, and how to get it, when that fails: the next call tries again.
+  [[nodiscard]] std::optional<std::string> prepare();
+
+  enum class Language { koreanAndEnglish, korean, english };
+
+  /// A picture of one line as lines of text: one, or none when it is blank; several where the
+  /// picture holds more than it should. After `prepare` only, as everything that follows. Takes
+  /// some 40 ms; the first time in one language alone 50 ms more. None when that takes longer than
+  /// `limit`, of which the library takes notice between two words.
+  [[nodiscard]] std::vector<ReadText> readLine(const GrayImage& image, Language language,
+                                               std::chrono::milliseconds limit);
+
+  /// The words of the line read last in both languages. Korean may be torn apart in them.
+  [[nodiscard]] std::vector<ReadText> lastWords() const;
+
+  /// The lines that stand anywhere in a picture, without those that are blank. None when that takes
+  /// longer than `limit`, as above.
+  [[nodiscard]] std::vector<ReadText> readScattered(const GrayImage& image,
+                                                    std::chrono::milliseconds limit);
+
+ private:
+  struct Library;
+  struct Engine;
+
+  [[nodiscard]] std::string whatIsMissing() const;
+  [[nodiscard]] const Engine* engineFor(Language language);
+
+  std::string dataFolder_;
+  std::unique_ptr<const Library> library_;
+  std::unique_ptr<const Engine> both_;
+  std::unique_ptr<const Engine> korean_;   ///< None before it is needed.
+  std::unique_ptr<const Engine> english_;  ///< None before it is needed.
+};
+
+}  // namespace tarqo::ocr

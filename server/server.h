@@ -1,0 +1,55 @@
+// From one request line to one response line.
+#pragma once
+
+#include <exception>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "base/json.h"
+#include "host/grants.h"
+#include "host/responsible_host.h"
+#include "session/session.h"
+
+namespace tarqo {
+
+/// What became of a request. `response` has no line end; it is none when there is nothing to write.
+struct Served {
+  std::optional<std::string> response;
+  bool close = false;        ///< The client asked for the end of the process.
+  bool outOfMemory = false;  ///< Not even the error could be written down.
+};
+
+/// Responses for when no memory can be had to make one.
+inline constexpr std::string_view kRequestTooLarge =
+    R"({"error":{"code":"native_error","message":)"
+    R"("The request line is too long to be held in memory."},"id":null})";
+inline constexpr std::string_view kOutOfMemory =
+    R"({"error":{"code":"native_error","message":)"
+    R"("The request needs more memory than the system has."},"id":null})";
+
+/// The "error" of a response: the code, message and detail of a `Failure`, "native_error" with its
+/// own words for anything else.
+[[nodiscard]] Json errorObject(const std::exception& error);
+
+/// Owns the one session and what it remembers of host and grants. Worker thread only; a request may
+/// take as long as the waits of its method.
+class Server {
+ public:
+  explicit Server(const Platform& platform);
+
+  /// Serves a request line of any bytes, without its line end. Never throws.
+  [[nodiscard]] Served serve(std::string_view line) noexcept;
+
+ private:
+  Served answer(std::string_view line, Json& id);
+  Json result(const std::string& method, const Json& args);
+  Json hostResult(const Json& args);
+
+  Platform platform_;
+  HostFinder hosts_;
+  Grants grants_;
+  Session session_;
+};
+
+}  // namespace tarqo

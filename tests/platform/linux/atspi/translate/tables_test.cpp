@@ -1,0 +1,412 @@
+// The translation of AT-SPI into the protocol's vocabulary, row by row and object by object.
+#include "platform/linux/atspi/translate/tables.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+#include <string>
+
+#include "platform/linux/atspi/translate/translate.h"
+#include "platform/linux/atspi/translate/window_matching.h"
+
+namespace tarqo::lnx {
+namespace {
+
+AtspiStates statesOf(std::initializer_list<AtspiState> list) {
+  std::uint64_t bits = 0;
+  for (const AtspiState state : list) {
+    bits |= std::uint64_t{1} << static_cast<unsigned>(state);
+  }
+  return AtspiStates(bits);
+}
+
+AtspiFacts factsOf(AtspiRole role, std::initializer_list<AtspiState> states = {}) {
+  AtspiFacts facts;
+  facts.alive = true;
+  facts.role = static_cast<std::uint32_t>(role);
+  facts.states = statesOf(states);
+  return facts;
+}
+
+void offer(AtspiFacts& facts, std::initializer_list<const char*> interfaces) {
+  for (const char* name : interfaces) {
+    facts.interfaces.add(std::string("org.a11y.atspi.") + name);
+  }
+}
+
+std::string textOf(const AtspiView& view, std::string_view attribute) {
+  const std::optional<Value> value = plainAttribute(view, attribute);
+  const std::string* text = value ? value->as<std::string>() : nullptr;
+  return text == nullptr ? "(none)" : *text;
+}
+
+TEST(AtspiValues, OfASpinButtonWithoutTextHaveAllTheirDigits) {
+  AtspiFacts spin = factsOf(AtspiRole::spinButton, {});
+  for (const auto& [number, text] :
+       std::initializer_list<std::pair<double, const char*>>{{1234567, "1234567"},
+                                                             {0, "0"},
+                                                             {-12.25, "-12.25"},
+                                                             {0.1, "0.1"},
+                                                             {1e21, "1000000000000000000000"},
+                                                             {5e-7, "0.0000005"}}) {
+    spin.number = number;
+    EXPECT_EQ(textOf({spin}, "AXValue"), text);
+  }
+}
+
+TEST(AtspiRoles, StandInTheirTableAtTheirNumber) {
+  for (std::uint32_t role = 0; role <= 130; ++role) {
+    EXPECT_EQ(roleRow(role).role, role) << "row " << role;
+    EXPECT_TRUE(roleRow(role).axRole.starts_with("AX")) << "row " << role;
+  }
+}
+
+TEST(AtspiRoles, ThatNobodyKnowsAreUnknown) {
+  EXPECT_EQ(roleRow(131).axRole, "AXUnknown");
+  EXPECT_EQ(roleRow(4'000'000'000).axRole, "AXUnknown");
+}
+
+TEST(AtspiRoles, OfTextDependOnTheNumberOfLines) {
+  EXPECT_EQ(axRole({factsOf(AtspiRole::text, {AtspiState::singleLine})}).role, "AXTextField");
+  EXPECT_EQ(axRole({factsOf(AtspiRole::text, {AtspiState::multiLine})}).role, "AXTextArea");
+  EXPECT_EQ(axRole({factsOf(AtspiRole::entry, {AtspiState::multiLine})}).role, "AXTextArea");
+}
+
+TEST(AtspiRoles, OfWindowsCountAtTheTopOnly) {
+  AtspiFacts dialog = factsOf(AtspiRole::dialog);
+  dialog.parent = AtspiRef{":1.1", "/org/a11y/atspi/accessible/7"};
+  EXPECT_EQ(axRole({dialog}).role, "AXGroup");
+  EXPECT_EQ(axRole({dialog}).subrole, "AXApplicationDialog");
+  dialog.parent = AtspiRef{":1.1", kRootPath};
+  EXPECT_EQ(axRole({dialog}).role, "AXWindow");
+  EXPECT_EQ(axRole({dialog}).subrole, "AXDialog");
+  AtspiFacts frame = factsOf(AtspiRole::frame);
+  frame.parent = AtspiRef{":1.1", kRootPath};
+  EXPECT_EQ(axRole({frame}).subrole, "AXStandardWindow");
+}
+
+TEST(AtspiRoles, OfOneMenuObjectAreItsTitleAndItsMenu) {
+  const AtspiFacts menu = factsOf(AtspiRole::menu);
+  EXPECT_EQ(axRole({.facts = menu, .place = MenuPlace::bar}).role, "AXMenuBarItem");
+  EXPECT_EQ(axRole({.facts = menu, .place = MenuPlace::menu}).role, "AXMenuItem");
+  EXPECT_EQ(axRole({.facts = menu, .facet = Facet::openedMenu}).role, "AXMenu");
+  EXPECT_EQ(axRole({.facts = menu}).role, "AXMenu");
+}
+
+TEST(AtspiRoles, OfMenusThatOnlyThePointerOpensCanBeClicked) {
+  const AtspiFacts entry = factsOf(AtspiRole::menuItem);
+  EXPECT_EQ(axRole({.facts = entry, .toolkit = Toolkit::gtk4, .place = MenuPlace::bar}).role,
+            "AXPopUpButton");
+}
+
+TEST(AtspiRoles, OfSearchFieldsShowInTheSubrole) {
+  AtspiFacts field = factsOf(AtspiRole::entry, {AtspiState::editable});
+  EXPECT_EQ(axRole({field, Toolkit::chromium}).subrole, "");
+  field.attributes = {{"text-input-type", "search"}};
+  EXPECT_EQ(axRole({field, Toolkit::chromium}).subrole, "AXSearchField");
+  EXPECT_EQ(axRole({factsOf(AtspiRole::entry), Toolkit::gtk4}).subrole, "AXSearchField");
+}
+
+TEST(AtspiActions, ArePressesWhateverTheToolkitCallsThem) {
+  const auto button = std::uint32_t{43};
+  for (const char* name : {"click", "Click", "press", "Press", "activate", "Toggle", "jump",
+                           "check", "uncheck", "open", "select", "doDefault"}) {
+    EXPECT_EQ(axAction(name, button), "AXPress") << name;
+  }
+  EXPECT_EQ(axAction("ShowMenu", button), "AXShowMenu");
+  EXPECT_EQ(axAction("showContextMenu", button), "AXShowMenu");
+}
+
+TEST(AtspiActions, OfRowsAndEntriesAreNoPresses) {
+  EXPECT_EQ(axAction("activate", static_cast<std::uint32_t>(AtspiRole::tableCell)), "AXOpen");
+  EXPECT_EQ(axAction("activate", static_cast<std::uint32_t>(AtspiRole::text)), "AXConfirm");
+}
+
+TEST(AtspiActions, ThatEveryObjectOffersCountOnControlsOnly) {
+  const std::uint32_t panel = 39;
+  EXPECT_EQ(axAction("doDefault", panel), std::nullopt);
+  EXPECT_EQ(axAction("showContextMenu", panel), std::nullopt);
+  EXPECT_EQ(axAction("doDefault", static_cast<std::uint32_t>(AtspiRole::pageTab)), "AXPress");
+}
+
+TEST(AtspiActions, WithoutAMeaningHereAreLeftOut) {
+  EXPECT_EQ(axAction("clipboard.copy", static_cast<std::uint32_t>(AtspiRole::label)), std::nullopt);
+  EXPECT_EQ(axAction("", 43), std::nullopt);
+}
+
+TEST(AtspiActions, AreNamedOnceAndFoundByTheirIndex) {
+  AtspiFacts button = factsOf(AtspiRole::invalid);
+  button.role = 43;
+  button.actions = {"SetFocus", "Press", "click", "ShowMenu"};
+  EXPECT_EQ(axActionNames({button}), (std::vector<std::string>{"AXPress", "AXShowMenu"}));
+  EXPECT_EQ(actionIndex({button}, "AXPress"), 1);
+  EXPECT_EQ(actionIndex({button}, "AXShowMenu"), 3);
+  EXPECT_EQ(actionIndex({button}, "AXConfirm"), std::nullopt);
+}
+
+TEST(AtspiEvents, AreTranslatedToNotificationsOfTheProtocolOnly) {
+  const std::set<std::string_view> known{"AXMenuOpened",
+                                         "AXMenuClosed",
+                                         "AXMenuItemSelected",
+                                         "AXFocusedUIElementChanged",
+                                         "AXValueChanged",
+                                         "AXTitleChanged",
+                                         "AXLayoutChanged",
+                                         "AXRowCountChanged",
+                                         "AXSelectedRowsChanged",
+                                         "AXSelectedChildrenChanged",
+                                         "AXCreated",
+                                         "AXUIElementDestroyed",
+                                         "AXWindowCreated",
+                                         "AXWindowResized",
+                                         "AXWindowMoved",
+                                         "AXApplicationActivated",
+                                         "AXSelectedTextChanged"};
+  for (const EventRow& row : eventRows()) {
+    EXPECT_TRUE(known.contains(row.notification)) << row.notification;
+  }
+}
+
+TEST(AtspiEvents, AreNeverSubscribedWholesale) {
+  for (const EventRow& row : eventRows()) {
+    EXPECT_NE(row.subscription, "object:");
+    EXPECT_NE(row.subscription, "object:state-changed");
+    EXPECT_EQ(row.subscription.find("bounds"), std::string_view::npos);
+  }
+}
+
+TEST(AtspiEvents, AreFoundByMemberAndDetail) {
+  const EventRow* focus = eventRow("Object", "StateChanged", "focused");
+  ASSERT_NE(focus, nullptr);
+  EXPECT_EQ(focus->notification, "AXFocusedUIElementChanged");
+  EXPECT_EQ(eventRow("Object", "StateChanged", "animated"), nullptr);
+  const EventRow* added = eventRow("Object", "ChildrenChanged", "add/system");
+  ASSERT_NE(added, nullptr);
+  EXPECT_EQ(added->notification, "AXCreated");
+}
+
+TEST(AtspiEvents, OfMenusAreToldByStateAndRole) {
+  const auto role = [](AtspiRole each) { return static_cast<std::uint32_t>(each); };
+  const EventRow* showing = eventRow("Object", "StateChanged", "showing");
+  const EventRow* expanded = eventRow("Object", "StateChanged", "expanded");
+  const EventRow* checked = eventRow("Object", "StateChanged", "checked");
+  EXPECT_TRUE(mayBeOfMenu(*showing));
+  EXPECT_FALSE(mayBeOfMenu(*checked));
+  EXPECT_FALSE(mayBeOfMenu(*eventRow("Object", "SelectionChanged", "")));
+  EXPECT_TRUE(isOfMenu(*showing, role(AtspiRole::popupMenu)));
+  EXPECT_FALSE(isOfMenu(*showing, role(AtspiRole::menuItem)));
+  EXPECT_TRUE(isOfMenu(*expanded, role(AtspiRole::menuItem)));
+  EXPECT_FALSE(isOfMenu(*expanded, role(AtspiRole::comboBox)));
+}
+
+TEST(AtspiEvents, OfWindowsAreFoundInEitherCase) {
+  EXPECT_NE(eventRow("Window", "Activate", ""), nullptr);
+  EXPECT_EQ(eventRow("Window", "activate", ""), eventRow("Window", "Activate", ""));
+}
+
+TEST(AtspiTexts, OfALabelAreItsValue) {
+  AtspiFacts label = factsOf(AtspiRole::label);
+  label.name = "Hello";
+  EXPECT_EQ(textOf({label}, "AXValue"), "Hello");
+  EXPECT_EQ(textOf({label}, "AXTitle"), "(none)");
+}
+
+TEST(AtspiTexts, OfAButtonAreItsTitle) {
+  AtspiFacts button = factsOf(AtspiRole::invalid);
+  button.role = 43;
+  button.name = "Save";
+  EXPECT_EQ(textOf({button}, "AXTitle"), "Save");
+  EXPECT_EQ(textOf({button}, "AXValue"), "(none)");
+}
+
+TEST(AtspiTexts, OfAPasswordAreNeverShown) {
+  AtspiFacts field = factsOf(AtspiRole::passwordText, {AtspiState::editable});
+  offer(field, {"Text", "EditableText"});
+  field.text = "secret";
+  EXPECT_EQ(plainAttribute({field}, "AXValue"), std::nullopt);
+  EXPECT_EQ(textOf({field}, "AXSubrole"), "AXSecureTextField");
+}
+
+TEST(AtspiTexts, ThatAreTheNameOfAClassAreNone) {
+  AtspiFacts entry = factsOf(AtspiRole::text);
+  entry.name = "GtkEntry";
+  EXPECT_EQ(textOf({entry, Toolkit::gtk4}, "AXTitle"), "(none)");
+  EXPECT_EQ(textOf({entry, Toolkit::gtk3}, "AXTitle"), "GtkEntry");
+}
+
+TEST(AtspiTexts, OfPlaceholdersComeFromWhereTheToolkitKeepsThem) {
+  AtspiFacts gtk = factsOf(AtspiRole::text, {AtspiState::editable});
+  gtk.attributes = {{"placeholder-text", "Name"}};
+  EXPECT_EQ(textOf({gtk, Toolkit::gtk3}, "AXPlaceholderValue"), "Name");
+  AtspiFacts qt = factsOf(AtspiRole::text, {AtspiState::editable});
+  qt.description = "Name";
+  EXPECT_EQ(textOf({qt, Toolkit::qt}, "AXPlaceholderValue"), "Name");
+  EXPECT_EQ(textOf({qt, Toolkit::qt}, "AXDescription"), "(none)");
+  AtspiFacts web = factsOf(AtspiRole::entry, {AtspiState::editable});
+  web.name = "Name";
+  web.attributes = {{"name-from", "placeholder"}};
+  EXPECT_EQ(textOf({web, Toolkit::chromium}, "AXPlaceholderValue"), "Name");
+  EXPECT_EQ(textOf({web, Toolkit::chromium}, "AXTitle"), "(none)");
+}
+
+TEST(AtspiValues, OfACheckBoxAreNumbers) {
+  const auto number = [](std::initializer_list<AtspiState> states) {
+    const AtspiFacts box = factsOf(AtspiRole::checkBox, states);
+    return *plainAttribute({box}, "AXValue")->as<double>();
+  };
+  EXPECT_EQ(number({}), 0);
+  EXPECT_EQ(number({AtspiState::checked}), 1);
+  EXPECT_EQ(number({AtspiState::checked, AtspiState::indeterminate}), 2);
+}
+
+TEST(AtspiValues, AreSettableWhereTheToolkitTakesThem) {
+  AtspiFacts field = factsOf(AtspiRole::text, {AtspiState::editable});
+  offer(field, {"Text"});
+  EXPECT_FALSE(hasSettableValue({field}));
+  offer(field, {"EditableText"});
+  EXPECT_TRUE(hasSettableValue({field}));
+  AtspiFacts shown = factsOf(AtspiRole::text);
+  offer(shown, {"Text", "EditableText"});
+  EXPECT_FALSE(hasSettableValue({shown}));
+}
+
+TEST(AtspiVisibility, FollowsTheShowingState) {
+  EXPECT_TRUE(isHidden({factsOf(AtspiRole::label, {AtspiState::visible})}));
+  EXPECT_FALSE(isHidden({factsOf(AtspiRole::label, {AtspiState::showing})}));
+  EXPECT_FALSE(isHidden({factsOf(AtspiRole::label, {AtspiState::visible}), Toolkit::gtk4}));
+}
+
+TEST(AtspiVisibility, SparesWhatIsInAClosedMenu) {
+  const AtspiFacts entry = factsOf(AtspiRole::menuItem);
+  EXPECT_TRUE(isHidden({entry}));
+  EXPECT_FALSE(isHidden({.facts = entry, .place = MenuPlace::menu, .inMenuBar = true}));
+}
+
+TEST(AtspiVisibility, EndsWhereAPlaceIsGarbage) {
+  AtspiFacts cell = factsOf(AtspiRole::tableCell, {AtspiState::showing});
+  cell.extents = Rect{-2147483648.0, -2147483648.0, 1, 1};
+  EXPECT_TRUE(isHidden({cell, Toolkit::gtk3}));
+  cell.extents = Rect{1545626248, 32764, 10, 10};
+  EXPECT_TRUE(isHidden({cell, Toolkit::gtk3}));
+  cell.extents = Rect{10, 20, 100, 20};
+  EXPECT_FALSE(isHidden({cell, Toolkit::gtk3}));
+}
+
+TEST(AtspiVisibility, EndsWhereOneIsScrolledAwayButNotForWhatHoldsIt) {
+  const Rect clip{0, 0, 100, 100};
+  const auto isHiddenAt = [&](AtspiRole role, Rect extents) {
+    AtspiFacts facts = factsOf(role, {AtspiState::visible});
+    facts.extents = extents;
+    return isHidden({.facts = facts, .toolkit = Toolkit::gtk4, .clip = clip});
+  };
+  EXPECT_FALSE(isHiddenAt(AtspiRole::label, {0, 80, 100, 30}));
+  EXPECT_TRUE(isHiddenAt(AtspiRole::label, {0, 90, 100, 30}));
+  EXPECT_FALSE(isHiddenAt(AtspiRole::list, {0, 90, 100, 3000}));
+  EXPECT_TRUE(isHiddenAt(AtspiRole::list, {0, 110, 100, 3000}));
+  EXPECT_FALSE(isHiddenAt(AtspiRole::text, {0, 0, 100, 3000}));
+}
+
+TEST(AtspiVisibility, EndsOutsideOfTheWindowWhereTheToolkitDoesNotSay) {
+  AtspiFacts row = factsOf(AtspiRole::label, {AtspiState::visible});
+  row.extents = Rect{0, 900, 100, 20};
+  const Rect window{0, 0, 500, 500};
+  EXPECT_TRUE(isHidden({.facts = row, .toolkit = Toolkit::gtk4, .clip = window}));
+  row.extents = Rect{0, 480, 100, 20};
+  EXPECT_FALSE(isHidden({.facts = row, .toolkit = Toolkit::gtk4, .clip = window}));
+}
+
+Toplevel toplevelOf(const char* name, Rect extents, Toolkit toolkit = Toolkit::gtk3) {
+  auto facts = std::make_shared<AtspiFacts>(factsOf(AtspiRole::frame));
+  facts->name = name;
+  facts->extents = extents;
+  return {{":1.1", name}, toolkit, facts, std::nullopt};
+}
+
+LocatedWindow located(WindowNumber number, const char* title, Rect client) {
+  LocatedWindow window;
+  window.number = number;
+  window.title = title;
+  window.client = client;
+  window.bounds = client;
+  return window;
+}
+
+TEST(AtspiWindows, AreMatchedByTitleBeforePlace) {
+  std::vector<Toplevel> objects{toplevelOf("A", {0, 0, 500, 400}),
+                                toplevelOf("B", {100, 100, 500, 400})};
+  const LocatedWindow b = located(2, "B", {0, 0, 500, 400});
+  const LocatedWindow a = located(1, "A", {100, 100, 500, 400});
+  matchWindows(objects, {b, a});
+  EXPECT_EQ(objects[0].window->number, 1U);
+  EXPECT_EQ(objects[1].window->number, 2U);
+}
+
+TEST(AtspiWindows, OfOneTitleAreMatchedByPlace) {
+  std::vector<Toplevel> objects{toplevelOf("A", {0, 0, 500, 400}),
+                                toplevelOf("A", {100, 100, 500, 400})};
+  const LocatedWindow front = located(2, "A", {100, 100, 500, 400});
+  const LocatedWindow back = located(1, "A", {0, 0, 500, 400});
+  matchWindows(objects, {front, back});
+  EXPECT_EQ(objects[0].window->number, 1U);
+  EXPECT_EQ(objects[1].window->number, 2U);
+}
+
+TEST(AtspiWindows, ThatNoObjectResemblesAreLeftAlone) {
+  std::vector<Toplevel> objects{toplevelOf("", {113, 35, 630, 88}, Toolkit::chromium)};
+  const LocatedWindow page = located(1, "Page", {10, 10, 800, 600});
+  matchWindows(objects, {page});
+  EXPECT_FALSE(objects[0].window.has_value());
+}
+
+TEST(AtspiWindows, OfPlainWidgetsAreThoseThatAManagedWindowShows) {
+  const auto plain = [](const char* name, Rect extents) {
+    Toplevel object = toplevelOf(name, extents, Toolkit::qt);
+    auto facts = std::make_shared<AtspiFacts>(*object.facts);
+    facts->role = 20;  // A filler.
+    object.facts = facts;
+    return object;
+  };
+  std::vector<Toplevel> objects{plain("Tip", {5, 5, 80, 20}), plain("A", {0, 0, 500, 400}),
+                                plain("B", {9, 9, 300, 200}), toplevelOf("A", {0, 0, 500, 400}),
+                                toplevelOf("Unused", {0, 0, 10, 10})};
+  const LocatedWindow a = located(1, "A", {0, 0, 500, 400});
+  const LocatedWindow b = located(2, "B", {9, 9, 300, 200});
+  LocatedWindow tip = located(3, "Tip", {5, 5, 80, 20});
+  tip.overrideRedirect = true;
+  pairWithWindows(objects, {tip, a, b});
+  ASSERT_EQ(objects.size(), 3U);
+  EXPECT_EQ(objects[0].window->number, 1U);  // The frame, before the widget of the same title.
+  EXPECT_FALSE(objects[1].window.has_value());
+  EXPECT_EQ(objects[2].facts->name, "B");
+  EXPECT_EQ(objects[2].window->number, 2U);
+}
+
+TEST(AtspiRoles, OfPlainWidgetsThatAreWindowsAreThoseOfWindows) {
+  AtspiFacts label = factsOf(AtspiRole::label);
+  label.name = "Plain";
+  const AtspiView window{.facts = label, .toolkit = Toolkit::qt, .topLevel = true};
+  EXPECT_EQ(axRole(window).role, "AXWindow");
+  EXPECT_EQ(axRole(window).subrole, "AXStandardWindow");
+  EXPECT_EQ(textOf(window, "AXTitle"), "Plain");
+  EXPECT_EQ(axActionNames(window), std::vector<std::string>{"AXRaise"});
+  EXPECT_EQ(axRole({.facts = label, .toolkit = Toolkit::qt}).role, "AXStaticText");
+}
+
+TEST(AtspiWindows, OfGtk4AddTheShadowToTheirPlaces) {
+  Toplevel object = toplevelOf("A", {0, 0, 500, 400}, Toolkit::gtk4);
+  object.window = located(1, "A", {100, 50, 528, 429});
+  object.window->shadow = Insets{14, 14, 12, 17};
+  EXPECT_EQ(screenOffset(object), (Point{114, 62}));
+  object.window->shadow.reset();
+  EXPECT_EQ(screenOffset(object), (Point{114, 64.5}));
+}
+
+TEST(AtspiWindows, OfOtherToolkitsTellPlacesOnTheScreen) {
+  Toplevel object = toplevelOf("A", {100, 50, 500, 400}, Toolkit::gtk3);
+  object.window = located(1, "A", {100, 50, 528, 429});
+  object.window->shadow = Insets{14, 14, 12, 17};
+  EXPECT_EQ(screenOffset(object), (Point{0, 0}));
+}
+
+}  // namespace
+}  // namespace tarqo::lnx

@@ -1,0 +1,151 @@
+// Windows that look alike: which accessible object is which X window, and when nothing tells.
+#include "platform/linux/atspi/translate/window_matching.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace tarqo::lnx {
+namespace {
+
+constexpr Rect kHere{200, 150, 420, 260};
+constexpr Rect kThere{700, 300, 420, 260};
+
+AtspiRef refOf(const std::string& path) { return {":1.1", path}; }
+
+Toplevel object(const std::string& path, const std::string& name, std::optional<Rect> extents,
+                Toolkit toolkit = Toolkit::gtk3, AtspiRole role = AtspiRole::frame) {
+  auto facts = std::make_shared<AtspiFacts>();
+  facts->alive = true;
+  facts->role = static_cast<std::uint32_t>(role);
+  facts->name = name;
+  facts->extents = extents;
+  return {refOf(path), toolkit, std::move(facts), std::nullopt};
+}
+
+LocatedWindow xWindow(WindowNumber number, const std::string& title, const Rect& place) {
+  LocatedWindow window;
+  window.number = number;
+  window.title = title;
+  window.client = place;
+  window.bounds = place;
+  return window;
+}
+
+/// The window of each object, in their order; 0 for none.
+std::vector<WindowNumber> numbersOf(const std::vector<Toplevel>& toplevels) {
+  std::vector<WindowNumber> numbers;
+  for (const Toplevel& toplevel : toplevels) {
+    numbers.push_back(toplevel.window ? toplevel.window->number : 0);
+  }
+  return numbers;
+}
+
+using Numbers = std::vector<WindowNumber>;
+
+TEST(AtspiTwins, TwinsGetNoWindow) {
+  std::vector<Toplevel> objects{object("/1", "Same", kHere), object("/2", "Same", kHere)};
+  const std::vector<Twins> twins =
+      matchWindows(objects, {xWindow(20, "Same", kHere), xWindow(10, "Same", kHere)});
+  EXPECT_EQ(numbersOf(objects), (Numbers{0, 0}));
+  ASSERT_EQ(twins.size(), 1U);
+  EXPECT_EQ(twins[0].objects, (std::vector<AtspiRef>{refOf("/1"), refOf("/2")}));
+  EXPECT_EQ(twins[0].windows, (Numbers{20, 10}));
+}
+
+TEST(AtspiTwins, TwinsAreThoseWhosePlacesDifferByLessThanTheTolerance) {
+  const auto at = [](double x) { return Rect{x, 150, 420, 260}; };
+  std::vector<Toplevel> near{object("/1", "Same", at(200)), object("/2", "Same", at(202))};
+  EXPECT_EQ(matchWindows(near, {xWindow(10, "Same", at(200)), xWindow(20, "Same", at(202))}).size(),
+            1U);
+  std::vector<Toplevel> far{object("/1", "Same", at(200)), object("/2", "Same", at(206))};
+  EXPECT_TRUE(
+      matchWindows(far, {xWindow(10, "Same", at(200)), xWindow(20, "Same", at(206))}).empty());
+  EXPECT_EQ(numbersOf(far), (Numbers{10, 20}));
+}
+
+TEST(AtspiTwins, WhereAToolkitTellsNoPlaceWindowsOfOneSizeAreTwins) {
+  std::vector<Toplevel> objects{object("/1", "Same", Rect{0, 0, 420, 260}, Toolkit::gtk4),
+                                object("/2", "Same", Rect{0, 0, 420, 260}, Toolkit::gtk4)};
+  EXPECT_EQ(matchWindows(objects, {xWindow(10, "Same", kHere), xWindow(20, "Same", kThere)}).size(),
+            1U);
+  EXPECT_EQ(numbersOf(objects), (Numbers{0, 0}));
+}
+
+TEST(AtspiTwins, AProofOfOneTwinTellsTheOther) {
+  for (const auto& [proven, expected] : {std::pair(ProvenPair{refOf("/1"), 10}, Numbers{10, 20}),
+                                         std::pair(ProvenPair{refOf("/2"), 10}, Numbers{20, 10})}) {
+    std::vector<Toplevel> objects{object("/1", "Same", kHere), object("/2", "Same", kHere)};
+    EXPECT_TRUE(
+        matchWindows(objects, {xWindow(20, "Same", kHere), xWindow(10, "Same", kHere)}, {proven})
+            .empty());
+    EXPECT_EQ(numbersOf(objects), expected);
+  }
+}
+
+TEST(AtspiTwins, AProofOfOneOfThreeLeavesTheOthersUntold) {
+  std::vector<Toplevel> objects{object("/1", "Same", kHere), object("/2", "Same", kHere),
+                                object("/3", "Same", kHere)};
+  const std::vector<LocatedWindow> windows{xWindow(30, "Same", kHere), xWindow(20, "Same", kHere),
+                                           xWindow(10, "Same", kHere)};
+  EXPECT_EQ(matchWindows(objects, windows, {{refOf("/2"), 30}}).size(), 1U);
+  EXPECT_EQ(numbersOf(objects), (Numbers{0, 30, 0}));
+}
+
+TEST(AtspiTwins, AProofHoldsAgainstTitleAndPlace) {
+  std::vector<Toplevel> objects{object("/1", "One", kHere), object("/2", "Two", kThere)};
+  EXPECT_TRUE(matchWindows(objects, {xWindow(10, "Two", kThere), xWindow(20, "Two", kThere)},
+                           {{refOf("/1"), 10}})
+                  .empty());
+  EXPECT_EQ(numbersOf(objects), (Numbers{10, 20}));
+}
+
+TEST(AtspiTwins, AProofOfWhatIsGoneIsNone) {
+  std::vector<Toplevel> objects{object("/1", "Same", kHere)};
+  EXPECT_TRUE(
+      matchWindows(objects, {xWindow(10, "Same", kHere)}, {{refOf("/2"), 10}, {refOf("/1"), 20}})
+          .empty());
+  EXPECT_EQ(numbersOf(objects), (Numbers{10}));
+}
+
+TEST(AtspiTwins, AWindowWhoseObjectIsNotThereYetMakesTheOtherUntold) {
+  std::vector<Toplevel> objects{object("/1", "Same", kHere)};
+  const std::vector<Twins> twins =
+      matchWindows(objects, {xWindow(20, "Same", kHere), xWindow(10, "Same", kHere)});
+  EXPECT_EQ(numbersOf(objects), (Numbers{0}));
+  ASSERT_EQ(twins.size(), 1U);
+  EXPECT_EQ(twins[0].windows.size(), 2U);
+}
+
+TEST(AtspiTwins, TwinsDoNotHideTheirNeighbours) {
+  std::vector<Toplevel> objects{object("/1", "Same", kHere), object("/2", "Same", kHere),
+                                object("/3", "Other", kHere)};
+  const std::vector<Twins> twins = matchWindows(
+      objects,
+      {xWindow(20, "Same", kHere), xWindow(30, "Other", kHere), xWindow(10, "Same", kHere)});
+  EXPECT_EQ(numbersOf(objects), (Numbers{0, 0, 30}));
+  ASSERT_EQ(twins.size(), 1U);
+  EXPECT_EQ(twins[0].objects.size(), 2U);
+}
+
+TEST(AtspiTwins, AnUnusedObjectWithoutAPlaceIsNoTwin) {
+  std::vector<Toplevel> objects{object("/unused", "", std::nullopt), object("/1", "Title", kHere)};
+  EXPECT_TRUE(matchWindows(objects, {xWindow(10, "Another title", kHere)}).empty());
+  EXPECT_EQ(numbersOf(objects), (Numbers{0, 10}));
+}
+
+TEST(AtspiTwins, APlainObjectIsNoWindowOfATwin) {
+  std::vector<Toplevel> objects{object("/1", "Same", kHere), object("/2", "Same", kHere),
+                                object("/tip", "Same", kHere, Toolkit::qt, AtspiRole::label)};
+  EXPECT_EQ(
+      pairWithWindows(objects, {xWindow(20, "Same", kHere), xWindow(10, "Same", kHere)}).size(),
+      1U);
+  EXPECT_EQ(numbersOf(objects), (Numbers{0, 0}));
+}
+
+}  // namespace
+}  // namespace tarqo::lnx

@@ -1,0 +1,413 @@
+#include "platform/tesseract/tesseract_text_recognizer.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <random>
+#include <sstream>
+
+#include "tests/platform/tesseract/text_picture.h"
+#include "tests/platform/tesseract/text_score.h"
+
+namespace tarqo::ocr {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::vector<RecognizedLine> linesOf(TesseractTextRecognizer& recognizer, const Image& image) {
+  auto result = recognizer.recognize(image);
+  if (const auto* error = std::get_if<std::string>(&result)) {
+    ADD_FAILURE() << *error;
+    return {};
+  }
+  return std::get<std::vector<RecognizedLine>>(std::move(result));
+}
+
+/// From left to right.
+std::vector<std::string> textsIn(const TextPicture& picture) {
+  TesseractTextRecognizer recognizer;
+  std::vector<RecognizedLine> lines = linesOf(recognizer, picture.image());
+  std::ranges::stable_sort(lines, {}, [](const RecognizedLine& line) { return line.box.x; });
+  std::vector<std::string> texts;
+  for (const RecognizedLine& line : lines) {
+    texts.push_back(line.text);
+  }
+  return texts;
+}
+
+/// The page of 40 lines, recognised once for all tests of it.
+class Page : public testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    picture_ = std::make_unique<TextPicture>(textpage::kWidthPx, textpage::kHeightPx, 0xFFFFFFU);
+    drawn_ = picture_->drawPage();
+    TesseractTextRecognizer recognizer;
+    lines_ = linesOf(recognizer, picture_->image());
+  }
+  static void TearDownTestSuite() { picture_.reset(); }
+
+  /// A recognised line in points of the page, as the core maps it.
+  static PixelBox boxOf(const RecognizedLine& line) {
+    const auto px = [](double share, int size) {
+      return static_cast<int>(std::lround(share * size));
+    };
+    return {px(line.box.minX(), textpage::kWidthPx), px(1 - line.box.maxY(), textpage::kHeightPx),
+            px(line.box.maxX(), textpage::kWidthPx), px(1 - line.box.minY(), textpage::kHeightPx)};
+  }
+
+  /// What was read where the line was drawn.
+  static std::string readAt(const textpage::DrawnLine& drawn) {
+    std::string text;
+    for (const RecognizedLine& line : lines_) {
+      const PixelBox box = boxOf(line);
+      const int middle = (box.top + box.bottom) / 2;
+      if (middle >= drawn.y && middle < drawn.y + drawn.height &&
+          box.left < drawn.x + drawn.width && box.right > drawn.x) {
+        text += (text.empty() ? "" : " ") + line.text;
+      }
+    }
+    return text;
+  }
+
+  static TextScore ours() {
+    std::vector<ReadPair> pairs;
+    for (const textpage::DrawnLine& drawn : drawn_) {
+      pairs.push_back({drawn.text, readAt(drawn)});
+    }
+    return score(pairs);
+  }
+
+  inline static std::unique_ptr<TextPicture> picture_;
+  inline static std::vector<textpage::DrawnLine> drawn_;
+  inline static std::vector<RecognizedLine> lines_;
+};
+
+TEST_F(Page, IsReadAlmostWithoutFault) {
+  const TextScore score = ours();
+  std::printf("English %d/%d, Korean %d/%d, characters %.3f\n", score.english.right,
+              score.english.all, score.korean.right, score.korean.all, score.similarity);
+  EXPECT_GE(score.english.share(), 0.97);
+  EXPECT_GE(score.korean.share(), 0.80);
+  EXPECT_GE(score.similarity, 0.95);
+}
+
+TEST_F(Page, HasItsLinesWhereTheyWereDrawn) {
+  EXPECT_EQ(lines_.size(), drawn_.size());
+  for (const textpage::DrawnLine& drawn : drawn_) {
+    EXPECT_TRUE(std::ranges::any_of(lines_, [&](const RecognizedLine& line) {
+      const PixelBox box = boxOf(line);
+      return std::abs(box.left - drawn.x) <= 4 && std::abs(box.top - drawn.y) <= 4 &&
+             std::abs(box.right - drawn.x - drawn.width) <= 4 &&
+             std::abs(box.bottom - drawn.y - drawn.height) <= 4;
+    })) << drawn.text;
+  }
+}
+
+TEST_F(Page, HasConfidencesBetweenNoneAndFull) {
+  for (const RecognizedLine& line : lines_) {
+    EXPECT_GT(line.confidence, 0.3F) << line.text;
+    EXPECT_LE(line.confidence, 1.0F) << line.text;
+  }
+}
+
+/// A folder that is removed at the end.
+class Folder {
+ public:
+  Folder() {
+    std::string pattern = (fs::temp_directory_path() / "text-test.XXXXXX").string();
+    path_ = mkdtemp(pattern.data());
+  }
+  ~Folder() { fs::remove_all(path_); }
+  Folder(const Folder&) = delete;
+  Folder& operator=(const Folder&) = delete;
+  [[nodiscard]] const fs::path& path() const { return path_; }
+
+ private:
+  fs::path path_;
+};
+
+/// What the command of Tesseract reads, line by line.
+std::vector<std::string> readByCommand(const TextPicture& picture) {
+  const Folder folder;
+  std::ofstream(folder.path() / "page.png", std::ios::binary) << picture.asPng();
+  const std::string command = "OMP_THREAD_LIMIT=1 tesseract '" +
+                              (folder.path() / "page.png").string() + "' '" +
+                              (folder.path() / "read").string() + "' -l kor+eng 2>/dev/null";
+  EXPECT_EQ(std::system(command.c_str()), 0);
+  std::ifstream file(folder.path() / "read.txt");
+  std::vector<std::string> lines;
+  for (std::string line; std::getline(file, line);) {
+    lines.push_back(line);
+  }
+  return lines;
+}
+
+TEST_F(Page, IsReadBetterThanByTheCommandOfTesseract) {
+  const std::vector<std::string> read = readByCommand(*picture_);
+  ASSERT_FALSE(read.empty());
+  // Generous to the command: it may have read a line anywhere.
+  std::vector<ReadPair> pairs;
+  for (const textpage::DrawnLine& drawn : drawn_) {
+    pairs.push_back({drawn.text, *std::ranges::max_element(read, {}, [&](const auto& line) {
+                       return similarity(drawn.text, line);
+                     })});
+  }
+  const TextScore theirs = score(pairs);
+  std::printf("tesseract: English %d/%d, Korean %d/%d, characters %.3f\n", theirs.english.right,
+              theirs.english.all, theirs.korean.right, theirs.korean.all, theirs.similarity);
+  const TextScore score = ours();
+  EXPECT_GT(score.similarity, theirs.similarity);
+  EXPECT_GE(score.english.share(), theirs.english.share());
+  EXPECT_GT(score.korean.share(), theirs.korean.share());
+}
+
+TEST(TextRecognizer, FindsNoLinesWhereThereIsNoText) {
+  EXPECT_TRUE(textsIn(TextPicture(400, 300, 0xFFFFFF)).empty());
+  EXPECT_TRUE(textsIn(TextPicture(1, 1, 0)).empty());
+}
+
+TEST(TextRecognizer, RefusesAPictureOfAnotherKind) {
+  class Foreign final : public PixelData {};
+  TesseractTextRecognizer recognizer;
+  const auto result = recognizer.recognize({10, 10, std::make_shared<Foreign>()});
+  EXPECT_EQ(std::get<std::string>(result),
+            "Text in pictures cannot be read: this picture has no pixels.");
+}
+
+TEST(TextRecognizer, ReadsLightTextOnButtons) {
+  TextPicture picture(400, 100, 0xF6F5F4);
+  picture.fill({20, 20, 120, 56}, 0x3584E4).fill({140, 20, 240, 56}, 0xC01C28);
+  picture.write(48, 29, "Apply", 0xFFFFFF);
+  picture.write(176, 29, "확인", 0xFFFFFF, "NanumGothic 14px");
+  EXPECT_EQ(textsIn(picture), (std::vector<std::string>{"Apply", "확인"}));
+}
+
+TEST(TextRecognizer, ReadsLettersAsLargeAsSurfaces) {
+  TextPicture picture(1280, 560, 0x102040);
+  picture.write(40, 40, "GAME OVER", 0xFFE040, "DejaVu Sans Bold 120px");
+  picture.write(60, 300, "게임 시작 12:45", 0xFFFFFF, "NanumGothic Bold 90px");
+  picture.write(80, 500, "Press any key to continue", 0xFFFFFF);
+  EXPECT_EQ(textsIn(picture), (std::vector<std::string>{"GAME OVER", "게임 시작 12:45",
+                                                        "Press any key to continue"}));
+}
+
+TEST(TextRecognizer, ReadsTextThatIsAsLightAsItsGround) {
+  TextPicture picture(400, 60, 0x008200);
+  picture.write(20, 20, "Stop recording now", 0xFF0000);
+  EXPECT_EQ(textsIn(picture), (std::vector<std::string>{"Stop recording now"}));
+}
+
+/// One that has loaded already what the first picture needs.
+std::unique_ptr<TesseractTextRecognizer> recognizerFor(std::chrono::milliseconds limit) {
+  auto recognizer = std::make_unique<TesseractTextRecognizer>(std::string(), limit);
+  (void)recognizer->recognize(TextPicture(10, 10, 0xFFFFFF).image());
+  return recognizer;
+}
+
+TEST(TextRecognizer, KeepsWhatItReadWhenTheTimeIsUp) {
+  // All of it takes more than 4 s.
+  TextPicture picture(1280, 1600, 0xFFFFFF);
+  std::size_t drawn = 0;
+  for (int y = 10; y < 1570; y += 22) {
+    for (const int x : {10, 440, 870}) {
+      picture.write(x, y, "Line " + std::to_string(++drawn) + " of many that stand here");
+    }
+  }
+  const auto lines = linesOf(*recognizerFor(std::chrono::seconds(1)), picture.image());
+  EXPECT_FALSE(lines.empty());
+  EXPECT_LT(lines.size(), drawn);
+}
+
+TEST(TextRecognizer, ReadsLinesBeforePicturesWhichMayTakeAllTheTime) {
+  // Textures, each of which takes half a second.
+  constexpr int kTextures = 18;
+  TextPicture picture(300 * kTextures, 340, 0xFFFFFF);
+  std::minstd_rand random(1);
+  for (int y = 20; y < 270; ++y) {
+    for (int x = 20; x < 300 * kTextures; ++x) {
+      if (x % 300 >= 20 && x % 300 < 270) {
+        picture.fill({x, y, x + 1, y + 1}, static_cast<std::uint32_t>(random() & 0xFFFFFFU));
+      }
+    }
+  }
+  picture.write(20, 300, "Photos of the year");
+  const auto recognizer = recognizerFor(std::chrono::seconds(3));
+  const Image image = picture.image();
+  const auto start = std::chrono::steady_clock::now();
+  const auto lines = linesOf(*recognizer, image);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(7));
+  ASSERT_FALSE(lines.empty());
+  EXPECT_EQ(lines.front().text, "Photos of the year");
+}
+
+TEST(TextRecognizer, ReadsAPictureWithinALimitOrNotAtAll) {
+  TextPicture picture(400, 60, 0xFFFFFF);
+  const PixelBox whole{0, 0, 400, 60};
+  picture.write(20, 20, "Some words to read");
+  Tesseract tesseract("");
+  ASSERT_EQ(tesseract.prepare(), std::nullopt);
+  const GrayImage pixels = enlarged(grayOf(picture.view(), whole), 2);
+  EXPECT_TRUE(tesseract.readScattered(pixels, std::chrono::milliseconds(1)).empty());
+  EXPECT_EQ(tesseract.readScattered(pixels, std::chrono::minutes(1)).size(), 1U);
+}
+
+// The library looks at the time before each word: a line of few may be read before it looks twice.
+TEST(TextRecognizer, ReadsALineWithinALimitOrNotAtAll) {
+  TextPicture picture(2400, 60, 0xFFFFFF);
+  std::string words = "Some words to read";
+  for (int more = 0; more < 12; ++more) {
+    words += " and some more";
+  }
+  const PixelBox box = picture.write(20, 20, words);
+  Tesseract tesseract("");
+  ASSERT_EQ(tesseract.prepare(), std::nullopt);
+  const auto line = lineImage(picture.view(), box);
+  ASSERT_TRUE(line);
+  using Language = Tesseract::Language;
+  const auto read = [&](std::chrono::milliseconds limit) {
+    return tesseract.readLine(line->pixels, Language::koreanAndEnglish, limit).size();
+  };
+  EXPECT_EQ(read(std::chrono::minutes(1)), 1U);
+  EXPECT_EQ(read(std::chrono::milliseconds(1)), 0U);
+}
+
+TEST(TextRecognizer, KeepsTheCellsOfATableApart) {
+  TextPicture picture(500, 100, 0xFFFFFF);
+  picture.write(20, 20, "Annual report");
+  picture.write(200, 20, "244 KB");
+  picture.write(320, 20, "문서 파일", 0x202020, "NanumGothic 14px");
+  EXPECT_EQ(textsIn(picture), (std::vector<std::string>{"Annual report", "244 KB", "문서 파일"}));
+}
+
+TEST(TextRecognizer, ReadsTheExtensionOfAKoreanFileName) {
+  TextPicture picture(400, 60, 0xFFFFFF);
+  picture.write(20, 20, "프로젝트 계획서.docx");
+  EXPECT_EQ(textsIn(picture), (std::vector<std::string>{"프로젝트 계획서.docx"}));
+}
+
+TEST(TextRecognizer, KeepsToTheThreadItIsCalledOn) {
+  const auto threads = [] {
+    const fs::directory_iterator tasks("/proc/self/task");
+    return std::distance(fs::begin(tasks), fs::end(tasks));
+  };
+  const auto before = threads();
+  TextPicture picture(400, 60, 0xFFFFFF);
+  picture.write(20, 20, "One thread is enough");
+  EXPECT_EQ(textsIn(picture).size(), 1U);
+  EXPECT_EQ(threads(), before);
+}
+
+/// The folder with the language data that is installed.
+fs::path installedData() {
+  for (const fs::path folder : {"/usr/share/tesseract-ocr/5/tessdata", "/usr/share/tessdata"}) {
+    if (fs::exists(folder / "kor.traineddata")) {
+      return folder;
+    }
+  }
+  return {};
+}
+
+void install(const Folder& folder, const std::string& language) {
+  const std::string file = language + ".traineddata";
+  fs::create_symlink(installedData() / file, folder.path() / file);
+}
+
+std::string errorOf(TesseractTextRecognizer& recognizer) {
+  const auto result = recognizer.recognize(TextPicture(100, 50, 0xFFFFFF).image());
+  const auto* error = std::get_if<std::string>(&result);
+  return error != nullptr ? *error : "";
+}
+
+TEST(MissingLanguageData, IsNamedByItsPackages) {
+  const Folder folder;
+  TesseractTextRecognizer recognizer(folder.path());
+  EXPECT_EQ(
+      errorOf(recognizer),
+      "Text in pictures cannot be read: language data of Tesseract is missing. Install the "
+      "package \"tesseract-ocr-kor\" and the package \"tesseract-ocr-eng\" and observe again.");
+}
+
+TEST(MissingLanguageData, IsAnErrorWhenOneLanguageIsThere) {
+  for (const auto& [there, missing] : {std::pair("eng", "kor"), std::pair("kor", "eng")}) {
+    const Folder folder;
+    install(folder, there);
+    TesseractTextRecognizer recognizer(folder.path());
+    EXPECT_EQ(errorOf(recognizer),
+              "Text in pictures cannot be read: language data of Tesseract is missing. Install the "
+              "package \"tesseract-ocr-" +
+                  std::string(missing) + "\" and observe again.");
+  }
+}
+
+TEST(MissingLanguageData, IsFoundOnceItIsInstalled) {
+  const Folder folder;
+  TesseractTextRecognizer recognizer(folder.path());
+  EXPECT_NE(errorOf(recognizer), "");
+  install(folder, "kor");
+  install(folder, "eng");
+  EXPECT_EQ(errorOf(recognizer), "");
+}
+
+/// Sends both standard streams into a file for as long as it lives.
+class CaughtStreams {
+ public:
+  CaughtStreams() {
+    std::fflush(nullptr);
+    file_ = fileno(scratch_.get());
+    for (const int stream : {STDOUT_FILENO, STDERR_FILENO}) {
+      kept_.push_back(dup(stream));
+      dup2(file_, stream);
+    }
+  }
+  ~CaughtStreams() {
+    dup2(kept_[0], STDOUT_FILENO);
+    dup2(kept_[1], STDERR_FILENO);
+    close(kept_[0]);
+    close(kept_[1]);
+  }
+  CaughtStreams(const CaughtStreams&) = delete;
+  CaughtStreams& operator=(const CaughtStreams&) = delete;
+
+  [[nodiscard]] std::size_t writtenBytes() const {
+    std::fflush(nullptr);
+    struct stat status {};
+    fstat(file_, &status);
+    return static_cast<std::size_t>(status.st_size);
+  }
+
+ private:
+  struct Close {
+    void operator()(std::FILE* file) const { std::fclose(file); }
+  };
+  std::unique_ptr<std::FILE, Close> scratch_{std::tmpfile()};
+  int file_ = -1;
+  std::vector<int> kept_;
+};
+
+TEST(TextRecognizer, WritesNothingToTheStandardStreams) {
+  const Folder folder;
+  TextPicture picture(400, 200, 0xFFFFFF);
+  picture.write(20, 20, "Some words to read");
+  picture.frame({20, 60, 22, 62}, 0).fill({300, 100, 390, 190}, 0x808080);
+  const CaughtStreams streams;
+  {
+    TesseractTextRecognizer lacking(folder.path());
+    (void)lacking.recognize(picture.image());
+    TesseractTextRecognizer recognizer;
+    (void)recognizer.recognize(picture.image());
+    (void)recognizer.recognize(TextPicture(3, 3, 0).image());
+  }
+  EXPECT_EQ(streams.writtenBytes(), 0U);
+}
+
+}  // namespace
+}  // namespace tarqo::ocr
