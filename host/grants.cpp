@@ -17,16 +17,9 @@ constexpr Duration kProbeImageLimit = 2s;
 constexpr std::size_t kProbedWindows = 3;
 constexpr double kSmallestProbedSide = 16;
 
-std::string notGranted(std::string_view grant, const std::string& host, std::string_view pane) {
-  std::string message(grant);
-  message += " is not granted to " + host +
-             ". macOS attributes this helper's grant to the app that launched the MCP server, so "
-             "enable " +
-             host + " under System Settings → Privacy & Security → ";
-  message += pane;
-  message += ", then run again.";
-  return message;
-}
+// The grants as responses name them.
+constexpr std::string_view kAccessibilityPermission = "accessibility";
+constexpr std::string_view kScreenPermission = "screen";
 
 bool isLargeEnough(const Rect& frame) {
   return frame.extentX() >= kSmallestProbedSide && frame.extentY() >= kSmallestProbedSide;
@@ -57,9 +50,10 @@ std::vector<ProbedWindow> windowsToProbe(const Platform& platform) {
 
 }  // namespace
 
-Failure Grants::permissionFailure(std::string_view code, std::string message,
+Failure Grants::permissionFailure(const FailureText& text,
+                                  std::initializer_list<std::string_view> fillings,
                                   std::string_view permission) {
-  return {code, std::move(message), {{"permission", permission}, {"host", hosts_.host().json()}}};
+  return Failure(text, fillings, {{"permission", permission}, {"host", hosts_.host().json()}});
 }
 
 void Grants::requireAccessibility() {
@@ -74,11 +68,13 @@ void Grants::requireAccessibility() {
       return;
     }
   }
-  const auto obstacle = permissions.accessibilityObstacle();
-  throw permissionFailure(
-      "ax_not_trusted",
-      obstacle ? *obstacle : notGranted("Accessibility", hosts_.host().name, "Accessibility"),
-      "accessibility");
+  if (const auto obstacle = permissions.accessibilityObstacle()) {
+    throw permissionFailure(failures::kAccessibilityObstacle, {*obstacle},
+                            kAccessibilityPermission);
+  }
+  const std::string host = hosts_.host().name;
+  throw permissionFailure(failures::kAccessibilityNotGranted, {host, host},
+                          kAccessibilityPermission);
 }
 
 void Grants::requireScreenCapture() {
@@ -92,29 +88,16 @@ void Grants::requireScreenCapture() {
       return;
     }
   }
-  const auto obstacle = permissions.captureObstacle();
-  throw permissionFailure("screen_capture_denied",
-                          obstacle ? *obstacle
-                                   : notGranted("Screen Recording", hosts_.host().name,
-                                                "Screen & System Audio Recording"),
-                          "screen");
-}
-
-Json Grants::preflight() {
-  requireAccessibility();
-  requireScreenCapture();
-  return {{"accessibility", true}, {"screenCapture", true}, {"host", hosts_.host().json()}};
+  if (const auto obstacle = permissions.captureObstacle()) {
+    throw permissionFailure(failures::kCaptureObstacle, {*obstacle}, kScreenPermission);
+  }
+  const std::string host = hosts_.host().name;
+  throw permissionFailure(failures::kCaptureNotGranted, {host, host}, kScreenPermission);
 }
 
 Failure Grants::screenCaptureStale() {
   const std::string host = hosts_.host().name;
-  return permissionFailure(
-      "screen_capture_stale",
-      "Screen Recording lists " + host +
-          " as allowed, but the grant does not apply to the running build. Switch " + host +
-          " off and on again in System Settings → Privacy & Security → Screen & System Audio "
-          "Recording, then retry.",
-      "screen");
+  return permissionFailure(failures::kCaptureStale, {host, host}, kScreenPermission);
 }
 
 bool Grants::screenCaptureWorks() {

@@ -1,12 +1,11 @@
 // The two grants the helper needs: checked, asked for once, and told apart from stale ones.
 #pragma once
 
+#include <initializer_list>
 #include <optional>
-#include <string>
 #include <string_view>
 
 #include "base/failure.h"
-#include "base/json.h"
 #include "host/responsible_host.h"
 #include "platform/platform.h"
 
@@ -23,10 +22,6 @@ class Grants {
   /// Throws "screen_capture_denied", with what to switch on and where.
   void requireScreenCapture();
 
-  /// {"accessibility": true, "screenCapture": true, "host"}; throws what the two above throw, the
-  /// first one first.
-  [[nodiscard]] Json preflight();
-
   /// Whether a grant that is listed has an effect: other applications' windows can really be seen.
   /// Waits up to 4 s (3 × 2 s on systems without a list of shareable windows) the first time; a
   /// conclusive answer is remembered for the life of the process.
@@ -36,7 +31,8 @@ class Grants {
   [[nodiscard]] Failure screenCaptureStale();
 
  private:
-  Failure permissionFailure(std::string_view code, std::string message,
+  Failure permissionFailure(const FailureText& text,
+                            std::initializer_list<std::string_view> fillings,
                             std::string_view permission);
   bool probeShareableWindows();
   std::optional<bool> probeWindowImages();

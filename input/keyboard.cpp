@@ -1,10 +1,11 @@
-// Typing text and pressing keys.
+#include "input/keyboard.h"
+
+#include <utility>
 
 #include "base/failure.h"
-#include "input/bounded_text.h"
+#include "input/events.h"
 #include "input/key_tables.h"
 #include "platform/unicode.h"
-#include "session/session.h"
 
 namespace tarqo {
 namespace {
@@ -17,10 +18,27 @@ constexpr Duration kBetweenTextKeys = 20ms;
 constexpr Duration kKeyHeld = 30ms;
 constexpr Duration kAfterKey = 50ms;
 
+// Both events exist before the first goes out, so that no key is ever left held down. The target
+// must be the one that keystrokes go to when the key goes down; it comes up wherever that is.
+void postPair(Session& session, EventSource* source, const InputEvent& down, const InputEvent& up,
+              std::pair<Duration, Duration> pace) {
+  InputEvents& events = session.platform.inputEvents;
+  const auto first = events.create(source, down);
+  const auto second = events.create(source, up);
+  if (!first || !second) {
+    fail(failures::kNoKeyEvent);
+  }
+  session.target.requireKeysHarmless();
+  postToTarget(session, *first, failures::kNotFrontmost);
+  session.platform.clock.turn(pace.first);
+  events.post(*second);
+  session.platform.clock.turn(pace.second);
+}
+
 }  // namespace
 
-std::string boundedText(const Json& args) {
-  std::string typed = textMember(args, "text").value_or("");
+std::string boundedText(const std::optional<std::string>& text) {
+  std::string typed = text.value_or("");
   if (typed.empty() || unicode::utf16Length(typed) > kMaxTextUnits ||
       unicode::hasControlOrFormat(typed)) {
     fail(failures::kUnboundedText);
@@ -28,60 +46,44 @@ std::string boundedText(const Json& args) {
   return typed;
 }
 
-// Both events exist before the first goes out, so that no key is ever left held down. The target
-// must be the one that keystrokes go to when the key goes down; it comes up wherever that is.
-void Session::postPair(EventSource* source, const InputEvent& down, const InputEvent& up,
-                       std::pair<Duration, Duration> pace) {
-  InputEvents& events = platform_.inputEvents;
-  const auto first = events.create(source, down);
-  const auto second = events.create(source, up);
-  if (!first || !second) {
-    fail(failures::kNoKeyEvent);
-  }
-  requireKeysHarmless();
-  postToTarget(*first, failures::kNotFrontmost);
-  platform_.clock.turn(pace.first);
-  events.post(*second);
-  platform_.clock.turn(pace.second);
-}
-
-void Session::typeUnicode(const std::string& typed) {
-  const auto source = platform_.inputEvents.makeSource(typed);
+void typeUnicode(Session& session, const std::string& text) {
+  const auto source = session.platform.inputEvents.makeSource(text);
   std::size_t sent = 0;
   try {
-    unicode::forEachCluster(typed, [&](std::string_view cluster) {
-      requireStillFrontmost();
-      postPair(source.get(), TextEvent{std::string(cluster), true},
+    unicode::forEachCluster(text, [&](std::string_view cluster) {
+      session.target.requireStillFrontmost();
+      postPair(session, source.get(), TextEvent{std::string(cluster), true},
                TextEvent{std::string(cluster), false}, {kTextKeyHeld, kBetweenTextKeys});
       sent += cluster.size();
     });
   } catch (Failure& failure) {
     // What has gone out stays; a client that repeats the whole text would type it twice.
-    failure.addDetail("sent", typed.substr(0, sent));
+    failure.addDetail("sent", text.substr(0, sent));
     throw;
   }
 }
 
-void Session::postKey(std::uint16_t code, Modifiers modifiers) {
-  const auto source = platform_.inputEvents.makeSource("");
-  postPair(source.get(), KeyEvent{code, true, modifiers}, KeyEvent{code, false, modifiers},
+void postKey(Session& session, std::uint16_t code, Modifiers modifiers) {
+  const auto source = session.platform.inputEvents.makeSource("");
+  postPair(session, source.get(), KeyEvent{code, true, modifiers}, KeyEvent{code, false, modifiers},
            {kKeyHeld, kAfterKey});
 }
 
-void Session::pressNamedKey(const Json& args) {
-  const auto code = keyCode(textMember(args, "key").value_or(""));
+void pressNamedKey(Session& session, const std::string& key,
+                   const std::vector<std::string>& modifiers) {
+  const auto code = keyCode(key);
   if (!code) {
     fail(failures::kUnknownKey);
   }
-  Modifiers modifiers = 0;
-  for (const std::string& name : textListMember(args, "modifiers")) {
+  Modifiers masks = 0;
+  for (const std::string& name : modifiers) {
     const auto mask = modifierMask(name);
     if (!mask) {
       fail(failures::kUnknownModifier);
     }
-    modifiers |= *mask;
+    masks |= *mask;
   }
-  postKey(*code, modifiers);
+  postKey(session, *code, masks);
 }
 
 }  // namespace tarqo

@@ -1,187 +1,89 @@
-// Clicking, hovering and opening menus: by the element's own action where it has one that answers,
-// else by the pointer.
-
-#include <algorithm>
+#include "input/pointer.h"
 
 #include "base/failure.h"
-#include "input/nodes_spent.h"
-#include "session/session.h"
+#include "input/events.h"
 
 namespace tarqo {
 namespace {
 
 using namespace std::chrono_literals;
 
-constexpr double kMinFrameSide = 1;
+constexpr int kGlideSteps = 6;
+constexpr Duration kGlideSlice = 30ms;
+constexpr double kGlideFromAbove = 40;
+constexpr Duration kRestBeforePress = 250ms;
+constexpr Duration kBeforeRightPress = 50ms;
+constexpr Duration kBetweenButtonEvents = 40ms;
+constexpr Duration kMenuOpens = 250ms;
 
-constexpr Duration kHoverRest = 450ms;
-constexpr Duration kActionOpensMenu = 250ms;
-
-constexpr std::string_view kPress = "AXPress";
-constexpr std::string_view kShowMenu = "AXShowMenu";
-
-bool offers(const std::vector<std::string>& actions, std::string_view name) {
-  return std::find(actions.begin(), actions.end(), name) != actions.end();
+// Both events exist before the first goes out, so that no button is ever left held down: without an
+// up there is no down. The proof is the last thing before the down. The waits sleep: nothing may be
+// delivered inside a click.
+void pressOnce(Session& session, EventSource* source, const MouseEvent& down, const MouseEvent& up,
+               const Proof& proof) {
+  InputEvents& events = session.platform.inputEvents;
+  const auto first = events.create(source, down);
+  const auto spare = events.create(source, up);
+  proof();
+  if (first && spare) {
+    postToTarget(session, *first, failures::kPointCovered);
+  }
+  session.platform.clock.sleep(kBetweenButtonEvents);
+  if (spare) {
+    release(session, source, up, *spare);
+  }
+  session.platform.clock.sleep(kBetweenButtonEvents);
 }
 
 }  // namespace
 
-Json Session::click(const Json& args) {
-  actedAt_ = platform_.clock.now();
-  const NodesSpent spent(nodes_);
-  const Element app = requireApp();
-  const auto nodeId = textMember(args, "nodeId");
-  if (!nodeId || nodeId->empty()) {
-    fail(failures::kNodeIdRequired);
-  }
-  const Stored stored = requireFreshNode(*nodeId, failures::kExpiredClick);
-  Json result = stored.box ? clickRecognizedText(stored, app)
-                           : clickElement(stored, app, integerMember(args, "count").value_or(1));
-  result["nodeId"] = *nodeId;
-  result["at"] = timestampNow();
-  return result;
-}
-
-Session::Stored Session::requireFreshNode(const std::string& nodeId, const FailureText& expired) {
-  const Stored* stored = nodes_.find(nodeId);
-  if (stored == nullptr || platform_.clock.now() - snapshotAt_ >= kSnapshotLifetime) {
-    fail(expired);
-  }
-  return *stored;
-}
-
-Json Session::clickRecognizedText(const Stored& stored, const Element& app) {
-  activate(app);
-  const Point point = stored.box->center();
-  verifyPointer(point, stored.element);
-  (void)press(point, 1, [&] { verifyPointer(point, stored.element); });
-  return {{"method", "pointer"}, {"via", "ocr"}};
-}
-
-// Twice, since what comes to the front may change by coming there.
-void Session::verifyAndActivate(const Stored& stored, const Element& app) {
-  verifyIdentity(stored);
-  activate(app);
-  verifyIdentity(stored);
-}
-
-void Session::verifyNodeAt(Point point, const Stored& stored) {
-  verifyIdentity(stored);
-  verifyPointer(point, stored.element);
-}
-
-Rect Session::requireVisibleFrame(const Element& element) {
-  const auto bounds = frame(platform_.accessibility, element);
-  if (!bounds || bounds->width < kMinFrameSide || bounds->height < kMinFrameSide) {
-    fail(failures::kNoFrame);
-  }
-  return *bounds;
-}
-
-Json Session::clickElement(const Stored& stored, const Element& app, std::int64_t count) {
-  verifyAndActivate(stored, app);
-  if (stored.role == "AXMenuItem") {  // A closed menu's item has no place to point at.
-    const Performed pressed = performed(stored.element, kPress);
-    if (pressed == Performed::refused) {
-      fail(failures::kMenuRefused);
+// The waits around a click turn the loop, so that its effects can be heard. A first click may do
+// all there is to do, close its dialog for one: what cannot be proven then gets no second.
+int press(Session& session, Point point, int count, const Proof& proof) {
+  const auto source = session.platform.inputEvents.makeSource("");
+  glide(session, point, source.get(), kRestBeforePress);
+  int click = 0;
+  try {
+    while (click < count) {
+      pressOnce(session, source.get(), {MouseEventType::leftDown, point, click + 1},
+                {MouseEventType::leftUp, point, click + 1}, proof);
+      ++click;
     }
-    Json result = {{"method", "accessibility"}, {"via", "menubar"}};
-    if (pressed == Performed::pending) {
-      result["pending"] = true;
-    }
-    return result;
-  }
-  const Point point = requireVisibleFrame(stored.element).center();
-  Press byAccessibility = Press::refused;
-  if (count < 2) {
-    byAccessibility = pressByAccessibility(stored.element);
-    if (byAccessibility == Press::answered) {
-      return {{"method", "accessibility"}};
-    }
-    if (byAccessibility == Press::pending) {
-      return {{"method", "accessibility"}, {"pending", true}};
+  } catch (const Failure&) {
+    if (click == 0) {
+      throw;
     }
   }
-  verifyPointer(point, stored.element);
-  const int clicks = static_cast<int>(std::clamp<std::int64_t>(count, 1, 2));
-  const int made = press(point, clicks, [&] { verifyNodeAt(point, stored); });
-  Json result = {{"method", count > 1 ? "pointer-double" : "pointer"}};
-  if (made < clicks) {
-    result["clicks"] = made;
-  }
-  if (byAccessibility == Press::unanswered) {
-    result["fallback"] = "press_unanswered";
-  }
-  return result;
+  return click;
 }
 
-Session::Press Session::pressByAccessibility(const Element& element) {
-  Accessibility& ax = platform_.accessibility;
-  if (!offers(actionNames(ax, element), kPress)) {
-    return Press::refused;
-  }
-  if (!observer_) {
-    listen(running_->id.pid);
-  }
-  if (window_) {
-    watch(*window_);
-  }
-  const Instant pressedAt = platform_.clock.now();
-  switch (performed(element, kPress)) {
-    case Performed::refused:
-      return Press::refused;
-    case Performed::pending:
-      return Press::pending;
-    case Performed::acknowledged:
-      return Press::answered;
-    case Performed::taken:
-      break;
-  }
-  return pressAnswered(pressedAt) ? Press::answered : Press::unanswered;
+void rightPress(Session& session, Point point, const Proof& proof) {
+  const auto source = session.platform.inputEvents.makeSource("");
+  post(session, source.get(), MouseEvent{MouseEventType::moved, point});
+  session.platform.clock.sleep(kBeforeRightPress);
+  pressOnce(session, source.get(), {MouseEventType::rightDown, point, 1},
+            {MouseEventType::rightUp, point, 1}, proof);
+  session.platform.clock.turn(kMenuOpens);
 }
 
-Json Session::hover(const Json& args) {
-  actedAt_ = platform_.clock.now();
-  const NodesSpent spent(nodes_);
-  const Element app = requireApp();
-  const std::string nodeId = textMember(args, "nodeId").value_or("");
-  const Stored stored = requireFreshNode(nodeId, failures::kExpiredHover);
-  verifyAndActivate(stored, app);
-  // No hit test: the pointer presses nothing, whatever part of the element it rests on.
-  const Point point = requireVisibleFrame(stored.element).center();
-  verifyInsideApp(point);
-  const auto source = platform_.inputEvents.makeSource("");
-  glide(point, source.get(), kHoverRest);
-  // What the pointer rested on may have been covered meanwhile; then the hover was not seen.
-  verifyInsideApp(point);
-  return {{"method", "pointer"}, {"nodeId", nodeId}, {"at", timestampNow()}};
-}
-
-Json Session::showMenu(const Json& args) {
-  actedAt_ = platform_.clock.now();
-  const NodesSpent spent(nodes_);
-  const Element app = requireApp();
-  const std::string nodeId = textMember(args, "nodeId").value_or("");
-  const Stored stored = requireFreshNode(nodeId, failures::kExpiredShowMenu);
-  verifyAndActivate(stored, app);
-  const Point point = requireVisibleFrame(stored.element).center();
-  Accessibility& ax = platform_.accessibility;
-  Json result = {{"method", "accessibility"}, {"nodeId", nodeId}};
-  const Performed shown = offers(actionNames(ax, stored.element), kShowMenu)
-                              ? performed(stored.element, kShowMenu)
-                              : Performed::refused;
-  if (shown != Performed::refused) {
-    platform_.clock.turn(kActionOpensMenu);
-    if (shown == Performed::pending) {
-      result["pending"] = true;
-    }
-  } else {
-    verifyPointer(point, stored.element);
-    rightPress(point, [&] { verifyNodeAt(point, stored); });
-    result["method"] = "pointer";
+// Interfaces that react to the pointer see a real approach, not a jump. On its way the pointer
+// crosses whatever lies there; where it stays must be the target.
+void glide(Session& session, Point point, EventSource* source, Duration rest) {
+  const Point start = session.platform.inputEvents.pointerLocation().value_or(
+      Point{point.x, point.y - kGlideFromAbove});
+  for (int step = 1; step < kGlideSteps; ++step) {
+    const double part = static_cast<double>(step) / kGlideSteps;
+    post(session, source,
+         MouseEvent{MouseEventType::moved,
+                    {start.x + (point.x - start.x) * part, start.y + (point.y - start.y) * part}});
+    session.platform.clock.turn(kGlideSlice);
   }
-  result["at"] = timestampNow();
-  return result;
+  const MouseEvent arrival{MouseEventType::moved, point};
+  if (const auto created = session.platform.inputEvents.create(source, arrival)) {
+    postToTarget(session, *created, failures::kPointCovered);
+  }
+  session.platform.clock.turn(kGlideSlice);
+  session.platform.clock.turn(rest);
 }
 
 }  // namespace tarqo

@@ -1,12 +1,12 @@
-// The pixels of the target window, and of nothing else.
+#include "observe/capture.h"
 
 #include <algorithm>
 #include <memory>
 
 #include "base/failure.h"
 #include "base/timed.h"
+#include "observe/placement.h"
 #include "observe/screens.h"
-#include "session/session.h"
 
 namespace tarqo {
 namespace {
@@ -48,77 +48,34 @@ void waitForEnd(Clock& clock, Child& child, Duration limit) {
   }
 }
 
-}  // namespace
-
-Image Session::captureWindow(const Rect& bounds) {
-  using Kind = WindowPlacement::Kind;
-  if (!running_) {
-    fail(failures::kAppClosed);
-  }
-  if (!grants_.screenCaptureWorks()) {
-    throw grants_.screenCaptureStale();
-  }
-  const WindowPlacement placement = settledPlacement(bounds);
-  switch (placement.kind) {
-    case Kind::covered:
-      fail(failures::kWindowCovered);
-    case Kind::missing:
-      fail(failures::kWindowNotVisible);
-    case Kind::exact:
-      break;
-  }
-  for (const CaptureTechnique technique : platform_.screenCapture.techniques()) {
-    if (auto image = captureWith(technique, placement.number, bounds)) {
-      return *image;
-    }
-  }
-  fail(failures::kWindowCaptureFailed);
-}
-
 // A window that has just come to the front may still be on its way to its place. A covered one is
 // brought forward, once.
-Session::WindowPlacement Session::settledPlacement(const Rect& bounds) {
+WindowPlacement settledPlacement(Session& session, const Rect& bounds) {
   using Kind = WindowPlacement::Kind;
-  Clock& clock = platform_.clock;
+  Clock& clock = session.platform.clock;
   const Instant deadline = clock.now() + kSettlingLimit;
   bool broughtForward = false;
-  WindowPlacement placement = windowPlacement(bounds);
+  WindowPlacement placement = windowPlacement(session.platform, session.target, bounds);
   while (placement.kind != Kind::exact) {
     if (placement.kind == Kind::covered && !broughtForward) {
       broughtForward = true;
-      activate(requireApp());
+      (void)session.target.requireApp();
+      session.target.activate();
       clock.turn(kAfterActivation);
-    } else if (isFrontmost() && clock.now() < deadline) {
+    } else if (session.target.isFrontmost() && clock.now() < deadline) {
       clock.turn(kSettlingSlice);
     } else {
       break;
     }
-    placement = windowPlacement(bounds);
+    placement = windowPlacement(session.platform, session.target, bounds);
   }
   return placement;
 }
 
-std::optional<Image> Session::captureWith(CaptureTechnique technique, WindowNumber window,
-                                          const Rect& bounds) {
-  switch (technique) {
-    case CaptureTechnique::windowImage:
-      return timed(platform_.clock, kWindowImageLimit,
-                   [&capture = platform_.screenCapture, window] {
-                     return capture.windowImage(window, WindowImageResolution::best);
-                   })
-          .value_or(std::nullopt);
-    case CaptureTechnique::commandLine:
-      return captureWindowImage(window);
-    case CaptureTechnique::displayRegion:
-      return captureDisplay(bounds);
-  }
-  return std::nullopt;
-}
-
-std::optional<Image> Session::captureWindowImage(WindowNumber window) {
-  Processes& processes = platform_.processes;
-  Clock& clock = platform_.clock;
-  const auto random = static_cast<std::uint32_t>(platform_.random.next());
+std::optional<Image> captureWindowImage(const Platform& platform, WindowNumber window) {
+  Processes& processes = platform.processes;
+  Clock& clock = platform.clock;
+  const auto random = static_cast<std::uint32_t>(platform.random.next());
   const TemporaryFile file(
       processes, processes.temporaryFolder() + "/tarqo-ax-" + std::to_string(processes.ownPid()) +
                      "-" + std::to_string(window) + "-" + std::to_string(random) + ".png");
@@ -138,12 +95,12 @@ std::optional<Image> Session::captureWindowImage(WindowNumber window) {
     return std::nullopt;
   }
   const auto bytes = processes.readFile(file.path());
-  return bytes ? platform_.images.decodePng(*bytes) : std::nullopt;
+  return bytes ? platform.images.decodePng(*bytes) : std::nullopt;
 }
 
-std::optional<Image> Session::captureDisplay(const Rect& bounds) {
-  Clock& clock = platform_.clock;
-  const std::vector<Screen> screens = platform_.windowServer.screens();
+std::optional<Image> captureDisplay(const Platform& platform, const Rect& bounds) {
+  Clock& clock = platform.clock;
+  const std::vector<Screen> screens = platform.windowServer.screens();
   const auto screen = std::find_if(screens.begin(), screens.end(), [&](const Screen& candidate) {
     return topLeftFrame(candidate, screens.front()).contains(bounds.center());
   });
@@ -152,12 +109,54 @@ std::optional<Image> Session::captureDisplay(const Rect& bounds) {
   }
   const auto box = std::make_shared<CompletionBox<std::optional<Image>>>();
   const Instant deadline = clock.now() + kDisplayLimit;
-  platform_.screenCapture.displayRegion(
+  platform.screenCapture.displayRegion(
       *screen, bounds, [box](std::optional<Image> image) { box->fill(std::move(image)); });
   while (!box->filled() && clock.now() < deadline) {
     clock.sleep(kDisplaySlice);
   }
   return box->filled() ? box->take() : std::nullopt;
+}
+
+std::optional<Image> captureWith(const Platform& platform, CaptureTechnique technique,
+                                 WindowNumber window, const Rect& bounds) {
+  switch (technique) {
+    case CaptureTechnique::windowImage:
+      return timed(platform.clock, kWindowImageLimit,
+                   [&capture = platform.screenCapture, window] {
+                     return capture.windowImage(window, WindowImageResolution::best);
+                   })
+          .value_or(std::nullopt);
+    case CaptureTechnique::commandLine:
+      return captureWindowImage(platform, window);
+    case CaptureTechnique::displayRegion:
+      return captureDisplay(platform, bounds);
+  }
+  return std::nullopt;
+}
+
+}  // namespace
+
+WindowImage captureWindow(Session& session, const Rect& bounds) {
+  using Kind = WindowPlacement::Kind;
+  (void)session.target.requirePid();
+  if (!session.grants.screenCaptureWorks()) {
+    throw session.grants.screenCaptureStale();
+  }
+  const WindowPlacement placement = settledPlacement(session, bounds);
+  switch (placement.kind) {
+    case Kind::covered:
+      fail(failures::kWindowCovered);
+    case Kind::missing:
+      fail(failures::kWindowNotVisible);
+    case Kind::exact:
+      break;
+  }
+  for (const CaptureTechnique technique : session.platform.screenCapture.techniques()) {
+    if (auto image = captureWith(session.platform, technique, placement.number, bounds)) {
+      return {std::move(*image), bounds, session.timestampNow()};
+    }
+  }
+  fail(failures::kWindowCaptureFailed);
 }
 
 }  // namespace tarqo

@@ -15,10 +15,10 @@ MenuWalk::MenuWalk(const Platform& platform, std::size_t maxNodes, NodeList& lis
     : platform_(platform),
       maxNodes_(maxNodes),
       list_(list),
-      menuBarId_(list.snapshotId + ":menubar") {}
+      menuBarId_(list.snapshotId() + ":menubar") {}
 
 bool MenuWalk::exhausted() const {
-  return list_.nodes.size() >= maxNodes_ || platform_.clock.now() >= deadline_;
+  return list_.records().size() >= maxNodes_ || platform_.clock.now() >= deadline_;
 }
 
 std::optional<Element> MenuWalk::menuUnder(const Element& item) {
@@ -43,16 +43,14 @@ void MenuWalk::walkMenuBar(const Element& app) {
     return;
   }
   deadline_ = platform_.clock.now() + kMenuBarLimit;
-  list_.emit({{"id", menuBarId_},
-              {"parentId", nullptr},
-              {"role", "menubar"},
-              {"rawRole", "AXMenuBar"},
-              {"name", kMenuBarName},
-              {"enabled", true},
-              {"clickable", false},
-              {"press", false},
-              {"menu", false}},
-             {*menuBar, "AXMenuBar", kMenuBarName, "", false, std::nullopt});
+  NodeRecord bar;
+  bar.id = menuBarId_;
+  bar.role = "menubar";
+  bar.rawRole = "AXMenuBar";
+  bar.name = kMenuBarName;
+  bar.press = false;
+  bar.menu = false;
+  list_.add(std::move(bar), *menuBar);
   if (exhausted()) {
     return;
   }
@@ -90,24 +88,24 @@ void MenuWalk::offer(const Element& menu, const Path& path, int depth) {
     if (const auto submenu = menuUnder(item)) {
       offer(*submenu, itemPath, depth + 1);
     } else if (description.enabled && !mayHideMenu(item)) {
-      emitItem(item, description, std::move(itemPath));
+      addItem(item, description, std::move(itemPath));
     }
   }
 }
 
-void MenuWalk::emitItem(const Element& item, const Description& description, Path path) {
-  Json node = {{"id", list_.nextId()},
-               {"parentId", menuBarId_},
-               {"role", "menuitem"},
-               {"rawRole", description.role},
-               {"name", description.name},
-               {"enabled", true},
-               {"clickable", true},
-               {"press", true},
-               {"menu", false},
-               {"command", std::move(path)}};
-  list_.emit(std::move(node), {item, description.role, description.name, description.identifier,
-                               true, std::nullopt});
+void MenuWalk::addItem(const Element& item, const Description& description, Path path) {
+  NodeRecord record;
+  record.id = list_.nextId();
+  record.parentId = menuBarId_;
+  record.role = "menuitem";
+  record.rawRole = description.role;
+  record.name = description.name;
+  record.identifier = description.identifier;
+  record.clickable = true;
+  record.press = true;
+  record.menu = false;
+  record.command = std::move(path);
+  list_.add(std::move(record), item);
 }
 
 }  // namespace tarqo

@@ -1,10 +1,13 @@
 // The application's menu bar as a flat list of commands.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
 
-#include "observe/tree_walk.h"
+#include "ax/description.h"
+#include "observe/node_list.h"
+#include "platform/platform.h"
 
 namespace tarqo {
 
@@ -22,7 +25,7 @@ class MenuWalk {
   using Path = std::vector<std::string>;
 
   void offer(const Element& menu, const Path& path, int depth);
-  void emitItem(const Element& item, const Description& description, Path path);
+  void addItem(const Element& item, const Description& description, Path path);
   bool exhausted() const;
   bool mayHideMenu(const Element& item) const;
   std::optional<Element> menuUnder(const Element& item);

@@ -1,11 +1,11 @@
-// Whether the target window is really shown, unobstructed, and which window-server window it is.
+#include "observe/placement.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 #include "base/failure.h"
 #include "observe/screens.h"
-#include "session/session.h"
 
 namespace tarqo {
 namespace {
@@ -30,56 +30,29 @@ bool agree(const Rect& a, const Rect& b) {
          std::abs(a.height - b.height) <= kFrameTolerance;
 }
 
-std::string_view visibility(Session::WindowPlacement::Kind kind) {
-  using Kind = Session::WindowPlacement::Kind;
-  switch (kind) {
-    case Kind::exact:
-      return "visible";
-    case Kind::covered:
-      return "occluded";
-    case Kind::missing:
-      break;
-  }
-  return "hidden";
-}
-
-}  // namespace
-
-bool Session::isMinimized(const Element& window) {
-  return booleanValue(attribute(platform_.accessibility, window, "AXMinimized")).value_or(false);
-}
-
-bool Session::isAppHidden() {
-  if (running_ && platform_.workspace.isHidden(running_->id)) {
-    return true;
-  }
-  return app_ &&
-         booleanValue(attribute(platform_.accessibility, *app_, "AXHidden")).value_or(false);
-}
-
-bool Session::isOnScreen(const Rect& frame) {
-  const std::vector<Screen> screens = platform_.windowServer.screens();
+bool isOnScreen(WindowServer& windowServer, const Rect& frame) {
+  const std::vector<Screen> screens = windowServer.screens();
   return screens.empty() || std::any_of(screens.begin(), screens.end(), [&](const Screen& screen) {
            const Rect shared = topLeftFrame(screen, screens.front()).intersection(frame);
            return shared.width >= minimumWindowSide && shared.height >= minimumWindowSide;
          });
 }
 
-Session::WindowPlacement Session::windowPlacement(const Rect& frame) {
+}  // namespace
+
+WindowPlacement windowPlacement(const Platform& platform, Target& target, const Rect& frame) {
   using Kind = WindowPlacement::Kind;
-  if (!running_) {
-    fail(failures::kAppClosed);
-  }
-  if (isAppHidden() || (window_ && isMinimized(*window_)) || frame.width < minimumWindowSide ||
-      frame.height < minimumWindowSide || !isOnScreen(frame)) {
+  const Pid pid = target.requirePid();
+  if (target.isHidden() || (target.window() && target.isMinimized(*target.window())) ||
+      frame.width < minimumWindowSide || frame.height < minimumWindowSide ||
+      !isOnScreen(platform.windowServer, frame)) {
     return {};
   }
-  for (const WindowInfo& window :
-       platform_.windowServer.windows(WindowList::onScreenAboveDesktop)) {
+  for (const WindowInfo& window : platform.windowServer.windows(WindowList::onScreenAboveDesktop)) {
     if (!isOrdinary(window)) {
       continue;
     }
-    if (window.ownerPid != running_->id.pid) {
+    if (window.ownerPid != pid) {
       if (!isCompanion(window) && window.bounds->intersects(frame)) {
         return {Kind::covered, 0};
       }
@@ -88,20 +61,6 @@ Session::WindowPlacement Session::windowPlacement(const Rect& frame) {
     }
   }
   return {};
-}
-
-Json Session::geometry() {
-  const Element app = requireApp();
-  const auto window = primaryWindow(app);
-  const auto bounds = window ? frame(platform_.accessibility, *window) : std::nullopt;
-  if (!bounds) {
-    fail(failures::kNoWindow);
-  }
-  const WindowPlacement placement = windowPlacement(*bounds);
-  return {{"bounds", rectJSON(*bounds)},
-          {"visibility", visibility(placement.kind)},
-          {"minimized", isMinimized(*window)},
-          {"hidden", isAppHidden()}};
 }
 
 }  // namespace tarqo

@@ -47,10 +47,10 @@ void sortForReading(std::vector<TextLine>& lines) {
   }
 }
 
-std::vector<RecognizedLine> Session::recognizeText(const Image& image) {
-  auto outcome = platform_.textRecognizer.recognize(image);
+std::vector<RecognizedLine> recognizeText(TextRecognizer& recognizer, const Image& image) {
+  auto outcome = recognizer.recognize(image);
   if (const auto* error = std::get_if<std::string>(&outcome)) {
-    fail("ocr_failed", *error);
+    fail(failures::kTextRecognitionFailed, {*error});
   }
   return std::get<std::vector<RecognizedLine>>(std::move(outcome));
 }

@@ -14,6 +14,10 @@ struct TextLine {
   float confidence = 0;
 };
 
+/// The lines of text in an image. Throws "ocr_failed". Takes seconds.
+[[nodiscard]] std::vector<RecognizedLine> recognizeText(TextRecognizer& recognizer,
+                                                        const Image& image);
+
 /// Recognised lines mapped from the image into the window it shows.
 [[nodiscard]] std::vector<TextLine> onScreen(const std::vector<RecognizedLine>& lines,
                                              const Rect& window);

@@ -1,174 +1,147 @@
-// The target's window as a flat, numbered list of nodes.
+#include "observe/snapshot.h"
 
 #include <algorithm>
+#include <utility>
 
-#include "base/failure.h"
 #include "observe/menu_walk.h"
 #include "observe/recognized_text.h"
 #include "observe/snapshot_id.h"
 #include "observe/tree_walk.h"
-#include "session/session.h"
 
 namespace tarqo {
 namespace {
 
-constexpr std::int64_t kDefaultMaxNodes = 1500;
-constexpr std::int64_t kDefaultMaxDepth = 40;
-constexpr std::int64_t kDefaultWalkMs = 4000;
-
-std::int64_t clampedArgument(const Json& args, const char* key, std::int64_t otherwise,
-                             std::pair<std::int64_t, std::int64_t> range) {
-  return std::clamp(integerMember(args, key).value_or(otherwise), range.first, range.second);
-}
-
-WalkBudget walkBudget(const Json& args, Instant start) {
-  WalkBudget budget;
-  budget.maxNodes =
-      static_cast<std::size_t>(clampedArgument(args, "maxNodes", kDefaultMaxNodes, {1, 10000}));
-  budget.maxDepth = static_cast<int>(clampedArgument(args, "maxDepth", kDefaultMaxDepth, {0, 100}));
-  budget.deadline = start + std::chrono::milliseconds(
-                                clampedArgument(args, "timeoutMs", kDefaultWalkMs, {100, 30000}));
-  return budget;
-}
-
-double millisecondsBetween(Instant start, Instant end) {
-  return std::chrono::duration<double, std::milli>(end - start).count();
-}
-
 // A tree without any text tells the client nothing; the window's own node does not count.
-bool isThin(const Json& nodes) {
-  return nodes.size() < 2 || std::none_of(nodes.begin() + 1, nodes.end(), [](const Json& node) {
-           return !node["name"].get_ref<const std::string&>().empty() || node.contains("value");
+bool isThin(const std::vector<NodeRecord>& nodes) {
+  return nodes.size() < 2 ||
+         std::none_of(nodes.begin() + 1, nodes.end(), [](const NodeRecord& node) {
+           return !node.name.empty() || !node.value.empty();
          });
 }
 
-void emitTextLine(NodeList& list, const Element& window, const TextLine& line, bool clickable) {
-  list.emit({{"id", list.nextId()},
-             {"parentId", list.rootId},
-             {"role", "text"},
-             {"name", line.text},
-             {"enabled", true},
-             {"clickable", clickable},
-             {"bounds", rectJSON(line.box)},
-             {"confidence", line.confidence}},
-            {window, "AXStaticText", line.text, "", clickable, line.box});
+void addTextLine(NodeList& list, const Element& window, TextLine line, bool clickable) {
+  NodeRecord record;
+  record.id = list.nextId();
+  record.parentId = list.rootId;
+  record.role = "text";
+  record.rawRole = "AXStaticText";
+  record.name = std::move(line.text);
+  record.clickable = clickable;
+  record.bounds = line.box;
+  record.confidence = line.confidence;
+  list.add(std::move(record), window);
 }
 
 // Lists the lines in reading order and gives their number. A line over a password field is never
-// told. A line inside something clickable is not itself clickable: the element there can be proven.
-std::size_t emitTextLines(NodeList& list, const Element& window, std::vector<TextLine> lines,
-                          const WalkFrames& frames) {
+// listed. A line inside something clickable is not itself clickable: the element there can be
+// proven.
+std::size_t addTextLines(NodeList& list, const Element& window, std::vector<TextLine> lines,
+                         const WalkFrames& frames) {
   std::erase_if(lines, [&](const TextLine& line) {
     return std::any_of(frames.secure.begin(), frames.secure.end(),
                        [&](const Rect& secure) { return secure.intersects(line.box); });
   });
   sortForReading(lines);
-  for (const TextLine& line : lines) {
+  for (TextLine& line : lines) {
     const bool covered =
         std::any_of(frames.clickable.begin(), frames.clickable.end(),
                     [&](const Rect& frame) { return frame.contains(line.box.center()); });
-    emitTextLine(list, window, line, !covered);
+    addTextLine(list, window, std::move(line), !covered);
   }
   return lines.size();
 }
 
-}  // namespace
-
-Element Session::requireWindowToSnapshot(const Element& app) {
-  if (auto window = primaryWindow(app)) {
+Element requireWindowToSnapshot(Target& target) {
+  if (auto window = target.primaryWindow()) {
     return *window;
   }
-  if (boundSite_) {
-    throw Failure("no_window",
-                  "No window shows " + *boundSite_ +
-                      " any more: the page left the site, or its window closed.",
-                  {{"seen", windowsSeen(app)}});
+  if (target.boundSite()) {
+    throw Failure(failures::kSiteLeft, {*target.boundSite()}, {{"seen", target.windowsSeen()}});
   }
   fail(failures::kNoWindowToSnapshot);
 }
 
-std::optional<Json> Session::recognizedNodes(const Element& window, const WalkFrames& frames,
-                                             NodeList& list) {
-  const auto bounds = frame(platform_.accessibility, window);
+// Puts the picture into `image` as soon as it is taken, since it serves whatever becomes of the
+// text in it. Null when the window has no place.
+std::optional<Recognition> recognizedNodes(Session& session, const WalkFrames& frames,
+                                           NodeList& list, std::optional<WindowImage>& image) {
+  const auto bounds = session.target.windowFrame();
   if (!bounds) {
     return std::nullopt;
   }
-  const Instant start = platform_.clock.now();
-  grants_.requireScreenCapture();
-  observationImage_ = windowImage(*bounds);
-  const Image& image = observationImage_->image;
-  const std::size_t count =
-      emitTextLines(list, window, onScreen(recognizeText(image), *bounds), frames);
-  return Json{{"status", "ok"},
-              {"nodes", count},
-              {"imageWidth", image.widthPx},
-              {"imageHeight", image.heightPx},
-              {"durationMs", millisecondsBetween(start, platform_.clock.now())}};
-}
-
-// What became of text recognition; none when it did not run. Where the tree has no text of its own,
-// a failure to recognise any is the failure of the snapshot.
-std::optional<Json> Session::recognitionStatus(const Json& args, const Element& window,
-                                               const WalkFrames& frames, NodeList& list) {
-  if (!booleanMember(args, "ocr").value_or(true)) {
-    return std::nullopt;
-  }
-  if (isThin(list.nodes)) {
-    return recognizedNodes(window, frames, list);
-  }
-  if (!booleanMember(args, "forceOcr").value_or(false)) {
-    return std::nullopt;
-  }
-  const Instant start = platform_.clock.now();
-  const auto failed = [&](const std::string& code) {
-    return Json{{"status", "failed"},
-                {"code", code},
-                {"durationMs", millisecondsBetween(start, platform_.clock.now())}};
-  };
-  try {
-    return recognizedNodes(window, frames, list);
-  } catch (const Failure& failure) {
-    return failed(failure.code());
-  } catch (const std::exception&) {
-    return failed("ocr_failed");
-  }
-}
-
-Json Session::snapshot(const Json& args) {
-  observationImage_.reset();
-  nodes_.clear();
-  Clock& clock = platform_.clock;
+  Clock& clock = session.platform.clock;
   const Instant start = clock.now();
-  const Element app = requireApp();
-  const Element window = requireWindowToSnapshot(app);
+  session.grants.requireScreenCapture();
+  image = captureWindow(session, *bounds);
+  const auto lines = recognizeText(session.platform.textRecognizer, image->image);
+  Recognition recognition;
+  recognition.nodes =
+      addTextLines(list, *session.target.window(), onScreen(lines, *bounds), frames);
+  recognition.imageWidthPx = image->image.widthPx;
+  recognition.imageHeightPx = image->image.heightPx;
+  recognition.took = clock.now() - start;
+  return recognition;
+}
+
+// Where the tree has no text of its own, a failure to recognise any is the failure of the snapshot.
+std::optional<Recognition> recognition(Session& session, const SnapshotOptions& options,
+                                       const WalkFrames& frames, NodeList& list,
+                                       std::optional<WindowImage>& image) {
+  if (!options.recognizeText) {
+    return std::nullopt;
+  }
+  if (isThin(list.records())) {
+    return recognizedNodes(session, frames, list, image);
+  }
+  if (!options.alwaysRecognizeText) {
+    return std::nullopt;
+  }
+  Clock& clock = session.platform.clock;
+  const Instant start = clock.now();
+  Recognition failed;
+  try {
+    return recognizedNodes(session, frames, list, image);
+  } catch (const Failure& failure) {
+    failed.failure = failure.code();
+  } catch (const std::exception&) {
+    failed.failure = FailureCode::ocrFailed;
+  }
+  failed.took = clock.now() - start;
+  return failed;
+}
+
+std::string titleOf(Session& session, const Element& window) {
+  std::string title = text(attribute(session.platform.accessibility, window, "AXTitle"));
+  return title.empty() ? session.target.running()->localizedName.value_or("macOS") : title;
+}
+
+}  // namespace
+
+Snapshot takeSnapshot(Session& session, const SnapshotOptions& options) {
+  const Platform& platform = session.platform;
+  const Instant start = platform.clock.now();
+  const Element app = session.target.requireApp();
+  const Element window = requireWindowToSnapshot(session.target);
   // What is observed is what input acts in: a dialog that came up since is the target window now.
-  window_ = window;
-  const WalkBudget budget = walkBudget(args, start);
+  session.target.setWindow(window);
 
-  NodeList list{makeSnapshotId(platform_.random), Json::array(), nodes_};
+  NodeList list(makeSnapshotId(platform.random));
   WalkFrames frames;
-  TreeWalk walk(platform_, budget, list, frames);
-  walk.walkWindow(app, window);
-  const std::optional<Json> ocr = recognitionStatus(args, window, frames, list);
-  if (booleanMember(args, "menubar").value_or(true)) {
-    MenuWalk(platform_, budget.maxNodes, list).walkMenuBar(app);
+  const WalkBudget budget{options.maxNodes, options.maxDepth, start + options.timeout};
+  TreeWalk(platform, budget, list, frames).walkWindow(app, window);
+  Snapshot snapshot;
+  snapshot.recognition = recognition(session, options, frames, list, snapshot.image);
+  if (options.menuBar) {
+    MenuWalk(platform, budget.maxNodes, list).walkMenuBar(app);
   }
-  snapshotAt_ = clock.now();
-
-  std::string title = text(attribute(platform_.accessibility, window, "AXTitle"));
-  if (title.empty()) {
-    title = running_->localizedName.value_or("macOS");
-  }
-  Json result = {{"id", list.snapshotId},
-                 {"source", "macos"},
-                 {"title", std::move(title)},
-                 {"nodes", std::move(list.nodes)},
-                 {"truncated", list.truncated}};
-  if (ocr) {
-    result["ocr"] = *ocr;
-  }
-  result["durationMs"] = millisecondsBetween(start, clock.now());
-  return result;
+  snapshot.readAt = platform.clock.now();
+  snapshot.title = titleOf(session, window);
+  snapshot.id = list.snapshotId();
+  snapshot.truncated = list.truncated;
+  snapshot.nodes = list.takeRecords();
+  snapshot.table = list.takeTable();
+  snapshot.took = platform.clock.now() - start;
+  return snapshot;
 }
 
 }  // namespace tarqo

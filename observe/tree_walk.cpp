@@ -16,22 +16,11 @@ bool isHidden(const Description& description) {
   return booleanValue(find(description.attrs, "AXHidden")).value_or(false);
 }
 
-void addFlag(Json& node, const char* key, const Value* value) {
-  if (const auto flag = booleanValue(value)) {
-    node[key] = *flag;
-  }
-}
-
 }  // namespace
-
-void NodeList::emit(Json node, StoredNode stored) {
-  table.add(node["id"].get<std::string>(), std::move(stored));
-  nodes.push_back(std::move(node));
-}
 
 void TreeWalk::walkWindow(const Element& app, const Element& window) {
   scope_ = platform_.accessibility.readTree(window, {budget_.deadline, budget_.maxNodes});
-  walk(window, nullptr, 0);
+  walk(window, std::nullopt, 0);
   if (silenced()) {
     // What was not read may be missing anywhere. The focused element is looked for all the same.
     list_.truncated = true;
@@ -42,38 +31,33 @@ void TreeWalk::walkWindow(const Element& app, const Element& window) {
 }
 
 bool TreeWalk::exhausted() const {
-  return list_.nodes.size() >= budget_.maxNodes || platform_.clock.now() >= budget_.deadline;
+  return list_.records().size() >= budget_.maxNodes || platform_.clock.now() >= budget_.deadline;
 }
 
-// The members that a node of the tree and the focused element share. A secure element's frame joins
-// the secure ones here, since that holds for both.
-Json TreeWalk::nodeOf(const Element& element, const Description& description,
-                      const Json& parentId) {
+// What a node of the tree and the focused element share. A secure element's frame joins the secure
+// ones here, since that holds for both.
+NodeRecord TreeWalk::recordOf(const Element& element, const Description& description,
+                              const std::optional<std::string>& parentId) {
   const bool search = text(find(description.attrs, "AXSubrole")) == "AXSearchField";
-  Json node = {{"id", list_.nextId()},
-               {"parentId", parentId},
-               {"role", search ? std::string("searchbox") : roleName(description.role)},
-               {"rawRole", description.role},
-               {"name", description.name},
-               {"enabled", description.enabled}};
-  const auto bounds = frameFrom(description.attrs);
-  if (description.secure) {
-    node["secure"] = true;
-    if (bounds) {
-      frames_.secure.push_back(*bounds);
-    }
+  NodeRecord record;
+  record.id = list_.nextId();
+  record.parentId = parentId;
+  record.role = search ? std::string("searchbox") : roleName(description.role);
+  record.rawRole = description.role;
+  record.name = description.name;
+  record.identifier = description.identifier;
+  record.enabled = description.enabled;
+  record.bounds = frameFrom(description.attrs);
+  record.secure = description.secure;
+  if (record.secure && record.bounds) {
+    frames_.secure.push_back(*record.bounds);
   }
-  node["editable"] = editableText(platform_.accessibility, element, description);
-  if (!description.value.empty()) {
-    node["value"] = description.value;
-  }
-  if (bounds) {
-    node["bounds"] = rectJSON(*bounds);
-  }
-  return node;
+  record.editable = editableText(platform_.accessibility, element, description);
+  record.value = description.value;
+  return record;
 }
 
-void TreeWalk::walk(const Element& element, const Json& parentId, int depth) {
+void TreeWalk::walk(const Element& element, const std::optional<std::string>& parentId, int depth) {
   // The window itself is listed whatever is left of the time, and unless it says that it is hidden:
   // it is what the focused element and recognised text hang on.
   const bool isWindow = depth == 0;
@@ -89,39 +73,36 @@ void TreeWalk::walk(const Element& element, const Json& parentId, int depth) {
   if (isHidden(description)) {
     return;
   }
-  const auto bounds = frameFrom(description.attrs);
   const std::vector<std::string> actions = actionNames(ax, element);
-  const bool pressable = hasAction(actions, "AXPress");
-  const bool clickable = description.enabled && !description.secure &&
-                         (pressable || (bounds && isPointerRole(description.role)));
-  if (clickable && bounds) {
-    frames_.clickable.push_back(*bounds);
+  NodeRecord record = recordOf(element, description, parentId);
+  record.press = hasAction(actions, "AXPress");
+  record.menu = hasAction(actions, "AXShowMenu");
+  record.clickable = description.enabled && !description.secure &&
+                     (*record.press || (record.bounds && isPointerRole(description.role)));
+  if (record.clickable && record.bounds) {
+    frames_.clickable.push_back(*record.bounds);
   }
-
-  Json node = nodeOf(element, description, parentId);
-  node["clickable"] = clickable;
-  node["press"] = pressable;
-  node["menu"] = hasAction(actions, "AXShowMenu");
   if (const Value* url = find(description.attrs, "AXURL");
       description.role == "AXWebArea" && url != nullptr && url->as<Url>() != nullptr) {
-    node["url"] = url->as<Url>()->absolute;
+    record.url = url->as<Url>()->absolute;
   }
-  if (!description.detail.empty() && description.detail != description.name) {
-    node["description"] = description.detail;
+  if (description.detail != description.name) {
+    record.description = description.detail;
   }
-  addFlag(node, "selected", find(description.attrs, "AXSelected"));
-  addFlag(node, "focused", find(description.attrs, "AXFocused"));
-  const Json id = node["id"];
+  record.selected = booleanValue(find(description.attrs, "AXSelected"));
+  record.focused = booleanValue(find(description.attrs, "AXFocused"));
+  const std::string id = record.id;
   if (isWindow) {
     list_.rootId = id;
   }
-  list_.emit(std::move(node), {element, description.role, description.name, description.identifier,
-                               clickable, std::nullopt});
-
-  if (description.secure) {
-    return;
+  list_.add(std::move(record), element);
+  if (!description.secure) {
+    walkChildren(element, id, depth);
   }
-  const std::vector<Element> children = childElements(ax, element);
+}
+
+void TreeWalk::walkChildren(const Element& element, const std::string& id, int depth) {
+  const std::vector<Element> children = childElements(platform_.accessibility, element);
   if (depth >= budget_.maxDepth) {
     list_.truncated = list_.truncated || !children.empty();
     return;
@@ -136,7 +117,7 @@ void TreeWalk::walk(const Element& element, const Json& parentId, int depth) {
 }
 
 void TreeWalk::addFocused(const Element& app) {
-  if (list_.nodes.size() >= budget_.maxNodes) {
+  if (list_.records().size() >= budget_.maxNodes) {
     return;
   }
   Accessibility& ax = platform_.accessibility;
@@ -144,7 +125,7 @@ void TreeWalk::addFocused(const Element& app) {
   if (!focused) {
     return;
   }
-  const auto& listed = list_.table.entries();
+  const auto& listed = list_.table().entries();
   if (std::any_of(listed.begin(), listed.end(), [&](const NodeTable::Entry& entry) {
         return entry.second.element == *focused;
       })) {
@@ -154,12 +135,10 @@ void TreeWalk::addFocused(const Element& app) {
   if (!isTextEntryRole(description.role) || isHidden(description)) {
     return;
   }
-  const bool clickable = description.enabled && !description.secure;
-  Json node = nodeOf(*focused, description, list_.rootId);
-  node["clickable"] = clickable;
-  node["focused"] = true;
-  list_.emit(std::move(node), {*focused, description.role, description.name, description.identifier,
-                               clickable, std::nullopt});
+  NodeRecord record = recordOf(*focused, description, list_.rootId);
+  record.clickable = description.enabled && !description.secure;
+  record.focused = true;
+  list_.add(std::move(record), *focused);
 }
 
 }  // namespace tarqo

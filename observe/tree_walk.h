@@ -3,38 +3,19 @@
 
 #include <memory>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "ax/description.h"
-#include "base/json.h"
+#include "observe/node_list.h"
 #include "platform/platform.h"
-#include "session/node_table.h"
 
 namespace tarqo {
 
 /// What a walk may cost.
 struct WalkBudget {
-  std::size_t maxNodes = 1500;
-  int maxDepth = 40;
+  std::size_t maxNodes;
+  int maxDepth;
   Instant deadline;
-};
-
-/// The nodes of one snapshot as they come: listed for the client, remembered in the table.
-struct NodeList {
-  std::string snapshotId;
-  Json nodes = Json::array();
-  NodeTable& table;
-  bool truncated = false;
-  Json rootId = nullptr;  ///< The id of the window's own node; null while it is not listed.
-
-  /// "<snapshot id>:<number of nodes listed so far>".
-  [[nodiscard]] std::string nextId() const {
-    return snapshotId + ":" + std::to_string(nodes.size());
-  }
-
-  /// Lists `node` and remembers what it stands for. The node's "id" is the key of both.
-  void emit(Json node, StoredNode stored);
 };
 
 /// Rectangles that decide what becomes of recognised text.
@@ -59,10 +40,12 @@ class TreeWalk {
 
  private:
   void addFocused(const Element& app);
-  void walk(const Element& element, const Json& parentId, int depth);
+  void walk(const Element& element, const std::optional<std::string>& parentId, int depth);
+  void walkChildren(const Element& element, const std::string& id, int depth);
   bool exhausted() const;
   bool silenced() const { return scope_ && scope_->incomplete(); }
-  Json nodeOf(const Element& element, const Description& description, const Json& parentId);
+  NodeRecord recordOf(const Element& element, const Description& description,
+                      const std::optional<std::string>& parentId);
 
   const Platform& platform_;
   const WalkBudget& budget_;

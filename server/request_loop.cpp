@@ -45,20 +45,14 @@ bool writeLine(std::FILE* out, std::string_view line) {
          std::fputc('\n', out) != EOF && std::fflush(out) == 0;
 }
 
-// False when nobody reads any more. Asks for no memory.
-bool writeAnswer(std::FILE* out, const Served& served) {
-  if (served.outOfMemory) {
-    return writeLine(out, kOutOfMemory);
-  }
-  return !served.response || writeLine(out, *served.response);
-}
-
 }  // namespace
 
 void serveRequests(const Serve& serve, std::FILE* in, std::FILE* out) {
   std::string line;
   Served served;
   // Made once, before memory can be short.
+  const std::string tooLarge = errorLine(failures::kRequestTooLarge);
+  const std::string outOfMemory = errorLine(failures::kOutOfMemory);
   const std::function<void()> serveLine = [&] {
     try {
       served = serve(line);
@@ -67,12 +61,15 @@ void serveRequests(const Serve& serve, std::FILE* in, std::FILE* out) {
     }
   };
   for (Line read = readLine(in, line); read != Line::endOfInput; read = readLine(in, line)) {
-    const bool tooLarge = read == Line::tooLarge;
     keepMemoryReserve();
-    if (!tooLarge) {
+    if (read != Line::tooLarge) {
       runAndRelease(serveLine);
     }
-    if (served.close || !(tooLarge ? writeLine(out, kRequestTooLarge) : writeAnswer(out, served))) {
+    const std::string* answer = read == Line::tooLarge ? &tooLarge
+                                : served.outOfMemory   ? &outOfMemory
+                                : served.response      ? &*served.response
+                                                       : nullptr;
+    if (served.close || (answer != nullptr && !writeLine(out, *answer))) {
       return;
     }
     served = {};

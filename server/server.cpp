@@ -1,11 +1,10 @@
 #include "server/server.h"
 
 #include <array>
-#include <cmath>
 #include <new>
 
 #include "base/failure.h"
-#include "host/list_targets.h"
+#include "methods/methods.h"
 #include "platform/unicode.h"
 
 namespace tarqo {
@@ -13,54 +12,34 @@ namespace {
 
 constexpr std::string_view kClose = "close";
 
-Json nativeError(std::string_view message) {
-  return {{"code", "native_error"}, {"message", message}};
-}
-
-// The 32-bit value of a "pid": fractions are cut off, booleans count as 0 and 1.
-std::optional<Pid> pidMember(const Json& args) {
-  const auto found = args.find("pid");
-  if (found == args.end()) {
-    return std::nullopt;
-  }
-  if (found->is_boolean()) {
-    return found->get<bool>() ? 1 : 0;
-  }
-  if (!found->is_number()) {
-    return std::nullopt;
-  }
-  const double number = std::trunc(found->get<double>());
-  // No process has an id outside 32 bits; 0 ends the search for a host at once.
-  return number >= INT32_MIN && number <= INT32_MAX ? static_cast<Pid>(number) : 0;
+Json errorOf(const Failure& failure) {
+  Json object = failure.detail();
+  object["code"] = wireName(failure.code());
+  object["message"] = failure.message();
+  return object;
 }
 
 }  // namespace
 
 Json errorObject(const std::exception& error) {
   if (const auto* failure = dynamic_cast<const Failure*>(&error)) {
-    Json object = failure->detail();
-    object["code"] = failure->code();
-    object["message"] = failure->message();
-    return object;
+    return errorOf(*failure);
   }
   if (dynamic_cast<const std::bad_alloc*>(&error) != nullptr) {
-    return nativeError("The request needs more memory than the system has.");
+    return errorOf(Failure(failures::kOutOfMemory));
   }
-  return nativeError(error.what());
+  return errorOf(Failure(failures::kNativeError, {error.what()}));
+}
+
+std::string errorLine(const FailureText& text) {
+  return *serializeJson({{"error", errorOf(Failure(text))}, {"id", nullptr}});
 }
 
 Server::Server(const Platform& platform)
     : platform_(platform),
       hosts_(platform_),
       grants_(platform_, hosts_),
-      session_(platform_, hosts_, grants_) {}
-
-Json Server::hostResult(const Json& args) {
-  if (const auto host = hosts_.responsibleHost(pidMember(args))) {
-    return {{"host", host->json()}, {"known", true}};
-  }
-  return {{"host", {{"name", HOST_FALLBACK}}}, {"known", false}};
-}
+      session_(platform_, grants_) {}
 
 Json Server::result(const std::string& method, const Json& args) {
   struct Row {
@@ -68,17 +47,18 @@ Json Server::result(const std::string& method, const Json& args) {
     Json (*call)(Server&, const Json&);
   };
   static constexpr std::array kMethods{
-      Row{"listTargets", [](Server& s, const Json&) { return listTargets(s.platform_); }},
-      Row{"preflight", [](Server& s, const Json&) { return s.grants_.preflight(); }},
-      Row{"host", [](Server& s, const Json& a) { return s.hostResult(a); }},
-      Row{"connect", [](Server& s, const Json& a) { return s.session_.connect(a); }},
-      Row{"observe", [](Server& s, const Json& a) { return s.session_.observe(a); }},
-      Row{"geometry", [](Server& s, const Json&) { return s.session_.geometry(); }},
-      Row{"settle", [](Server& s, const Json& a) { return s.session_.settle(a); }},
-      Row{"click", [](Server& s, const Json& a) { return s.session_.click(a); }},
-      Row{"showMenu", [](Server& s, const Json& a) { return s.session_.showMenu(a); }},
-      Row{"hover", [](Server& s, const Json& a) { return s.session_.hover(a); }},
-      Row{"input", [](Server& s, const Json& a) { return s.session_.input(a); }},
+      Row{"listTargets", [](Server& s, const Json&) { return methods::listTargets(s.platform_); }},
+      Row{"preflight",
+          [](Server& s, const Json&) { return methods::preflight(s.grants_, s.hosts_); }},
+      Row{"host", [](Server& s, const Json& a) { return methods::host(s.hosts_, a); }},
+      Row{"connect", [](Server& s, const Json& a) { return methods::connect(s.session_, a); }},
+      Row{"observe", [](Server& s, const Json& a) { return methods::observe(s.session_, a); }},
+      Row{"geometry", [](Server& s, const Json&) { return methods::geometry(s.session_); }},
+      Row{"settle", [](Server& s, const Json& a) { return methods::settle(s.session_, a); }},
+      Row{"click", [](Server& s, const Json& a) { return methods::click(s.session_, a); }},
+      Row{"showMenu", [](Server& s, const Json& a) { return methods::showMenu(s.session_, a); }},
+      Row{"hover", [](Server& s, const Json& a) { return methods::hover(s.session_, a); }},
+      Row{"input", [](Server& s, const Json& a) { return methods::input(s.session_, a); }},
   };
   for (const Row& row : kMethods) {
     if (row.name == method) {
@@ -120,7 +100,7 @@ Served Server::serve(std::string_view line) noexcept {
     } catch (const std::exception& thrown) {
       error = errorObject(thrown);
     } catch (...) {
-      error = nativeError("Something failed that has no name.");
+      error = errorOf(Failure(failures::kUnnamedError));
     }
     return {serializeJson({{"error", std::move(error)}, {"id", std::move(id)}})};
   } catch (...) {

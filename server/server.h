@@ -20,17 +20,12 @@ struct Served {
   bool outOfMemory = false;  ///< Not even the error could be written down.
 };
 
-/// Responses for when no memory can be had to make one.
-inline constexpr std::string_view kRequestTooLarge =
-    R"({"error":{"code":"native_error","message":)"
-    R"("The request line is too long to be held in memory."},"id":null})";
-inline constexpr std::string_view kOutOfMemory =
-    R"({"error":{"code":"native_error","message":)"
-    R"("The request needs more memory than the system has."},"id":null})";
-
 /// The "error" of a response: the code, message and detail of a `Failure`, "native_error" with its
 /// own words for anything else.
 [[nodiscard]] Json errorObject(const std::exception& error);
+
+/// The response to a request whose id is not known.
+[[nodiscard]] std::string errorLine(const FailureText& text);
 
 /// Owns the one session and what it remembers of host and grants. Worker thread only; a request may
 /// take as long as the waits of its method.
@@ -44,7 +39,6 @@ class Server {
  private:
   Served answer(std::string_view line, Json& id);
   Json result(const std::string& method, const Json& args);
-  Json hostResult(const Json& args);
 
   Platform platform_;
   HostFinder hosts_;

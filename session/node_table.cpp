@@ -2,6 +2,11 @@
 
 namespace tarqo {
 
+bool isDescribedBy(const StoredNode& node, const Description& description) {
+  return description.role == node.role && description.name == node.name &&
+         description.identifier == node.identifier;
+}
+
 void NodeTable::add(std::string id, StoredNode node) {
   if (index_.emplace(id, entries_.size()).second) {
     entries_.emplace_back(std::move(id), std::move(node));

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "ax/description.h"
 #include "platform/accessibility.h"
 
 namespace tarqo {
@@ -22,6 +23,9 @@ struct StoredNode {
   /// the window's.
   std::optional<Rect> box;
 };
+
+/// Whether a description read later still has the role, name and identifier of the node.
+[[nodiscard]] bool isDescribedBy(const StoredNode& node, const Description& description);
 
 /// Node ids and what they stand for, in the order in which the observation listed them.
 class NodeTable {

@@ -4,9 +4,15 @@
 
 namespace tarqo {
 
-Session::Session(const Platform& platform, HostFinder& hosts, Grants& grants)
-    : platform_(platform), hosts_(hosts), grants_(grants) {}
+void Session::ensureListening() {
+  if (!listener.isListening()) {
+    listener.listen(target.requirePid(), *target.app());
+  }
+  if (target.window()) {
+    listener.watch(*target.window());
+  }
+}
 
-std::string Session::timestampNow() { return timestamp(platform_.clock.wall()); }
+std::string Session::timestampNow() const { return timestamp(platform.clock.wall()); }
 
 }  // namespace tarqo

@@ -19,7 +19,7 @@ import time
 from mutants import Source
 
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
-FOLDERS = ("session", "observe", "input", "host", "ax")
+FOLDERS = ("methods", "session", "observe", "input", "host", "ax")
 WORK = os.path.join(ROOT, "build/mutate")
 COPY = os.path.join(WORK, "source")
 BUILD = os.path.join(WORK, "build")
@@ -29,7 +29,7 @@ FLAGS = ("-O1 -w -Wno-c++11-narrowing -D_GLIBCXX_ASSERTIONS -fsanitize=return,un
 PARSED_AS = ["-x", "c++", "-std=c++20", "-D_GLIBCXX_ASSERTIONS", "-I" + ROOT]
 # The programs that the core is part of.
 TESTED = [*("tests/%s/all" % name for name in (
-    "base", "host", "ax", "session", "observe", "input", "server", "simulator", "transcripts")), "fuzz/all"]
+    "base", "host", "ax", "session", "observe", "input", "methods", "server", "simulator", "transcripts")), "fuzz/all"]
 LIMIT_SECONDS = 20
 MEMORY = 4 << 30
 PROGRESS = 200

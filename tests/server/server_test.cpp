@@ -155,23 +155,31 @@ TEST_F(ServeLine, AnswersWhatIsThrownAndIsNoException) {
   EXPECT_NE(response["error"]["message"], "");
 }
 
-TEST(PreparedResponse, IsOneThatCouldHaveBeenMadeThen) {
-  for (const std::string_view prepared : {kRequestTooLarge, kOutOfMemory}) {
-    const Json response = Json::parse(prepared);
+TEST(PreparedResponse, SaysWhatWouldHaveBeenSaidThen) {
+  for (const FailureText& text : {failures::kRequestTooLarge, failures::kOutOfMemory}) {
+    const Json response = Json::parse(errorLine(text));
     EXPECT_EQ(response["id"], nullptr);
     EXPECT_EQ(response["error"]["code"], "native_error");
-    EXPECT_EQ(serializeJson(response), prepared);
+    EXPECT_EQ(response["error"]["message"], text.sentence);
   }
-  EXPECT_EQ(Json::parse(kOutOfMemory)["error"], errorObject(std::bad_alloc()));
+  EXPECT_EQ(Json::parse(errorLine(failures::kOutOfMemory))["error"], errorObject(std::bad_alloc()));
 }
 
 TEST(FailureRecord, KeepsItsOwnCodeAndMessageWhateverItsDetailSays) {
-  const Failure failure("code", "message", {{"code", "other"}, {"message", 5}, {"extra", true}});
-  EXPECT_EQ(failure.code(), "code");
+  const Failure failure({FailureCode::noWindow, "message"}, {},
+                        {{"code", "other"}, {"message", 5}, {"extra", true}});
+  EXPECT_EQ(failure.code(), FailureCode::noWindow);
   EXPECT_EQ(failure.message(), "message");
   EXPECT_STREQ(failure.what(), "message");
   EXPECT_EQ(errorObject(failure),
-            (Json{{"code", "code"}, {"message", "message"}, {"extra", true}}));
+            (Json{{"code", "no_window"}, {"message", "message"}, {"extra", true}}));
+}
+
+TEST(FailureRecord, FillsItsSentenceInOrder) {
+  const FailureText text{FailureCode::noWindow, "No window of {} shows {}."};
+  EXPECT_EQ(Failure(text, {"a", "b {} c"}).message(), "No window of a shows b {} c.");
+  EXPECT_EQ(Failure(text, {"", ""}).message(), "No window of  shows .");
+  EXPECT_EQ(Failure({FailureCode::noWindow, "{}"}, {"all"}).message(), "all");
 }
 
 TEST(FailureRecord, AnythingElseThatEscapesIsANativeErrorWithItsWords) {
@@ -179,7 +187,7 @@ TEST(FailureRecord, AnythingElseThatEscapesIsANativeErrorWithItsWords) {
             (Json{{"code", "native_error"}, {"message", "odd"}}));
 }
 
-TEST(FailureRecord, RunningOutOfMemoryIsTold) {
+TEST(FailureRecord, RunningOutOfMemoryIsReported) {
   EXPECT_EQ(errorObject(std::bad_alloc()),
             (Json{{"code", "native_error"},
                   {"message", "The request needs more memory than the system has."}}));

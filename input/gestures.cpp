@@ -1,12 +1,13 @@
-// Scrolling by the wheel, and the two gestures that stand in for it.
+#include "input/gestures.h"
 
 #include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <span>
+#include <vector>
 
 #include "base/failure.h"
-#include "session/session.h"
+#include "input/events.h"
 
 namespace tarqo {
 namespace {
@@ -46,86 +47,58 @@ Rect requireInnerArea(const Rect& area) {
   return inner;
 }
 
-}  // namespace
-
-void Session::scroll(const Stored& stored, Point point, const Json& args) {
-  const std::int64_t dx = integerMember(args, "deltaX").value_or(0);
-  const std::int64_t dy = integerMember(args, "deltaY").value_or(0);
-  const auto isBounded = [](std::int64_t delta) {
-    return delta >= -kMaxDelta && delta <= kMaxDelta;
-  };
-  if ((dx == 0 && dy == 0) || !isBounded(dx) || !isBounded(dy)) {
-    fail(failures::kUnboundedScroll);
-  }
-  requireFrontmost();
-  if (dx != 0) {
-    trackpadSwipe(requireGestureArea(), static_cast<double>(dx));
-  } else if (dy < 0 && dy >= -kLongestPull) {
-    spotlightPull(requireGestureArea());
-  } else {
-    turnWheel(point, static_cast<std::int32_t>(-dy), [&] {
-      if (stored.box) {
-        verifyInsideApp(point);
-      } else {
-        requireInputTarget(stored);
-        verifyPointer(point, stored.element);
-      }
-    });
-  }
-}
-
 // Without its window's place nothing could be proven of a gesture's way.
-Rect Session::requireGestureArea() {
-  const auto bounds = window_ ? frame(platform_.accessibility, *window_) : std::nullopt;
+Rect requireGestureArea(Session& session) {
+  const auto bounds = session.target.windowFrame();
   if (!bounds) {
     fail(failures::kInputNotVisible);
   }
   return *bounds;
 }
 
-void Session::turnWheel(Point point, std::int32_t pixels, const Proof& proof) {
-  InputEvents& events = platform_.inputEvents;
+void turnWheel(Session& session, Point point, std::int32_t pixels, const Proof& proof) {
+  InputEvents& events = session.platform.inputEvents;
   const auto source = events.makeSource("");
-  post(source.get(), MouseEvent{MouseEventType::moved, point});
+  post(session, source.get(), MouseEvent{MouseEventType::moved, point});
   const auto wheel = events.create(source.get(), ScrollEvent{pixels});
   if (!wheel) {
     fail(failures::kNoScrollEvent);
   }
   proof();
-  postToTarget(*wheel, failures::kPointCovered);
-  platform_.clock.turn(kAfterWheel);
+  postToTarget(session, *wheel, failures::kPointCovered);
+  session.platform.clock.turn(kAfterWheel);
 }
 
 // What ends the drag exists before it begins, so that the button is never left held down: a drag
 // that could not end is left out. It does not begin at the node that was proven, so all of it is:
 // before the pointer moves, and again when the button is about to go down.
-void Session::drag(Point start, std::span<const Point> way, Duration slice) {
+void drag(Session& session, Point start, std::span<const Point> way, Duration slice) {
   std::vector<Point> all(way.begin(), way.end());
   all.push_back(start);
-  verifyInsideApp(all);
-  InputEvents& events = platform_.inputEvents;
+  verifyInsideApp(session, all);
+  InputEvents& events = session.platform.inputEvents;
   const auto source = events.makeSource("");
-  post(source.get(), MouseEvent{MouseEventType::moved, start});
-  platform_.clock.sleep(kBeforeDrag);
+  post(session, source.get(), MouseEvent{MouseEventType::moved, start});
+  session.platform.clock.sleep(kBeforeDrag);
   const MouseEvent up{MouseEventType::leftUp, way.back(), 1};
   const auto spare = events.create(source.get(), up);
   if (!spare) {
     return;
   }
   const auto down = events.create(source.get(), MouseEvent{MouseEventType::leftDown, start, 1});
-  verifyInsideApp(all);
+  verifyInsideApp(session, all);
   if (down) {
-    postToTarget(*down, failures::kPointCovered);
+    postToTarget(session, *down, failures::kPointCovered);
   }
-  platform_.clock.sleep(kBeforeDrag);
+  session.platform.clock.sleep(kBeforeDrag);
   for (const Point& point : way) {
-    post(source.get(), MouseEvent{MouseEventType::leftDragged, point, 1});
-    platform_.clock.sleep(slice);
+    post(session, source.get(), MouseEvent{MouseEventType::leftDragged, point, 1});
+    session.platform.clock.sleep(slice);
   }
-  release(source.get(), up, *spare);
+  release(session, source.get(), up, *spare);
 }
 
-void Session::spotlightPull(const Rect& area) {
+void spotlightPull(Session& session, const Rect& area) {
   const Rect inner = requireInnerArea(area);
   const Point start = inner.center();
   const double travel = std::min(start.y + kPullLength, inner.maxY() - kPullBottomMargin) - start.y;
@@ -133,12 +106,12 @@ void Session::spotlightPull(const Rect& area) {
   for (int step = 1; step <= kPullSteps; ++step) {
     way.at(static_cast<std::size_t>(step - 1)) = {start.x, start.y + travel * step / kPullSteps};
   }
-  drag(start, way, kPullSlice);
-  platform_.clock.turn(kAfterPull);
+  drag(session, start, way, kPullSlice);
+  session.platform.clock.turn(kAfterPull);
 }
 
 // Starts slowly and ends fast, like a flick.
-void Session::trackpadSwipe(const Rect& area, double dx) {
+void trackpadSwipe(Session& session, const Rect& area, double dx) {
   const Rect inner = requireInnerArea(area);
   const Point start{dx < 0 ? inner.maxX() : inner.minX(),
                     inner.minY() + kSwipeHeight * inner.height};
@@ -148,8 +121,28 @@ void Session::trackpadSwipe(const Rect& area, double dx) {
     const double part = static_cast<double>(step) / kSwipeSteps;
     way.at(static_cast<std::size_t>(step - 1)) = {start.x + travel * part * part, start.y};
   }
-  drag(start, way, kSwipeSlice);
-  platform_.clock.turn(kAfterSwipe);
+  drag(session, start, way, kSwipeSlice);
+  session.platform.clock.turn(kAfterSwipe);
+}
+
+}  // namespace
+
+void scroll(Session& session, Point point, std::int64_t dx, std::int64_t dy,
+            const Proof& wheelProof) {
+  const auto isBounded = [](std::int64_t delta) {
+    return delta >= -kMaxDelta && delta <= kMaxDelta;
+  };
+  if ((dx == 0 && dy == 0) || !isBounded(dx) || !isBounded(dy)) {
+    fail(failures::kUnboundedScroll);
+  }
+  session.target.requireFrontmost();
+  if (dx != 0) {
+    trackpadSwipe(session, requireGestureArea(session), static_cast<double>(dx));
+  } else if (dy < 0 && dy >= -kLongestPull) {
+    spotlightPull(session, requireGestureArea(session));
+  } else {
+    turnWheel(session, point, static_cast<std::int32_t>(-dy), wheelProof);
+  }
 }
 
 }  // namespace tarqo

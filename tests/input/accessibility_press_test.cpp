@@ -42,7 +42,7 @@ TEST_F(Press, ThatIsAnsweredDoesNotMoveThePointer) {
 }
 
 TEST_F(Press, IsAnsweredByAnyNotificationThatComingForwardDoesNotCause) {
-  for (const std::string_view name : Session::WATCHED) {
+  for (const std::string_view name : WATCHED) {
     const bool neutral = name == "AXFocusedUIElementChanged" || name == "AXApplicationActivated";
     save.withoutAction("AXPress").action("AXPress").announces(std::string(name));
     EXPECT_EQ(click(), neutral ? afterSilence : byAccessibility) << name;

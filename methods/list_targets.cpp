@@ -1,13 +1,14 @@
-#include "host/list_targets.h"
+// The "listTargets" method: the applications that a client can connect to, installed or running.
 
 #include <algorithm>
 #include <map>
 #include <vector>
 
 #include "host/responsible_host.h"
+#include "methods/methods.h"
 #include "platform/unicode.h"
 
-namespace tarqo {
+namespace tarqo::methods {
 namespace {
 
 struct Target {
@@ -69,4 +70,4 @@ Json listTargets(const Platform& platform) {
   return {{"targets", std::move(targets)}};
 }
 
-}  // namespace tarqo
+}  // namespace tarqo::methods

@@ -1,0 +1,2 @@
+// Does nothing: that it links is what is looked at.
+int main() {}
