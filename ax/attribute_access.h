@@ -48,7 +48,7 @@ using Attributes = std::map<std::string_view, Value>;
 [[nodiscard]] std::string text(const Value* value);
 [[nodiscard]] std::string text(const std::optional<Value>& value);
 
-/// An element's rectangle in screen points; none unless its position and size are finite and its
+/// An element's rectangle in screen points; null unless its position and size are finite and its
 /// size is positive. Two round trips.
 [[nodiscard]] std::optional<Rect> frame(Accessibility& accessibility, const Element& element);
 

@@ -23,8 +23,8 @@ struct Description {
 };
 
 /// Reads and describes an element; two round trips, one for a secure field, whose value is never
-/// asked for. Nor is that of an element that does not tell its role, which may be one; it is asked
-/// for the role by itself instead, three round trips at most. A dead element gives an empty
+/// asked for. Nor is that of an element that does not report its role, which may be one; it is
+/// asked for the role by itself instead, three round trips at most. A dead element gives an empty
 /// description.
 [[nodiscard]] Description describe(Accessibility& accessibility, const Element& element);
 

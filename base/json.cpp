@@ -23,8 +23,8 @@ std::size_t closingQuote(std::string_view text, std::size_t i) {
 bool isJsonSpace(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
 
 // The library destroys and writes values recursively, and the end of an array or object asks for
-// memory for all that is in it, without a way to tell that there is none. So both the depth and the
-// number of values are bounded before it builds any.
+// memory for all that is in it, without a way to report that there is not enough. So both the depth
+// and the number of values are bounded before it builds any.
 void requireModest(std::string_view text) {
   int depth = 0;
   std::size_t values = 1;
@@ -177,6 +177,11 @@ std::optional<std::int64_t> integerMember(const Json& object, std::string_view k
   }
   const double number = value->get<double>();
   return fitsInteger(number) ? std::optional(static_cast<std::int64_t>(number)) : std::nullopt;
+}
+
+std::int64_t clampedMember(const Json& object, std::string_view key, std::int64_t otherwise,
+                           std::pair<std::int64_t, std::int64_t> range) {
+  return std::clamp(integerMember(object, key).value_or(otherwise), range.first, range.second);
 }
 
 }  // namespace tarqo

@@ -10,6 +10,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace tarqo {
@@ -34,7 +35,7 @@ class JsonError : public std::runtime_error {
 /// a syntax error, a scalar at the top, nesting deeper than 512, more than 100,000 values.
 [[nodiscard]] Json parseJson(std::string_view text);
 
-/// `value` on one line: no spaces, "/" escaped, whole numbers without a fraction. None when it
+/// `value` on one line: no spaces, "/" escaped, whole numbers without a fraction. Null when it
 /// holds a number that JSON cannot express.
 [[nodiscard]] std::optional<std::string> serializeJson(Json value);
 
@@ -45,10 +46,15 @@ class JsonError : public std::runtime_error {
 /// The texts of a list of texts; empty when it is anything else.
 [[nodiscard]] std::vector<std::string> textListMember(const Json& object, std::string_view key);
 
-/// Any JSON number; a boolean is none.
+/// Any JSON number; a boolean is not one.
 [[nodiscard]] std::optional<double> numberMember(const Json& object, std::string_view key);
 
-/// A JSON integer, or a number without a fractional part, that fits; a boolean is none.
+/// A JSON integer, or a number without a fractional part, that fits; a boolean is not one.
 [[nodiscard]] std::optional<std::int64_t> integerMember(const Json& object, std::string_view key);
+
+/// The same brought between `range.first` and `range.second`; `otherwise` where it is absent.
+[[nodiscard]] std::int64_t clampedMember(const Json& object, std::string_view key,
+                                         std::int64_t otherwise,
+                                         std::pair<std::int64_t, std::int64_t> range);
 
 }  // namespace tarqo

@@ -1,7 +1,7 @@
 // Memory kept back for cleaning up after the rest has run out.
 //
 // The end of a JSON array or object asks for memory, for all that is in it, and cannot say that
-// there is none: the process would end. What ends while a failure is on its way up is what the
+// it got none: the process would end. What ends while a failure is on its way up is what the
 // request had built by then, so it may be much, at the worst moment.
 #pragma once
 

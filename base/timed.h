@@ -12,7 +12,7 @@ namespace tarqo {
 
 inline constexpr Duration kTimedSlice = std::chrono::milliseconds(20);
 
-/// The value of `body`, run on a thread of its own while the caller's loop turns; none when it has
+/// The value of `body`, run on a thread of its own while the caller's loop turns; null when it has
 /// not returned within `limit`. A late body runs on and its value is dropped, so it must own or
 /// share what it uses.
 template <typename Body>

@@ -275,7 +275,7 @@ int main(int argc, char** argv) {
     std::cerr << "usage: check_to_event BUNDLE ROUNDS\n";
     return 2;
   }
-  const std::unique_ptr<tarqo::PlatformHost> host = tarqo::makePlatform(argv[0]);
+  const std::unique_ptr<tarqo::Backend> host = tarqo::makePlatform(argv[0]);
   tarqo::Helper helper(host->platform());
   std::thread([&helper, &arguments] {
     tarqo::run(helper, arguments[0], std::atoi(arguments[1].c_str()));

@@ -1,4 +1,4 @@
-// The two grants the helper needs: checked, asked for once, and told apart from stale ones.
+// The two grants the helper needs: checked, asked for once, and distinguished from stale ones.
 #pragma once
 
 #include <initializer_list>

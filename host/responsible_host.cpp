@@ -69,7 +69,7 @@ std::optional<std::string> HostFinder::bundleOf(Pid pid) {
   return executable ? outermostBundle(*executable) : std::nullopt;
 }
 
-// The process at `pid` as host; none when it is no application, or only a process that lives in the
+// The process at `pid` as host; null when it is no application, or only a process that lives in the
 // helper's or the companion application's bundle.
 std::optional<ResponsibleHost> HostFinder::hostAt(Pid pid,
                                                   const std::optional<std::string>& ownBundle) {

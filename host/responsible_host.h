@@ -18,13 +18,13 @@ inline constexpr std::string_view OWN_BUNDLE_ID = "com.tarqo.app";
 
 struct ResponsibleHost {
   std::string name;                     ///< Never empty.
-  std::optional<std::string> bundleId;  ///< None when the bundle has none.
+  std::optional<std::string> bundleId;  ///< Null when the bundle has none.
   std::optional<Pid> pid;               ///< Where the search stopped.
 
   [[nodiscard]] Json json() const;
 };
 
-/// The outermost folder of `path` whose name ends in ".app"; none when there is none.
+/// The outermost folder of `path` whose name ends in ".app"; null when there is no such folder.
 [[nodiscard]] std::optional<std::string> outermostBundle(const std::string& path);
 
 /// `name` without a ".app" at its end.
@@ -40,7 +40,7 @@ class HostFinder {
   /// there is none: then its name is `HOST_FALLBACK` and it has nothing else.
   [[nodiscard]] ResponsibleHost host();
 
-  /// Searches from `start`, or from the helper's parent; none when the walk finds no application.
+  /// Searches from `start`, or from the helper's parent; null when the walk finds no application.
   [[nodiscard]] std::optional<ResponsibleHost> responsibleHost(std::optional<Pid> start);
 
  private:

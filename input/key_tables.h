@@ -41,7 +41,7 @@ inline constexpr std::array<ModifierRow, 4> MODIFIER_FLAGS{{
     {"Control", kModifierControl},
 }};
 
-/// None for a name that is not in the table.
+/// Null for a name that is not in the table.
 [[nodiscard]] std::optional<std::uint16_t> keyCode(std::string_view name);
 [[nodiscard]] std::optional<Modifiers> modifierMask(std::string_view name);
 

@@ -46,10 +46,10 @@ bool samePlace(const Rect& a, const Rect& b) {
          close(a.extentX(), b.extentX()) && close(a.extentY(), b.extentY());
 }
 
+// Of frames that have a size, as those of elements do.
 double overlap(const Rect& a, const Rect& b) {
   const double shared = a.intersection(b).area();
-  const double united = a.area() + b.area() - shared;
-  return united > 0 ? shared / united : 0;
+  return shared / (a.area() + b.area() - shared);
 }
 
 }  // namespace

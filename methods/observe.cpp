@@ -1,7 +1,6 @@
 // The "observe" method: the agent's one look at the target, with tree, pixels and times of the same
 // window.
 
-#include <algorithm>
 #include <cmath>
 
 #include "ax/attribute_access.h"
@@ -23,16 +22,11 @@ struct ObserveArguments {
   SnapshotOptions snapshot;
 };
 
-std::int64_t clamped(const Json& args, const char* key, std::int64_t otherwise,
-                     std::pair<std::int64_t, std::int64_t> range) {
-  return std::clamp(integerMember(args, key).value_or(otherwise), range.first, range.second);
-}
-
 ObserveArguments observeArguments(const Json& args) {
   SnapshotOptions options;
-  options.maxNodes = static_cast<std::size_t>(clamped(args, "maxNodes", 1500, {1, 10000}));
-  options.maxDepth = static_cast<int>(clamped(args, "maxDepth", 40, {0, 100}));
-  options.timeout = std::chrono::milliseconds(clamped(args, "timeoutMs", 4000, {100, 30000}));
+  options.maxNodes = static_cast<std::size_t>(clampedMember(args, "maxNodes", 1500, {1, 10000}));
+  options.maxDepth = static_cast<int>(clampedMember(args, "maxDepth", 40, {0, 100}));
+  options.timeout = std::chrono::milliseconds(clampedMember(args, "timeoutMs", 4000, {100, 30000}));
   options.menuBar = booleanMember(args, "menubar").value_or(true);
   options.recognizeText = booleanMember(args, "ocr").value_or(true);
   options.alwaysRecognizeText = booleanMember(args, "forceOcr").value_or(false);

@@ -21,15 +21,10 @@ struct SettleArguments {
   std::optional<double> sinceMs;
 };
 
-Duration clamped(const Json& args, const char* key, std::int64_t otherwise,
-                 std::pair<std::int64_t, std::int64_t> range) {
-  const std::int64_t count = integerMember(args, key).value_or(otherwise);
-  return std::chrono::milliseconds(std::clamp(count, range.first, range.second));
-}
-
 SettleArguments settleArguments(const Json& args) {
-  return {.quiet = clamped(args, "quietMs", 180, {20, 3000}),
-          .timeout = clamped(args, "timeoutMs", 1500, {50, 10000}),
+  using std::chrono::milliseconds;
+  return {.quiet = milliseconds(clampedMember(args, "quietMs", 180, {20, 3000})),
+          .timeout = milliseconds(clampedMember(args, "timeoutMs", 1500, {50, 10000})),
           .sinceMs = numberMember(args, "sinceMs")};
 }
 

@@ -11,7 +11,7 @@
 namespace tarqo {
 namespace {
 
-// A tree without any text tells the client nothing; the window's own node does not count.
+// A tree without any text is of no use to the client; the window's own node does not count.
 bool isThin(const std::vector<NodeRecord>& nodes) {
   return nodes.size() < 2 ||
          std::none_of(nodes.begin() + 1, nodes.end(), [](const NodeRecord& node) {

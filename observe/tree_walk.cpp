@@ -62,8 +62,7 @@ void TreeWalk::walk(const Element& element, const std::optional<std::string>& pa
   // it is what the focused element and recognised text hang on.
   const bool isWindow = depth == 0;
   if (!isWindow && exhausted()) {
-    list_.truncated = true;
-    return;
+    return;  // Whoever lists the children notes it.
   }
   Accessibility& ax = platform_.accessibility;
   const Description description = describe(ax, element);

@@ -34,8 +34,8 @@ class TreeWalk {
       : platform_(platform), budget_(budget), list_(list), frames_(frames) {}
 
   /// Lists `window` of `app` and all under it, and the element with the keyboard focus when the
-  /// walk has missed it and text goes into it. When the target stops answering, what it told until
-  /// then is listed, as truncated.
+  /// walk has missed it and text goes into it. When the target stops answering, what it reported
+  /// until then is listed, as truncated.
   void walkWindow(const Element& app, const Element& window);
 
  private:

@@ -110,8 +110,8 @@ class TreeRead {
   virtual ~TreeRead() = default;
 
   /// True once reading ahead has ended before all was read: the target failed to answer in time, or
-  /// the deadline is near. What was read by then is still told, and nothing else is asked: what
-  /// looks empty from then on need not be.
+  /// the deadline is near. What was read by then is still reported, and nothing else is requested:
+  /// what looks empty from then on need not be.
   [[nodiscard]] virtual bool incomplete() const = 0;
 
   /// Ends the reading ahead for good: what was not read is asked live again, as without a scope.
@@ -126,11 +126,11 @@ class Accessibility {
   /// wait for at most `messagingTimeout` each. Does not check that the process exists.
   [[nodiscard]] virtual Element application(Pid pid, Duration messagingTimeout) = 0;
 
-  /// One attribute; none when it is unsupported, has no value, or could not be read.
+  /// One attribute; null when it is unsupported, has no value, or could not be read.
   [[nodiscard]] virtual std::optional<Value> attribute(const Element& element,
                                                        std::string_view name) = 0;
 
-  /// Many attributes in one round trip: one slot for each name, in order, none where that attribute
+  /// Many attributes in one round trip: one slot for each name, in order, null where that attribute
   /// failed. An empty list when the call as a whole failed.
   [[nodiscard]] virtual std::vector<std::optional<Value>> attributes(
       const Element& element, std::span<const std::string_view> names) = 0;

@@ -37,11 +37,11 @@ class Bundles {
   /// Those directly inside it, and those below where the system counts these too.
   [[nodiscard]] virtual std::vector<std::string> bundlesIn(const std::string& folder) = 0;
 
-  /// The bundle at a path; none when there is none or it cannot be opened. An entry of the system
-  /// that may not be launched by a user counts as none.
+  /// The bundle at a path; null when there is no bundle or it cannot be opened. An entry of the
+  /// system that may not be launched by a user counts as no bundle.
   [[nodiscard]] virtual std::optional<Bundle> bundleAt(const std::string& path) = 0;
 
-  /// A text of the bundle's Info dictionary ("CFBundleShortVersionString"); none when absent or not
+  /// A text of the bundle's Info dictionary ("CFBundleShortVersionString"); null when absent or not
   /// a text.
   [[nodiscard]] virtual std::optional<std::string> infoText(const std::string& path,
                                                             std::string_view key) = 0;
@@ -49,7 +49,7 @@ class Bundles {
   /// The name under which the user knows the file or bundle at a path.
   [[nodiscard]] virtual std::string displayName(const std::string& path) = 0;
 
-  /// The bundle that a process belongs to by the system's records; none where the system keeps no
+  /// The bundle that a process belongs to by the system's records; null where the system keeps no
   /// such records and the process's executable path has to tell.
   [[nodiscard]] virtual std::optional<std::string> recordedBundleOf(Pid pid) = 0;
 

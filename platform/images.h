@@ -33,7 +33,7 @@ class Images {
   /// The image as the bytes of a PNG file.
   [[nodiscard]] virtual std::variant<std::string, PngError> encodePng(const Image& image) = 0;
 
-  /// The image in the bytes of a PNG file; none when they are no such file.
+  /// The image in the bytes of a PNG file; null when they are no such file.
   [[nodiscard]] virtual std::optional<Image> decodePng(const std::string& bytes) = 0;
 };
 

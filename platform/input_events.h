@@ -1,7 +1,7 @@
 // Synthesised pointer and keyboard events, posted where a device's own would enter the system.
 //
-// An event is created first and posted after, because a failed creation is told apart. Worker
-// thread only; posting returns before anybody has received the event.
+// An event is created first and posted after, because a failed creation is a failure of its own.
+// Worker thread only; posting returns before anybody has received the event.
 //
 // Events carry the modifiers that they name and no others: a mouse, scroll or text event carries
 // none, a key event exactly its own. What the user holds on the keyboard at that moment does not

@@ -24,7 +24,7 @@ class Permissions {
   [[nodiscard]] virtual bool requestCaptureAccess() = 0;
 
   /// What is in the way of accessibility, as a sentence that says what to do next, where that is
-  /// not a grant the user gives to the host application; none where it is.
+  /// not a grant the user gives to the host application; null where it is.
   [[nodiscard]] virtual std::optional<std::string> accessibilityObstacle() = 0;
 
   /// The same for reading pixels.

@@ -39,9 +39,9 @@ struct Platform {
 };
 
 /// A backend: its services and the loop that its deliveries need.
-class PlatformHost {
+class Backend {
  public:
-  virtual ~PlatformHost() = default;
+  virtual ~Backend() = default;
 
   [[nodiscard]] virtual Platform platform() = 0;
   [[nodiscard]] virtual MainLoop& mainLoop() = 0;
@@ -49,6 +49,6 @@ class PlatformHost {
 
 /// The backend of the system that this program was built for. `argv0` is the first command-line
 /// argument. Opens no connection yet: what is missing shows when it is used.
-[[nodiscard]] std::unique_ptr<PlatformHost> makePlatform(const char* argv0);
+[[nodiscard]] std::unique_ptr<Backend> makePlatform(const char* argv0);
 
 }  // namespace tarqo

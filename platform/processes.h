@@ -22,7 +22,7 @@ class Child {
 
   virtual void terminate() = 0;
 
-  /// The exit status; none while it runs or when a signal ended it.
+  /// The exit status; null while it runs or when a signal ended it.
   [[nodiscard]] virtual std::optional<int> exitStatus() = 0;
 };
 
@@ -40,7 +40,7 @@ class Processes {
 
   [[nodiscard]] virtual std::optional<Pid> parentPid(Pid pid) = 0;
 
-  /// The program a process runs; none when the process is gone or not ours to look at.
+  /// The program a process runs; null when the process is gone or not ours to look at.
   [[nodiscard]] virtual std::optional<std::string> executablePath(Pid pid) = 0;
 
   /// Starts a program with its standard streams on the null device; null when it cannot start.
@@ -50,7 +50,7 @@ class Processes {
   /// The user's folder for temporary files, without a trailing slash.
   [[nodiscard]] virtual std::string temporaryFolder() = 0;
 
-  /// The bytes of a file; none when it cannot be read.
+  /// The bytes of a file; null when it cannot be read.
   [[nodiscard]] virtual std::optional<std::string> readFile(const std::string& path) = 0;
 
   /// Removes a file; a missing one is fine.

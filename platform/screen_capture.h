@@ -28,7 +28,7 @@ struct ShareableWindow {
 
 enum class WindowImageResolution { nominal, best };
 
-/// None when the system reported an error.
+/// Null when the system reported an error.
 using ShareableWindowsCompletion = std::function<void(std::optional<std::vector<ShareableWindow>>)>;
 using ImageCompletion = std::function<void(std::optional<Image>)>;
 
@@ -41,7 +41,7 @@ class ScreenCapture {
   /// Whether `shareableWindows` exists on this system version.
   [[nodiscard]] virtual bool listsShareableWindows() = 0;
 
-  /// The image of one window without its shadow; none when the system gives none. May block for as
+  /// The image of one window without its shadow; null when the system gives none. May block for as
   /// long as the system does.
   [[nodiscard]] virtual std::optional<Image> windowImage(WindowNumber window,
                                                          WindowImageResolution resolution) = 0;

@@ -15,7 +15,7 @@ namespace tarqo {
 
 using WindowNumber = std::uint32_t;
 
-/// One window on the screen. What the server does not tell is none.
+/// One window on the screen. What the server does not report is null.
 struct WindowInfo {
   std::optional<WindowNumber> number;
   std::optional<Pid> ownerPid;
@@ -34,7 +34,7 @@ struct Screen {
   double scale = 1;  ///< Pixels per point.
 };
 
-/// The login session; none where the system does not tell.
+/// The login session; its facts are null where the system does not report them.
 struct LoginSession {
   std::optional<bool> locked;
   std::optional<bool> onConsole;

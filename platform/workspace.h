@@ -30,8 +30,8 @@ enum class ActivationPolicy {
 
 struct RunningApplication {
   ApplicationId id;
-  std::optional<std::string> bundleId;       ///< None when the process belongs to no bundle.
-  std::optional<std::string> bundlePath;     ///< Absolute; none as above.
+  std::optional<std::string> bundleId;       ///< Null when the process belongs to no bundle.
+  std::optional<std::string> bundlePath;     ///< Absolute; null as above.
   std::optional<std::string> localizedName;  ///< The name the user sees.
   ActivationPolicy policy = ActivationPolicy::regular;
 };
@@ -47,7 +47,7 @@ class Workspace {
   [[nodiscard]] virtual std::vector<RunningApplication> runningApplications(
       std::string_view bundleId) = 0;
 
-  /// The running application with that process id; none when the process is no application.
+  /// The running application with that process id; null when the process is no application.
   [[nodiscard]] virtual std::optional<RunningApplication> runningApplication(Pid pid) = 0;
 
   [[nodiscard]] virtual bool isTerminated(const ApplicationId& application) = 0;

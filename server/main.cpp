@@ -6,14 +6,12 @@
 #include <string_view>
 
 #include "platform/platform.h"
-#include "platform/process_entry.h"
-#include "server/request_loop.h"
 #include "server/server.h"
+#include "server/worker.h"
 
 namespace {
 
-// Requests are served on it, and walking a deep accessibility tree recurses.
-constexpr std::size_t kWorkerStackBytes = 0x1000000;
+constexpr const char* kProgram = "tarqo-ax";
 
 constexpr const char* kUsage =
     "usage: tarqo-ax [--version]\n"
@@ -38,21 +36,15 @@ int main(int argc, char** argv) {
     std::fputs(kUsage, help ? stdout : stderr);
     return help ? 0 : 2;
   }
-  tarqo::limitKeptMemory();
-  const tarqo::ProtocolStreams streams = tarqo::claimStandardStreams();
-  if (streams.in == nullptr || streams.out == nullptr) {
-    std::fputs("tarqo-ax: standard input and standard output must be open\n", stderr);
+  const auto streams = tarqo::claimStreams(kProgram);
+  if (!streams) {
     return 1;
   }
-  const std::unique_ptr<tarqo::PlatformHost> host = tarqo::makePlatform(argv[0]);
-  tarqo::Server server(host->platform());
-  const bool started = tarqo::startThread(kWorkerStackBytes, [&] {
-    tarqo::serveRequests(server, streams.in, streams.out);
-    tarqo::endProcess(0);
-  });
-  if (!started) {
-    std::fputs("tarqo-ax: the system gave no thread to serve requests on\n", stderr);
+  const std::unique_ptr<tarqo::Backend> backend = tarqo::makePlatform(argv[0]);
+  tarqo::Server server(backend->platform());
+  if (!tarqo::serveOnWorker(kProgram, *streams,
+                            [&](std::string_view line) { return server.serve(line); })) {
     return 1;
   }
-  host->mainLoop().run();
+  backend->mainLoop().run();
 }

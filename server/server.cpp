@@ -85,10 +85,11 @@ Served Server::answer(std::string_view line, Json& id) {
     return {.response = std::nullopt, .close = true};
   }
   const auto args = request.find("args");
-  const Json none = Json::object();
+  const Json noArguments = Json::object();
   return {serializeJson(
       {{"id", id},
-       {"result", result(*method, args != request.end() && args->is_object() ? *args : none)}})};
+       {"result",
+        result(*method, args != request.end() && args->is_object() ? *args : noArguments)}})};
 }
 
 Served Server::serve(std::string_view line) noexcept {

@@ -13,7 +13,7 @@
 
 namespace tarqo {
 
-/// What became of a request. `response` has no line end; it is none when there is nothing to write.
+/// What became of a request. `response` has no line end; it is null when there is nothing to write.
 struct Served {
   std::optional<std::string> response;
   bool close = false;        ///< The client asked for the end of the process.

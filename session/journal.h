@@ -18,7 +18,7 @@ class Journal {
   /// What was heard after some instant.
   struct Heard {
     std::vector<std::string> names;  ///< Distinct, sorted.
-    std::optional<Instant> at;       ///< Of the last one; none when nothing was heard.
+    std::optional<Instant> at;       ///< Of the last one; null when nothing was heard.
   };
 
   /// Any thread. Beyond 500 entries the oldest are dropped, so that a flood cannot grow memory.

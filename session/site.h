@@ -7,7 +7,7 @@
 
 namespace tarqo {
 
-/// The origin of an address: scheme, "://", host, and ":" and the port where one is written. None
+/// The origin of an address: scheme, "://", host, and ":" and the port where one is written. Null
 /// when the text is no address or names no scheme or host. Nothing is lower-cased, no default port
 /// dropped. Costs nothing.
 [[nodiscard]] std::optional<std::string> siteOf(std::string_view address);

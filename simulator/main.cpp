@@ -5,19 +5,18 @@
 #include <span>
 #include <string_view>
 
-#include "platform/process_entry.h"
-#include "server/request_loop.h"
+#include "server/worker.h"
 #include "simulator/simulation.h"
 
 namespace {
 
-constexpr std::size_t kWorkerStackBytes = 0x1000000;
+constexpr const char* kProgram = "tarqo-ax-sim";
 
 std::unique_ptr<tarqo::sim::Simulation> simulationOf(const char* path) {
   try {
     return std::make_unique<tarqo::sim::Simulation>(tarqo::sim::SceneFile::read(path));
   } catch (const std::exception& error) {
-    std::fprintf(stderr, "tarqo-ax-sim: %s: %s\n", path, error.what());
+    std::fprintf(stderr, "%s: %s: %s\n", kProgram, path, error.what());
     return nullptr;
   }
 }
@@ -38,19 +37,10 @@ int main(int argc, char** argv) {
   if (simulation == nullptr) {
     return 1;
   }
-  tarqo::limitKeptMemory();
-  const tarqo::ProtocolStreams streams = tarqo::claimStandardStreams();
-  if (streams.in == nullptr || streams.out == nullptr) {
-    std::fputs("tarqo-ax-sim: standard input and standard output must be open\n", stderr);
-    return 1;
-  }
-  const bool started = tarqo::startThread(kWorkerStackBytes, [&] {
-    tarqo::serveRequests([&](std::string_view line) { return simulation->serve(line); }, streams.in,
-                         streams.out);
-    tarqo::endProcess(0);
-  });
-  if (!started) {
-    std::fputs("tarqo-ax-sim: the system gave no thread to serve requests on\n", stderr);
+  const auto streams = tarqo::claimStreams(kProgram);
+  if (!streams || !tarqo::serveOnWorker(kProgram, *streams, [&](std::string_view line) {
+        return simulation->serve(line);
+      })) {
     return 1;
   }
   simulation->desktop().mainLoop().run();

@@ -6,18 +6,18 @@
 namespace tarqo::sim {
 namespace {
 
-Fact<App> readFlag(const Field& value, bool AppFacts::*flag) {
-  return [value = value.boolean(), flag](Stage&, App& app) { app.facts.*flag = value; };
+Setter<App> readFlag(const Field& value, bool AppFacts::*flag) {
+  return [value = value.boolean(), flag](SceneState&, App& app) { app.facts.*flag = value; };
 }
 
-Fact<App> readComesToFront(const Field& value) {
+Setter<App> readComesToFront(const Field& value) {
   const std::optional<Duration> after =
       value.isNull() ? std::nullopt : std::optional(value.milliseconds());
-  return [after](Stage&, App& app) { app.facts.comesToFront = after; };
+  return [after](SceneState&, App& app) { app.facts.comesToFront = after; };
 }
 
-Fact<App> readKeys(const Field& object) {
-  std::map<std::uint16_t, Deeds> effects;
+Setter<App> readKeys(const Field& object) {
+  std::map<std::uint16_t, Effects> effects;
   for (const auto& [name, list] : object.members()) {
     const auto code = keyCode(name);
     if (!code) {
@@ -25,11 +25,11 @@ Fact<App> readKeys(const Field& object) {
     }
     effects[*code] = readEffects(list);
   }
-  return [effects](Stage& stage, App& app) {
-    app.onKey([effects, &stage](const KeyEvent& event) {
+  return [effects](SceneState& state, App& app) {
+    app.onKey([effects, &state](const KeyEvent& event) {
       const auto found = effects.find(event.keyCode);
       if (event.down && found != effects.end()) {
-        perform(found->second, stage);
+        perform(found->second, state);
       }
     });
   };
@@ -37,9 +37,10 @@ Fact<App> readKeys(const Field& object) {
 
 constexpr std::array kAppMembers{
     Member<App>{"name",
-                [](const Field& value) -> Fact<App> {
-                  return
-                      [name = value.text()](Stage&, App& app) { app.facts.localizedName = name; };
+                [](const Field& value) -> Setter<App> {
+                  return [name = value.text()](SceneState&, App& app) {
+                    app.facts.localizedName = name;
+                  };
                 }},
     Member<App>{"hidden", [](const Field& value) { return readFlag(value, &AppFacts::hidden); }},
     Member<App>{"hung", [](const Field& value) { return readFlag(value, &AppFacts::hung); }},
@@ -54,8 +55,8 @@ constexpr std::array kAppMembers{
         [](const Field& value) { return readFlag(value, &AppFacts::hangsAtKeysInActions); }},
     Member<App>{"comesToFrontMs", readComesToFront},
     Member<App>{"callMs",
-                [](const Field& value) -> Fact<App> {
-                  return [takes = value.milliseconds()](Stage&, App& app) {
+                [](const Field& value) -> Setter<App> {
+                  return [takes = value.milliseconds()](SceneState&, App& app) {
                     app.facts.eachCallTakes = takes;
                   };
                 }},
@@ -65,52 +66,53 @@ constexpr std::array kAppMembers{
 // How an application behaves when it is opened.
 constexpr std::array kBundleMembers{
     Member<InstalledBundle>{"name",
-                            [](const Field& value) -> Fact<InstalledBundle> {
-                              return [name = value.text()](Stage&, InstalledBundle& bundle) {
+                            [](const Field& value) -> Setter<InstalledBundle> {
+                              return [name = value.text()](SceneState&, InstalledBundle& bundle) {
                                 bundle.displayName = name;
                               };
                             }},
     Member<InstalledBundle>{"version",
-                            [](const Field& value) -> Fact<InstalledBundle> {
-                              return [version = value.text()](Stage&, InstalledBundle& bundle) {
-                                bundle.info["CFBundleShortVersionString"] = version;
-                              };
+                            [](const Field& value) -> Setter<InstalledBundle> {
+                              return
+                                  [version = value.text()](SceneState&, InstalledBundle& bundle) {
+                                    bundle.info["CFBundleShortVersionString"] = version;
+                                  };
                             }},
     Member<InstalledBundle>{"build",
-                            [](const Field& value) -> Fact<InstalledBundle> {
-                              return [build = value.text()](Stage&, InstalledBundle& bundle) {
+                            [](const Field& value) -> Setter<InstalledBundle> {
+                              return [build = value.text()](SceneState&, InstalledBundle& bundle) {
                                 bundle.info["CFBundleVersion"] = build;
                               };
                             }},
     // Null: the application never comes up.
     Member<InstalledBundle>{
         "launchMs",
-        [](const Field& value) -> Fact<InstalledBundle> {
+        [](const Field& value) -> Setter<InstalledBundle> {
           const Reply reply = value.isNull() ? Reply::never() : Reply::after(value.milliseconds());
-          return [reply](Stage&, InstalledBundle& bundle) { bundle.launch = reply; };
+          return [reply](SceneState&, InstalledBundle& bundle) { bundle.launch = reply; };
         }},
     Member<InstalledBundle>{"launchError",
-                            [](const Field& value) -> Fact<InstalledBundle> {
-                              return [error = value.text()](Stage&, InstalledBundle& bundle) {
+                            [](const Field& value) -> Setter<InstalledBundle> {
+                              return [error = value.text()](SceneState&, InstalledBundle& bundle) {
                                 bundle.launchError = error;
                               };
                             }},
     Member<InstalledBundle>{
         "reopen",
-        [](const Field& list) -> Fact<InstalledBundle> {
-          return [effects = readEffects(list)](Stage& stage, InstalledBundle& bundle) {
-            bundle.onReopen = [effects, &stage](App&) { perform(effects, stage); };
+        [](const Field& list) -> Setter<InstalledBundle> {
+          return [effects = readEffects(list)](SceneState& state, InstalledBundle& bundle) {
+            bundle.onReopen = [effects, &state](App&) { perform(effects, state); };
           };
         }},
 };
 
 // Opens a new window for every site but those excepted.
-Fact<InstalledBundle> readOpensSites(const Field& object) {
-  (void)readFacts(object, std::array<Member<App>, 0>{}, {"frame", "except"});
+Setter<InstalledBundle> readOpensSites(const Field& object) {
+  (void)readSetters(object, std::array<Member<App>, 0>{}, {"frame", "except"});
   const auto except = object.find("except");
   return [frame = object.require("frame").rect(),
           excepted = except ? except->texts() : std::vector<std::string>{}](
-             Stage&, InstalledBundle& bundle) {
+             SceneState&, InstalledBundle& bundle) {
     bundle.onOpenSite = [frame, excepted](App& app, const std::string& site) {
       const bool opens = std::none_of(excepted.begin(), excepted.end(),
                                       [&](const auto& each) { return site.starts_with(each); });
@@ -129,8 +131,8 @@ std::string bundlePath(const Field& object, const std::string& bundleId) {
          (name ? name->text() : bundleId.substr(bundleId.rfind('.') + 1)) + ".app";
 }
 
-Facts<App> readContent(const Field& object) {
-  Facts<App> content;
+Setters<App> readContent(const Field& object) {
+  Setters<App> content;
   if (const auto windows = object.find("windows")) {
     for (const Field& window : windows->items()) {
       content.push_back(readWindow(window));
@@ -142,58 +144,58 @@ Facts<App> readContent(const Field& object) {
   return content;
 }
 
-Facts<InstalledBundle> readBundle(const Field& object) {
-  Facts<InstalledBundle> facts;
+Setters<InstalledBundle> readBundle(const Field& object) {
+  Setters<InstalledBundle> setters;
   for (const Member<InstalledBundle>& member : kBundleMembers) {
     if (const auto value = object.find(member.name)) {
-      facts.push_back(member.read(*value));
+      setters.push_back(member.read(*value));
     }
   }
   if (const auto sites = object.find("opensSites")) {
-    facts.push_back(readOpensSites(*sites));
+    setters.push_back(readOpensSites(*sites));
   }
-  return facts;
+  return setters;
 }
 
 }  // namespace
 
-App* runningApp(Stage& stage, const std::string& bundleId) {
+App* runningApp(SceneState& state, const std::string& bundleId) {
   for (const RunningApplication& each :
-       stage.desktop.platform().workspace.runningApplications(bundleId)) {
+       state.desktop.platform().workspace.runningApplications(bundleId)) {
     (void)each;
-    return &stage.desktop.app(bundleId);
+    return &state.desktop.app(bundleId);
   }
   return nullptr;
 }
 
-Facts<App> readAppFacts(const Field& object, std::initializer_list<std::string_view> others) {
-  return readFacts(object, kAppMembers, others);
+Setters<App> readAppSetters(const Field& object, std::initializer_list<std::string_view> others) {
+  return readSetters(object, kAppMembers, others);
 }
 
-Deed readApplication(const Field& object) {
+Effect readApplication(const Field& object) {
   const auto running = object.find("running");
   const auto front = object.find("front");
   const std::string bundleId = object.require("bundleId").declare(Named::application);
-  Facts<App> facts =
-      readAppFacts(object, {"bundleId", "folder", "running", "front", "windows", "menus", "version",
-                            "build", "launchMs", "reopen", "launchError", "opensSites"});
-  for (Fact<App>& part : readContent(object)) {
-    facts.push_back(std::move(part));
+  Setters<App> setters = readAppSetters(
+      object, {"bundleId", "folder", "running", "front", "windows", "menus", "version", "build",
+               "launchMs", "reopen", "launchError", "opensSites"});
+  for (Setter<App>& part : readContent(object)) {
+    setters.push_back(std::move(part));
   }
-  return
-      [bundleId, path = bundlePath(object, bundleId), about = readBundle(object), facts,
-       running = !running || running->boolean(), front = front && front->boolean()](Stage& stage) {
-        InstalledBundle& bundle = stage.desktop.bundles().install(path, bundleId);
-        apply(about, stage, bundle);
-        bundle.onLaunch = [facts, &stage](App& app) { apply(facts, stage, app); };
-        if (running) {
-          App& app = stage.desktop.bundles().start(bundle);
-          apply(facts, stage, app);
-          if (front) {
-            app.bringToFront();
-          }
-        }
-      };
+  return [bundleId, path = bundlePath(object, bundleId), about = readBundle(object), setters,
+          running = !running || running->boolean(),
+          front = front && front->boolean()](SceneState& state) {
+    InstalledBundle& bundle = state.desktop.bundles().install(path, bundleId);
+    apply(about, state, bundle);
+    bundle.onLaunch = [setters, &state](App& app) { apply(setters, state, app); };
+    if (running) {
+      App& app = state.desktop.bundles().start(bundle);
+      apply(setters, state, app);
+      if (front) {
+        app.bringToFront();
+      }
+    }
+  };
 }
 
 }  // namespace tarqo::sim

@@ -5,19 +5,20 @@
 namespace tarqo::sim {
 namespace {
 
-Fact<Desktop> all(Facts<Desktop> facts) {
-  return
-      [facts = std::move(facts)](Stage& stage, Desktop& desktop) { apply(facts, stage, desktop); };
+Setter<Desktop> all(Setters<Desktop> setters) {
+  return [setters = std::move(setters)](SceneState& state, Desktop& desktop) {
+    apply(setters, state, desktop);
+  };
 }
 
-Fact<Desktop> readScreens(const Field& list) {
+Setter<Desktop> readScreens(const Field& list) {
   std::vector<std::pair<Rect, double>> screens;
   for (const Field& item : list.items()) {
-    (void)readFacts(item, std::array<Member<Desktop>, 0>{}, {"frame", "scale"});
+    (void)readSetters(item, std::array<Member<Desktop>, 0>{}, {"frame", "scale"});
     const auto scale = item.find("scale");
     screens.emplace_back(item.require("frame").rect(), scale ? scale->number(1, 8) : 1);
   }
-  return [screens](Stage&, Desktop& desktop) {
+  return [screens](SceneState&, Desktop& desktop) {
     desktop.windowServer().displays.clear();
     for (const auto& [frame, scale] : screens) {
       desktop.windowServer().addDisplay(frame, scale);
@@ -27,21 +28,21 @@ Fact<Desktop> readScreens(const Field& list) {
 
 constexpr std::array kSessionMembers{
     Member<Desktop>{"locked",
-                    [](const Field& value) -> Fact<Desktop> {
-                      return [locked = value.boolean()](Stage&, Desktop& desktop) {
+                    [](const Field& value) -> Setter<Desktop> {
+                      return [locked = value.boolean()](SceneState&, Desktop& desktop) {
                         desktop.windowServer().session.locked = locked;
                       };
                     }},
     Member<Desktop>{"onConsole",
-                    [](const Field& value) -> Fact<Desktop> {
-                      return [onConsole = value.boolean()](Stage&, Desktop& desktop) {
+                    [](const Field& value) -> Setter<Desktop> {
+                      return [onConsole = value.boolean()](SceneState&, Desktop& desktop) {
                         desktop.windowServer().session.onConsole = onConsole;
                       };
                     }},
 };
 
-Fact<Desktop> readPermission(const Field& value, bool PermissionsService::*grant) {
-  return [granted = value.boolean(), grant](Stage&, Desktop& desktop) {
+Setter<Desktop> readPermission(const Field& value, bool PermissionsService::*grant) {
+  return [granted = value.boolean(), grant](SceneState&, Desktop& desktop) {
     desktop.permissions().*grant = granted;
   };
 }
@@ -81,18 +82,18 @@ Reply readReply(const Field& value) {
   value.fail("must be \"works\", \"fails\", \"never\" or a number of milliseconds");
 }
 
-Fact<Desktop> readWindowImagesOf(const Field& object) {
+Setter<Desktop> readWindowImagesOf(const Field& object) {
   std::map<std::string, Reply> replies;
   for (const auto& [id, value] : object.members()) {
     replies.emplace(id, readReply(value));
     value.refer(id, {Named::window, Named::otherWindow});
   }
-  return [replies](Stage& stage, Desktop& desktop) {
+  return [replies](SceneState& state, Desktop& desktop) {
     for (const auto& [id, reply] : replies) {
-      const auto own = stage.windows.find(id);
-      const auto other = stage.otherWindows.find(id);
-      const ServerWindow* window = own != stage.windows.end()          ? &own->second->server()
-                                   : other != stage.otherWindows.end() ? other->second
+      const auto own = state.windows.find(id);
+      const auto other = state.otherWindows.find(id);
+      const ServerWindow* window = own != state.windows.end()          ? &own->second->server()
+                                   : other != state.otherWindows.end() ? other->second
                                                                        : nullptr;
       if (window != nullptr && window->info.number) {
         desktop.capture().windowImagesOf.insert_or_assign(*window->info.number, reply);
@@ -103,25 +104,25 @@ Fact<Desktop> readWindowImagesOf(const Field& object) {
 
 constexpr std::array kCaptureMembers{
     Member<Desktop>{"windowImages",
-                    [](const Field& value) -> Fact<Desktop> {
-                      return [reply = readReply(value)](Stage&, Desktop& desktop) {
+                    [](const Field& value) -> Setter<Desktop> {
+                      return [reply = readReply(value)](SceneState&, Desktop& desktop) {
                         desktop.capture().windowImages = reply;
                       };
                     }},
     Member<Desktop>{"windowImagesOf", readWindowImagesOf},
     Member<Desktop>{"displayRegions",
-                    [](const Field& value) -> Fact<Desktop> {
-                      return [reply = readReply(value)](Stage&, Desktop& desktop) {
+                    [](const Field& value) -> Setter<Desktop> {
+                      return [reply = readReply(value)](SceneState&, Desktop& desktop) {
                         desktop.capture().displayRegions = reply;
                       };
                     }},
     Member<Desktop>{"encoding",
-                    [](const Field& value) -> Fact<Desktop> {
+                    [](const Field& value) -> Setter<Desktop> {
                       const std::string word = value.text();
                       if (word != "works" && word != "fails" && word != "missing") {
                         value.fail("must be \"works\", \"fails\" or \"missing\"");
                       }
-                      return [word](Stage&, Desktop& desktop) {
+                      return [word](SceneState&, Desktop& desktop) {
                         auto& fault = desktop.images().encodingFails;
                         fault.reset();
                         if (word != "works") {
@@ -132,7 +133,7 @@ constexpr std::array kCaptureMembers{
 };
 
 RecognizedLine readLine(const Field& item) {
-  (void)readFacts(item, std::array<Member<Desktop>, 0>{}, {"text", "box", "confidence"});
+  (void)readSetters(item, std::array<Member<Desktop>, 0>{}, {"text", "box", "confidence"});
   const auto confidence = item.find("confidence");
   return {item.require("text").text(), item.require("box").rect(),
           confidence ? static_cast<float>(confidence->number(0, 1)) : 1.0F};
@@ -140,30 +141,31 @@ RecognizedLine readLine(const Field& item) {
 
 constexpr std::array kRecognitionMembers{
     Member<Desktop>{"lines",
-                    [](const Field& list) -> Fact<Desktop> {
+                    [](const Field& list) -> Setter<Desktop> {
                       std::vector<RecognizedLine> lines;
                       for (const Field& item : list.items()) {
                         lines.push_back(readLine(item));
                       }
-                      return
-                          [lines](Stage&, Desktop& desktop) { desktop.recognizer().lines = lines; };
+                      return [lines](SceneState&, Desktop& desktop) {
+                        desktop.recognizer().lines = lines;
+                      };
                     }},
     Member<Desktop>{"error",
-                    [](const Field& value) -> Fact<Desktop> {
-                      return [error = value.text()](Stage&, Desktop& desktop) {
+                    [](const Field& value) -> Setter<Desktop> {
+                      return [error = value.text()](SceneState&, Desktop& desktop) {
                         desktop.recognizer().error = error;
                       };
                     }},
     Member<Desktop>{"takesMs",
-                    [](const Field& value) -> Fact<Desktop> {
-                      return [takes = value.milliseconds()](Stage&, Desktop& desktop) {
+                    [](const Field& value) -> Setter<Desktop> {
+                      return [takes = value.milliseconds()](SceneState&, Desktop& desktop) {
                         desktop.recognizer().takes = takes;
                       };
                     }},
 };
 
-Fact<Desktop> readRefusal(const Field& value, bool InputEventsService::*refuses) {
-  return [works = value.boolean(), refuses](Stage&, Desktop& desktop) {
+Setter<Desktop> readRefusal(const Field& value, bool InputEventsService::*refuses) {
+  return [works = value.boolean(), refuses](SceneState&, Desktop& desktop) {
     desktop.input().*refuses = !works;
   };
 }
@@ -185,20 +187,21 @@ constexpr std::array kInputMembers{
 
 constexpr std::array kDesktopMembers{
     Member<Desktop>{"screens", readScreens},
-    Member<Desktop>{"session", [](const Field& v) { return all(readFacts(v, kSessionMembers)); }},
+    Member<Desktop>{"session", [](const Field& v) { return all(readSetters(v, kSessionMembers)); }},
     Member<Desktop>{"permissions",
-                    [](const Field& v) { return all(readFacts(v, kPermissionMembers)); }},
-    Member<Desktop>{"capture", [](const Field& v) { return all(readFacts(v, kCaptureMembers)); }},
+                    [](const Field& v) { return all(readSetters(v, kPermissionMembers)); }},
+    Member<Desktop>{"capture", [](const Field& v) { return all(readSetters(v, kCaptureMembers)); }},
     Member<Desktop>{"recognizedText",
-                    [](const Field& v) { return all(readFacts(v, kRecognitionMembers)); }},
-    Member<Desktop>{"inputEvents", [](const Field& v) { return all(readFacts(v, kInputMembers)); }},
+                    [](const Field& v) { return all(readSetters(v, kRecognitionMembers)); }},
+    Member<Desktop>{"inputEvents",
+                    [](const Field& v) { return all(readSetters(v, kInputMembers)); }},
 };
 
 }  // namespace
 
-Facts<Desktop> readDesktopFacts(const Field& object,
-                                std::initializer_list<std::string_view> others) {
-  return readFacts(object, kDesktopMembers, others);
+Setters<Desktop> readDesktopSetters(const Field& object,
+                                    std::initializer_list<std::string_view> others) {
+  return readSetters(object, kDesktopMembers, others);
 }
 
 }  // namespace tarqo::sim

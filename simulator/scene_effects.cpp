@@ -15,71 +15,71 @@ Thing* present(const std::map<std::string, Thing*>& things, const std::string& i
 using NodeDeed = void (*)(Node&);
 using WindowDeed = void (*)(Window&);
 
-Deed onNode(const Field& value, NodeDeed deed) {
-  return [id = value.name({Named::node}), deed](Stage& stage) {
-    if (Node* node = present(stage.nodes, id)) {
-      deed(*node);
+Effect onNode(const Field& value, NodeDeed effect) {
+  return [id = value.name({Named::node}), effect](SceneState& state) {
+    if (Node* node = present(state.nodes, id)) {
+      effect(*node);
     }
   };
 }
 
-Deed onWindow(const Field& value, WindowDeed deed) {
-  return [id = value.name({Named::window}), deed](Stage& stage) {
-    if (Window* window = present(stage.windows, id)) {
-      deed(*window);
+Effect onWindow(const Field& value, WindowDeed effect) {
+  return [id = value.name({Named::window}), effect](SceneState& state) {
+    if (Window* window = present(state.windows, id)) {
+      effect(*window);
     }
   };
 }
 
 void requireOnly(const Field& object, std::initializer_list<std::string_view> members) {
-  (void)readFacts(object, std::array<Member<Node>, 0>{}, members);
+  (void)readSetters(object, std::array<Member<Node>, 0>{}, members);
 }
 
-Deed readSet(const Field& object) {
+Effect readSet(const Field& object) {
   return [id = object.require("node").name({Named::node, Named::window}),
-          facts = readNodeFacts(object, {"node"})](Stage& stage) {
-    if (Node* node = present(stage.nodes, id)) {
-      apply(facts, stage, *node);
+          setters = readNodeSetters(object, {"node"})](SceneState& state) {
+    if (Node* node = present(state.nodes, id)) {
+      apply(setters, state, *node);
     }
   };
 }
 
-Deed readAdd(const Field& object) {
+Effect readAdd(const Field& object) {
   requireOnly(object, {"to", "nodes"});
   return [id = object.require("to").name({Named::node, Named::window}),
-          nodes = readNodes(object.require("nodes"))](Stage& stage) {
-    if (Node* parent = present(stage.nodes, id)) {
-      nodes(stage, *parent);
+          nodes = readNodes(object.require("nodes"))](SceneState& state) {
+    if (Node* parent = present(state.nodes, id)) {
+      nodes(state, *parent);
     }
   };
 }
 
-Deed readMove(const Field& object) {
+Effect readMove(const Field& object) {
   requireOnly(object, {"window", "to"});
   return [id = object.require("window").name({Named::window}),
-          to = object.require("to").point()](Stage& stage) {
-    if (Window* window = present(stage.windows, id)) {
+          to = object.require("to").point()](SceneState& state) {
+    if (Window* window = present(state.windows, id)) {
       window->moveTo(to);
     }
   };
 }
 
-Deed readResize(const Field& object) {
+Effect readResize(const Field& object) {
   requireOnly(object, {"window", "to"});
   return [id = object.require("window").name({Named::window}),
-          to = object.require("to").size()](Stage& stage) {
-    if (Window* window = present(stage.windows, id)) {
+          to = object.require("to").size()](SceneState& state) {
+    if (Window* window = present(state.windows, id)) {
       window->resize(to);
     }
   };
 }
 
-Deed readOpen(const Field& object) {
+Effect readOpen(const Field& object) {
   requireOnly(object, {"in", "window"});
   return [bundleId = object.require("in").name({Named::application}),
-          window = readWindow(object.require("window"))](Stage& stage) {
-    if (App* app = runningApp(stage, bundleId)) {
-      window(stage, *app);
+          window = readWindow(object.require("window"))](SceneState& state) {
+    if (App* app = runningApp(state, bundleId)) {
+      window(state, *app);
       app->focusWindow(app->windows().back());
       app->announce("AXWindowCreated");
     }
@@ -87,45 +87,46 @@ Deed readOpen(const Field& object) {
 }
 
 // In front of everything, without its application coming to the front.
-Deed readRaise(const Field& value) {
-  return [id = value.name({Named::window, Named::otherWindow})](Stage& stage) {
-    if (Window* window = present(stage.windows, id)) {
+Effect readRaise(const Field& value) {
+  return [id = value.name({Named::window, Named::otherWindow})](SceneState& state) {
+    if (Window* window = present(state.windows, id)) {
       window->toFront();
-    } else if (const auto other = stage.otherWindows.find(id); other != stage.otherWindows.end()) {
-      stage.desktop.windowServer().toFront(*other->second);
+    } else if (const auto other = state.otherWindows.find(id); other != state.otherWindows.end()) {
+      state.desktop.windowServer().toFront(*other->second);
     }
   };
 }
 
-Deed onApplication(const Field& value, void (*deed)(App&)) {
-  return [bundleId = value.name({Named::application}), deed](Stage& stage) {
-    if (App* app = runningApp(stage, bundleId)) {
-      deed(*app);
+Effect onApplication(const Field& value, void (*effect)(App&)) {
+  return [bundleId = value.name({Named::application}), effect](SceneState& state) {
+    if (App* app = runningApp(state, bundleId)) {
+      effect(*app);
     }
   };
 }
 
-Deed readApplicationChange(const Field& object) {
+Effect readApplicationChange(const Field& object) {
   return [bundleId = object.require("bundleId").name({Named::application}),
-          facts = readAppFacts(object, {"bundleId"})](Stage& stage) {
-    if (App* app = runningApp(stage, bundleId)) {
-      apply(facts, stage, *app);
+          setters = readAppSetters(object, {"bundleId"})](SceneState& state) {
+    if (App* app = runningApp(state, bundleId)) {
+      apply(setters, state, *app);
     }
   };
 }
 
-Deed readDesktopChange(const Field& object) {
-  return
-      [facts = readDesktopFacts(object, {})](Stage& stage) { apply(facts, stage, stage.desktop); };
+Effect readDesktopChange(const Field& object) {
+  return [setters = readDesktopSetters(object, {})](SceneState& state) {
+    apply(setters, state, state.desktop);
+  };
 }
 
-Deed readPass(const Field& value) {
-  return [passes = value.milliseconds()](Stage& stage) { stage.desktop.run(passes); };
+Effect readPass(const Field& value) {
+  return [passes = value.milliseconds()](SceneState& state) { state.desktop.run(passes); };
 }
 
 struct Verb {
   std::string_view name;
-  Deed (*read)(const Field& value);
+  Effect (*read)(const Field& value);
 };
 
 constexpr std::array kVerbs{
@@ -153,9 +154,9 @@ constexpr std::array kVerbs{
     Verb{"passMs", readPass},
 };
 
-Deed readEffect(const Field& object) {
+Effect readEffect(const Field& object) {
   std::optional<Duration> delay;
-  Deed deed;
+  Effect effect;
   for (const auto& [key, value] : object.members()) {
     if (key == "afterMs") {
       delay = value.milliseconds();
@@ -167,25 +168,26 @@ Deed readEffect(const Field& object) {
     if (verb == kVerbs.end()) {
       value.fail("is not known");
     }
-    if (deed) {
+    if (effect) {
       object.fail("must be one effect");
     }
-    deed = verb->read(value);
+    effect = verb->read(value);
   }
-  if (!deed) {
+  if (!effect) {
     object.fail("must be one effect");
   }
   if (!delay) {
-    return deed;
+    return effect;
   }
-  return
-      [deed, delay](Stage& stage) { stage.desktop.after(*delay, [deed, &stage] { deed(stage); }); };
+  return [effect, delay](SceneState& state) {
+    state.desktop.after(*delay, [effect, &state] { effect(state); });
+  };
 }
 
 }  // namespace
 
-Deeds readEffects(const Field& list) {
-  Deeds effects;
+Effects readEffects(const Field& list) {
+  Effects effects;
   for (const Field& item : list.items()) {
     effects.push_back(readEffect(item));
   }

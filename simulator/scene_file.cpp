@@ -16,33 +16,33 @@ namespace {
 constexpr std::array<Member<Node>, 0> kNone{};
 
 // A window of a process that is no application of the scene, in front of all others.
-Deed readOtherWindow(const Field& object) {
-  (void)readFacts(object, kNone, {"id", "owner", "frame", "layer"});
+Effect readOtherWindow(const Field& object) {
+  (void)readSetters(object, kNone, {"id", "owner", "frame", "layer"});
   const auto id = object.find("id");
   const auto layer = object.find("layer");
-  return
-      [id = id ? id->declare(Named::otherWindow) : "", owner = object.require("owner").text(),
-       frame = object.require("frame").rect(), layer = layer ? layer->count() : 0](Stage& stage) {
-        const Pid pid = stage.desktop.processes().add("/usr/bin/" + owner, 1);
-        ServerWindow& window = stage.desktop.windowServer().bareWindow(pid, owner, frame);
-        window.info.layer = layer;
-        if (!id.empty()) {
-          stage.otherWindows[id] = &window;
-        }
-      };
+  return [id = id ? id->declare(Named::otherWindow) : "", owner = object.require("owner").text(),
+          frame = object.require("frame").rect(),
+          layer = layer ? layer->count() : 0](SceneState& state) {
+    const Pid pid = state.desktop.processes().add("/usr/bin/" + owner, 1);
+    ServerWindow& window = state.desktop.windowServer().bareWindow(pid, owner, frame);
+    window.info.layer = layer;
+    if (!id.empty()) {
+      state.otherWindows[id] = &window;
+    }
+  };
 }
 
 // Which application launched the helper, and through which other programs.
-Deed readHost(const Field& object) {
-  (void)readFacts(object, kNone, {"application", "through"});
+Effect readHost(const Field& object) {
+  (void)readSetters(object, kNone, {"application", "through"});
   const auto through = object.find("through");
   return [bundleId = object.require("application").name({Named::application}),
-          programs = through ? through->texts() : std::vector<std::string>{}](Stage& stage) {
-    App* host = runningApp(stage, bundleId);
+          programs = through ? through->texts() : std::vector<std::string>{}](SceneState& state) {
+    App* host = runningApp(state, bundleId);
     if (host == nullptr) {
       return;
     }
-    ProcessesService& processes = stage.desktop.processes();
+    ProcessesService& processes = state.desktop.processes();
     Pid parent = host->pid();
     for (const std::string& program : programs) {
       parent = processes.add(program, parent);
@@ -65,8 +65,8 @@ SceneFile::SceneFile(const std::string& json) {
   const Json value = parsed(json);
   SceneNames names;
   const Field scene(value, "", names);
-  const Facts<Desktop> desktop =
-      readDesktopFacts(scene, {"applications", "otherWindows", "host", "changes"});
+  const Setters<Desktop> desktop =
+      readDesktopSetters(scene, {"applications", "otherWindows", "host", "changes"});
   if (const auto applications = scene.find("applications")) {
     for (const Field& application : applications->items()) {
       build_.push_back(readApplication(application));
@@ -80,7 +80,7 @@ SceneFile::SceneFile(const std::string& json) {
   if (const auto host = scene.find("host")) {
     build_.push_back(readHost(*host));
   }
-  build_.emplace_back([desktop](Stage& stage) { apply(desktop, stage, stage.desktop); });
+  build_.emplace_back([desktop](SceneState& state) { apply(desktop, state, state.desktop); });
   if (const auto changes = scene.find("changes")) {
     for (const Field& change : changes->items()) {
       readChange(change);
@@ -108,26 +108,26 @@ SceneFile SceneFile::read(const std::string& path) {
 }
 
 void SceneFile::readChange(const Field& object) {
-  (void)readFacts(object, kNone, {"after", "do"});
+  (void)readSetters(object, kNone, {"after", "do"});
   const Field after = object.require("after");
-  (void)readFacts(after, kNone, {"requests", "ms"});
+  (void)readSetters(after, kNone, {"requests", "ms"});
   const auto requests = after.find("requests");
   const auto ms = after.find("ms");
   const std::optional<Duration> delay = ms ? std::optional(ms->milliseconds()) : std::nullopt;
   changes_.emplace(requests ? requests->count() : 0,
-                   [effects = readEffects(object.require("do")), delay](Stage& stage) {
+                   [effects = readEffects(object.require("do")), delay](SceneState& state) {
                      if (!delay) {
-                       perform(effects, stage);
+                       perform(effects, state);
                        return;
                      }
-                     stage.desktop.after(*delay, [effects, &stage] { perform(effects, stage); });
+                     state.desktop.after(*delay, [effects, &state] { perform(effects, state); });
                    });
 }
 
-void SceneFile::changeAfter(int requests, Stage& stage) const {
+void SceneFile::changeAfter(int requests, SceneState& state) const {
   const auto [begin, end] = changes_.equal_range(requests);
   for (auto change = begin; change != end; ++change) {
-    change->second(stage);
+    change->second(state);
   }
 }
 

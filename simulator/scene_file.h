@@ -5,7 +5,7 @@
 #include <string>
 
 #include "simulator/scene_field.h"
-#include "simulator/stage.h"
+#include "simulator/scene_state.h"
 
 namespace tarqo::sim {
 
@@ -18,17 +18,17 @@ class SceneFile {
   /// As above, and when the file cannot be read.
   [[nodiscard]] static SceneFile read(const std::string& path);
 
-  /// Builds the scene on a stage where nothing is yet.
-  void build(Stage& stage) const { perform(build_, stage); }
+  /// Builds the scene where nothing is yet.
+  void build(SceneState& state) const { perform(build_, state); }
 
   /// Does, or schedules, what the scene wants after that many requests.
-  void changeAfter(int requests, Stage& stage) const;
+  void changeAfter(int requests, SceneState& state) const;
 
  private:
   void readChange(const Field& object);
 
-  Deeds build_;
-  std::multimap<int, Deed> changes_;
+  Effects build_;
+  std::multimap<int, Effect> changes_;
 };
 
 }  // namespace tarqo::sim

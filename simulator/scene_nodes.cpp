@@ -18,94 +18,94 @@ Value readValue(const Field& value) {
   value.fail("must be a text, a number, true or false");
 }
 
-Fact<Node> attribute(std::string name, Value value) {
-  return [name = std::move(name), value = std::move(value)](Stage&, Node& node) {
+Setter<Node> attribute(std::string name, Value value) {
+  return [name = std::move(name), value = std::move(value)](SceneState&, Node& node) {
     node.with(name, value);
   };
 }
 
-Fact<Node> readFrame(const Field& value) {
+Setter<Node> readFrame(const Field& value) {
   if (value.isNull()) {
-    return [](Stage&, Node& node) { node.withoutFrame(); };
+    return [](SceneState&, Node& node) { node.withoutFrame(); };
   }
-  return [frame = value.rect()](Stage&, Node& node) { node.at(frame); };
+  return [frame = value.rect()](SceneState&, Node& node) { node.at(frame); };
 }
 
-Fact<Node> readAttributes(const Field& object) {
-  Facts<Node> facts;
+Setter<Node> readAttributes(const Field& object) {
+  Setters<Node> setters;
   for (const auto& [name, value] : object.members()) {
     if (value.isNull()) {
-      facts.emplace_back([name = name](Stage&, Node& node) { node.without(name); });
+      setters.emplace_back([name = name](SceneState&, Node& node) { node.without(name); });
     } else {
-      facts.push_back(attribute(name, readValue(value)));
+      setters.push_back(attribute(name, readValue(value)));
     }
   }
-  return [facts](Stage& stage, Node& node) { apply(facts, stage, node); };
+  return [setters](SceneState& state, Node& node) { apply(setters, state, node); };
 }
 
-Fact<Node> readSecure(const Field& value) {
+Setter<Node> readSecure(const Field& value) {
   if (!value.boolean()) {
-    return [](Stage&, Node& node) { node.without("AXSubrole"); };
+    return [](SceneState&, Node& node) { node.without("AXSubrole"); };
   }
   return attribute("AXSubrole", Value{"AXSecureTextField"});
 }
 
-Fact<Node> readEditable(const Field& value) {
-  return [editable = value.boolean()](Stage&, Node& node) {
+Setter<Node> readEditable(const Field& value) {
+  return [editable = value.boolean()](SceneState&, Node& node) {
     node.settable("AXValue", editable);
     node.settable("AXFocused", editable);
   };
 }
 
 // Each name in a list gets the same treatment.
-Fact<Node> forEachName(const Field& list, void (*treat)(Node&, const std::string&)) {
-  return [names = list.texts(), treat](Stage&, Node& node) {
+Setter<Node> forEachName(const Field& list, void (*treat)(Node&, const std::string&)) {
+  return [names = list.texts(), treat](SceneState&, Node& node) {
     for (const std::string& name : names) {
       treat(node, name);
     }
   };
 }
 
-Fact<Node> readPress(const Field& list) {
-  return [effects = readEffects(list)](Stage& stage, Node& node) {
-    node.onPress([effects, &stage] { perform(effects, stage); });
+Setter<Node> readPress(const Field& list) {
+  return [effects = readEffects(list)](SceneState& state, Node& node) {
+    node.onPress([effects, &state] { perform(effects, state); });
   };
 }
 
-Fact<Node> readClick(const Field& list) {
-  return [effects = readEffects(list)](Stage& stage, Node& node) {
-    node.onClick([effects, &stage](int) { perform(effects, stage); });
+Setter<Node> readClick(const Field& list) {
+  return [effects = readEffects(list)](SceneState& state, Node& node) {
+    node.onClick([effects, &state](int) { perform(effects, state); });
   };
 }
 
-Fact<Node> readRightClick(const Field& list) {
-  return [effects = readEffects(list)](Stage& stage, Node& node) {
-    node.onRightClick([effects, &stage] { perform(effects, stage); });
+Setter<Node> readRightClick(const Field& list) {
+  return [effects = readEffects(list)](SceneState& state, Node& node) {
+    node.onRightClick([effects, &state] { perform(effects, state); });
   };
 }
 
 constexpr std::array kActionMembers{
     Member<Action>{"refused",
-                   [](const Field& value) -> Fact<Action> {
-                     return [refused = value.boolean()](Stage&, Action& action) {
+                   [](const Field& value) -> Setter<Action> {
+                     return [refused = value.boolean()](SceneState&, Action& action) {
                        action.refused(refused);
                      };
                    }},
     Member<Action>{"takesMs",
-                   [](const Field& value) -> Fact<Action> {
-                     return [takes = value.milliseconds()](Stage&, Action& action) {
+                   [](const Field& value) -> Setter<Action> {
+                     return [takes = value.milliseconds()](SceneState&, Action& action) {
                        action.takes(takes);
                      };
                    }},
     Member<Action>{"do",
-                   [](const Field& value) -> Fact<Action> {
-                     return [effects = readEffects(value)](Stage& stage, Action& action) {
-                       action.effect([effects, &stage] { perform(effects, stage); });
+                   [](const Field& value) -> Setter<Action> {
+                     return [effects = readEffects(value)](SceneState& state, Action& action) {
+                       action.effect([effects, &state] { perform(effects, state); });
                      };
                    }},
     Member<Action>{"announce",
-                   [](const Field& value) -> Fact<Action> {
-                     return [names = value.texts()](Stage&, Action& action) {
+                   [](const Field& value) -> Setter<Action> {
+                     return [names = value.texts()](SceneState&, Action& action) {
                        for (const std::string& name : names) {
                          action.announces(name);
                        }
@@ -113,17 +113,19 @@ constexpr std::array kActionMembers{
                    }},
 };
 
-Fact<Node> readActions(const Field& object) {
-  Facts<Node> facts;
+Setter<Node> readActions(const Field& object) {
+  Setters<Node> setters;
   for (const auto& [name, value] : object.members()) {
     if (value.isNull()) {
-      facts.emplace_back([name = name](Stage&, Node& node) { node.withoutAction(name); });
+      setters.emplace_back([name = name](SceneState&, Node& node) { node.withoutAction(name); });
       continue;
     }
-    facts.emplace_back([name = name, about = readFacts(value, kActionMembers)](
-                           Stage& stage, Node& node) { apply(about, stage, node.action(name)); });
+    setters.emplace_back(
+        [name = name, about = readSetters(value, kActionMembers)](SceneState& state, Node& node) {
+          apply(about, state, node.action(name));
+        });
   }
-  return [facts](Stage& stage, Node& node) { apply(facts, stage, node); };
+  return [setters](SceneState& state, Node& node) { apply(setters, state, node); };
 }
 
 // In the order in which they are applied: "editable" after what states the role's usual ways, the
@@ -192,20 +194,20 @@ std::optional<std::string> declaredId(const Field& object, Named kind) {
   return id ? std::optional(id->declare(kind)) : std::nullopt;
 }
 
-Fact<Node> readNode(const Field& object) {
+Setter<Node> readNode(const Field& object) {
   const auto focused = object.find("focused");
   return [id = declaredId(object, Named::node), role = object.require("role").text(),
-          facts = readNodeFacts(object, {"id", "role", "focused", "nodes"}),
+          setters = readNodeSetters(object, {"id", "role", "focused", "nodes"}),
           focused = focused && focused->boolean(),
           nodes = object.find("nodes") ? readNodes(object.require("nodes")) : nullptr](
-             Stage& stage, Node& parent) {
+             SceneState& state, Node& parent) {
     Node& node = addNode(parent, role);
     if (id) {
-      stage.nodes[*id] = &node;
+      state.nodes[*id] = &node;
     }
-    apply(facts, stage, node);
+    apply(setters, state, node);
     if (nodes) {
-      nodes(stage, node);
+      nodes(state, node);
     }
     if (focused) {
       node.focus();
@@ -213,80 +215,81 @@ Fact<Node> readNode(const Field& object) {
   };
 }
 
-Fact<Node> readItems(const Field& list);
+Setter<Node> readItems(const Field& list);
 
-Fact<Node> readItem(const Field& object) {
-  return [id = declaredId(object, Named::node), facts = readNodeFacts(object, {"id", "items"}),
-          items = object.find("items") ? readItems(object.require("items")) : nullptr](Stage& stage,
-                                                                                       Node& menu) {
+Setter<Node> readItem(const Field& object) {
+  return [id = declaredId(object, Named::node), setters = readNodeSetters(object, {"id", "items"}),
+          items = object.find("items") ? readItems(object.require("items")) : nullptr](
+             SceneState& state, Node& menu) {
     Node& item = menu.menuItem("");
     if (id) {
-      stage.nodes[*id] = &item;
+      state.nodes[*id] = &item;
     }
-    apply(facts, stage, item);
+    apply(setters, state, item);
     if (items) {
-      items(stage, item.add("AXMenu"));
+      items(state, item.add("AXMenu"));
     }
   };
 }
 
-Fact<Node> readItems(const Field& list) {
-  Facts<Node> items;
+Setter<Node> readItems(const Field& list) {
+  Setters<Node> items;
   for (const Field& item : list.items()) {
     items.push_back(readItem(item));
   }
-  return [items](Stage& stage, Node& menu) { apply(items, stage, menu); };
+  return [items](SceneState& state, Node& menu) { apply(items, state, menu); };
 }
 
 }  // namespace
 
-Facts<Node> readNodeFacts(const Field& object, std::initializer_list<std::string_view> others) {
-  return readFacts(object, kNodeMembers, others);
+Setters<Node> readNodeSetters(const Field& object, std::initializer_list<std::string_view> others) {
+  return readSetters(object, kNodeMembers, others);
 }
 
-Fact<Node> readNodes(const Field& list) {
-  Facts<Node> nodes;
+Setter<Node> readNodes(const Field& list) {
+  Setters<Node> nodes;
   for (const Field& node : list.items()) {
     nodes.push_back(readNode(node));
   }
-  return [nodes](Stage& stage, Node& parent) { apply(nodes, stage, parent); };
+  return [nodes](SceneState& state, Node& parent) { apply(nodes, state, parent); };
 }
 
-Fact<App> readWindow(const Field& object) {
+Setter<App> readWindow(const Field& object) {
   const auto title = object.find("title");
   const auto document = object.find("document");
   const auto minimized = object.find("minimized");
   return [id = declaredId(object, Named::window), frame = object.require("frame").rect(),
           title = title ? title->text() : "", document = document ? document->text() : "",
           minimized = minimized && minimized->boolean(),
-          facts = readNodeFacts(object, {"id", "document", "minimized", "nodes"}),
-          nodes = object.find("nodes") ? readNodes(object.require("nodes")) : nullptr](Stage& stage,
-                                                                                       App& app) {
+          setters = readNodeSetters(object, {"id", "document", "minimized", "nodes"}),
+          nodes = object.find("nodes") ? readNodes(object.require("nodes")) : nullptr](
+             SceneState& state, App& app) {
     Window& window = app.window(frame, title);
     if (id) {
-      stage.nodes[*id] = &window;
-      stage.windows[*id] = &window;
+      state.nodes[*id] = &window;
+      state.windows[*id] = &window;
     }
-    apply(facts, stage, static_cast<Node&>(window));
+    apply(setters, state, static_cast<Node&>(window));
     if (!document.empty()) {
       window.shows(document);
     }
     window.minimize(minimized);
     if (nodes) {
-      nodes(stage, window);
+      nodes(state, window);
     }
   };
 }
 
-Fact<App> readMenus(const Field& list) {
-  Facts<App> menus;
+Setter<App> readMenus(const Field& list) {
+  Setters<App> menus;
   for (const Field& menu : list.items()) {
-    (void)readFacts(menu, std::array<Member<Node>, 0>{}, {"title", "items"});
+    (void)readSetters(menu, std::array<Member<Node>, 0>{}, {"title", "items"});
     const std::string title = menu.require("title").text();
-    const Fact<Node> items = readItems(menu.require("items"));
-    menus.emplace_back([title, items](Stage& stage, App& app) { items(stage, app.menu(title)); });
+    const Setter<Node> items = readItems(menu.require("items"));
+    menus.emplace_back(
+        [title, items](SceneState& state, App& app) { items(state, app.menu(title)); });
   }
-  return [menus](Stage& stage, App& app) { apply(menus, stage, app); };
+  return [menus](SceneState& state, App& app) { apply(menus, state, app); };
 }
 
 }  // namespace tarqo::sim

@@ -1,4 +1,4 @@
-// The parts of a scene file, each read into what it does to a stage. Every reader throws
+// The parts of a scene file, each read into what it does to the scene's state. Every reader throws
 // `SceneError`.
 #pragma once
 
@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "simulator/scene_field.h"
-#include "simulator/stage.h"
+#include "simulator/scene_state.h"
 
 namespace tarqo::sim {
 
@@ -15,14 +15,14 @@ namespace tarqo::sim {
 template <typename Target>
 struct Member {
   std::string_view name;
-  Fact<Target> (*read)(const Field& value);
+  Setter<Target> (*read)(const Field& value);
 };
 
 /// Reads every member of `object` that `table` knows, in the table's order. `others` are those that
 /// the caller reads; any further one is an error.
 template <typename Target, std::size_t count>
-Facts<Target> readFacts(const Field& object, const std::array<Member<Target>, count>& table,
-                        std::initializer_list<std::string_view> others = {}) {
+Setters<Target> readSetters(const Field& object, const std::array<Member<Target>, count>& table,
+                            std::initializer_list<std::string_view> others = {}) {
   for (const auto& [key, value] : object.members()) {
     const std::string_view name = key;
     const bool known =
@@ -33,38 +33,38 @@ Facts<Target> readFacts(const Field& object, const std::array<Member<Target>, co
       value.fail("is not known");
     }
   }
-  Facts<Target> facts;
+  Setters<Target> setters;
   for (const Member<Target>& member : table) {
     if (const auto value = object.find(member.name)) {
-      facts.push_back(member.read(*value));
+      setters.push_back(member.read(*value));
     }
   }
-  return facts;
+  return setters;
 }
 
 /// What may be stated of any node or window; `others` as above.
-[[nodiscard]] Facts<Node> readNodeFacts(const Field& object,
-                                        std::initializer_list<std::string_view> others);
+[[nodiscard]] Setters<Node> readNodeSetters(const Field& object,
+                                            std::initializer_list<std::string_view> others);
 /// A list of nodes, added to the target.
-[[nodiscard]] Fact<Node> readNodes(const Field& list);
+[[nodiscard]] Setter<Node> readNodes(const Field& list);
 /// A new window of the target.
-[[nodiscard]] Fact<App> readWindow(const Field& object);
+[[nodiscard]] Setter<App> readWindow(const Field& object);
 /// A list of menus, added to the target's menu bar.
-[[nodiscard]] Fact<App> readMenus(const Field& list);
+[[nodiscard]] Setter<App> readMenus(const Field& list);
 
 /// Installs an application, and starts it unless the scene says that it does not run.
-[[nodiscard]] Deed readApplication(const Field& object);
-[[nodiscard]] Facts<App> readAppFacts(const Field& object,
-                                      std::initializer_list<std::string_view> others);
+[[nodiscard]] Effect readApplication(const Field& object);
+[[nodiscard]] Setters<App> readAppSetters(const Field& object,
+                                          std::initializer_list<std::string_view> others);
 
 /// What may be stated of the desktop as a whole.
-[[nodiscard]] Facts<Desktop> readDesktopFacts(const Field& object,
-                                              std::initializer_list<std::string_view> others);
+[[nodiscard]] Setters<Desktop> readDesktopSetters(const Field& object,
+                                                  std::initializer_list<std::string_view> others);
 
 /// A list of effects: what an element does when it is used, or what changes by itself.
-[[nodiscard]] Deeds readEffects(const Field& list);
+[[nodiscard]] Effects readEffects(const Field& list);
 
 /// The application of that identifier that runs now; null when there is none.
-[[nodiscard]] App* runningApp(Stage& stage, const std::string& bundleId);
+[[nodiscard]] App* runningApp(SceneState& state, const std::string& bundleId);
 
 }  // namespace tarqo::sim

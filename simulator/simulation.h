@@ -15,12 +15,12 @@ class Simulation {
   /// Serves a request line as `Server::serve` does, then changes what the scene wants changed.
   [[nodiscard]] Served serve(std::string_view line);
 
-  [[nodiscard]] Desktop& desktop() { return stage_.desktop; }
+  [[nodiscard]] Desktop& desktop() { return state_.desktop; }
 
  private:
   const SceneFile scene_;
-  Stage stage_;
-  Platform platform_ = stage_.desktop.platform();
+  SceneState state_;
+  Platform platform_ = state_.desktop.platform();
   Server server_{platform_};
   int served_ = 0;
 };

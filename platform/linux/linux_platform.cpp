@@ -22,7 +22,7 @@ namespace tarqo {
 namespace lnx {
 namespace {
 
-class LinuxPlatform final : public PlatformHost {
+class LinuxPlatform final : public Backend {
  public:
   Platform platform() override {
     return {accessibility_, workspace_,   bundles_,    processes_, permissions_, windowServer_,
@@ -52,7 +52,7 @@ class LinuxPlatform final : public PlatformHost {
 }  // namespace
 }  // namespace lnx
 
-std::unique_ptr<PlatformHost> makePlatform(const char* /*argv0*/) {
+std::unique_ptr<Backend> makePlatform(const char* /*argv0*/) {
   return std::make_unique<lnx::LinuxPlatform>();
 }
 

@@ -22,7 +22,7 @@ namespace tarqo {
 namespace mac {
 namespace {
 
-class MacPlatform final : public PlatformHost {
+class MacPlatform final : public Backend {
  public:
   Platform platform() override {
     return {accessibility_, workspace_,   bundles_,    processes_, permissions_, windowServer_,
@@ -58,7 +58,7 @@ void prepareFrameworks() {
 }  // namespace
 }  // namespace mac
 
-std::unique_ptr<PlatformHost> makePlatform(const char* /*argv0*/) {
+std::unique_ptr<Backend> makePlatform(const char* /*argv0*/) {
   mac::guarded([] { mac::prepareFrameworks(); });
   return std::make_unique<mac::MacPlatform>();
 }

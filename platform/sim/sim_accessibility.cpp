@@ -160,8 +160,8 @@ Performed AccessibilityService::perform(const Element& element, std::string_view
   const NodeHandle* handle = handleOf(element);
   const Node* target = handle == nullptr ? nullptr : handle->node();
   const std::string name(action);
-  world_.journal.note(Topic::accessibility,
-                      "perform " + name + " " + (target == nullptr ? "nothing" : target->name()));
+  world_.eventLog.note(Topic::accessibility,
+                       "perform " + name + " " + (target == nullptr ? "nothing" : target->name()));
   Node* node = answering(element);
   if (node == nullptr) {
     const App* app = handle == nullptr ? nullptr : world_.appOf(handle->pid());
@@ -225,8 +225,8 @@ bool AccessibilityService::set(const Element& element, std::string_view name, co
   const std::string attribute(name);
   const std::string target =
       handle == nullptr || handle->node() == nullptr ? "nothing" : handle->node()->name();
-  world_.journal.note(Topic::accessibility,
-                      "set " + attribute + " " + target + " = " + shortText(value));
+  world_.eventLog.note(Topic::accessibility,
+                       "set " + attribute + " " + target + " = " + shortText(value));
   Node* node = answering(element);
   return node != nullptr && node->take(attribute, value);
 }

@@ -121,8 +121,8 @@ App* BundlesService::runningOf(const InstalledBundle& bundle) const {
 }
 
 void BundlesService::open(const std::string& path, bool activates, OpenCompletion completion) {
-  world_.journal.note(Topic::bundles,
-                      "open " + path + (activates ? " in front" : " in background"));
+  world_.eventLog.note(Topic::bundles,
+                       "open " + path + (activates ? " in front" : " in background"));
   const auto found = bundles_.find(path);
   if (found == bundles_.end()) {
     completion({std::nullopt, "The application cannot be found."});
@@ -160,7 +160,7 @@ void BundlesService::completeOpen(const InstalledBundle& bundle, bool activates,
 }
 
 void BundlesService::openSite(const std::string& bundleId, const std::string& site) {
-  world_.journal.note(Topic::bundles, "open site " + bundleId + " " + site);
+  world_.eventLog.note(Topic::bundles, "open site " + bundleId + " " + site);
   const InstalledBundle* bundle = find(bundleId);
   if (bundle == nullptr || !bundle->onOpenSite) {
     return;

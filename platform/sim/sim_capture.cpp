@@ -66,9 +66,9 @@ Image ScreenCaptureService::renderArea(const Rect& area, double scale) const {
 
 std::optional<Image> ScreenCaptureService::windowImage(WindowNumber window,
                                                        WindowImageResolution resolution) {
-  world_.journal.note(Topic::capture,
-                      "window image " + std::to_string(window) +
-                          (resolution == WindowImageResolution::best ? " best" : " nominal"));
+  world_.eventLog.note(Topic::capture,
+                       "window image " + std::to_string(window) +
+                           (resolution == WindowImageResolution::best ? " best" : " nominal"));
   const auto scripted = windowImagesOf.find(window);
   const Reply reply = scripted == windowImagesOf.end() ? windowImages : scripted->second;
   if (reply.isNever()) {
@@ -98,7 +98,7 @@ std::vector<ShareableWindow> ScreenCaptureService::listShareable() const {
 }
 
 void ScreenCaptureService::shareableWindows(ShareableWindowsCompletion completion) {
-  world_.journal.note(Topic::capture, "shareable windows");
+  world_.eventLog.note(Topic::capture, "shareable windows");
   if (shareable.isNever()) {
     return;
   }
@@ -109,7 +109,7 @@ void ScreenCaptureService::shareableWindows(ShareableWindowsCompletion completio
 
 void ScreenCaptureService::displayRegion(const Screen& screen, const Rect& region,
                                          ImageCompletion completion) {
-  world_.journal.note(Topic::capture, "display region " + areaText(region));
+  world_.eventLog.note(Topic::capture, "display region " + areaText(region));
   if (displayRegions.isNever()) {
     return;
   }
@@ -120,7 +120,7 @@ void ScreenCaptureService::displayRegion(const Screen& screen, const Rect& regio
                          return;
                        }
                        const std::string line = "tarqo-ax capture: the display gave no image";
-                       world_.journal.note(Topic::standardError, line);
+                       world_.eventLog.note(Topic::standardError, line);
                        std::cerr << line + "\n";
                        completion(std::nullopt);
                      });

@@ -51,7 +51,7 @@ class ParkedLoop final : public MainLoop {
   [[noreturn]] void run() override;
 };
 
-class Desktop final : public PlatformHost {
+class Desktop final : public Backend {
  public:
   Desktop() = default;
   Desktop(const Desktop&) = delete;
@@ -80,10 +80,10 @@ class Desktop final : public PlatformHost {
   /// Lets time pass.
   void run(Duration duration) { clock().advance(duration); }
 
-  /// The input events posted so far, without and with their milliseconds; see `Journal`.
-  [[nodiscard]] Lines posted() const { return world_.journal.lines(Topic::input); }
-  [[nodiscard]] Lines postedAt() const { return world_.journal.timedLines(Topic::input); }
-  [[nodiscard]] Journal& journal() { return world_.journal; }
+  /// The input events posted so far, without and with their milliseconds; see `EventLog`.
+  [[nodiscard]] Lines posted() const { return world_.eventLog.lines(Topic::input); }
+  [[nodiscard]] Lines postedAt() const { return world_.eventLog.timedLines(Topic::input); }
+  [[nodiscard]] EventLog& eventLog() { return world_.eventLog; }
 
   [[nodiscard]] VirtualClock& clock() { return world_.clock; }
   [[nodiscard]] WindowServerService& windowServer() { return world_.windows; }
@@ -104,7 +104,7 @@ class Desktop final : public PlatformHost {
   WorkspaceService workspace_{world_};
   BundlesService bundles_{world_};
   ProcessesService processes_{world_};
-  PermissionsService permissions_{world_.journal};
+  PermissionsService permissions_{world_.eventLog};
   ScreenCaptureService capture_{world_};
   InputEventsService input_{world_, accessibility_};
   TextRecognizerService recognizer_{world_.clock};

@@ -244,7 +244,7 @@ std::optional<Pid> InputEventsService::receiverOf(const InputEvent& event) const
 }
 
 void InputEventsService::deliver(const InputEvent& event) {
-  world_.journal.note(Topic::input, eventText(event));
+  world_.eventLog.note(Topic::input, eventText(event));
   std::visit(Overloaded{
                  [this](const MouseEvent& mouse) { pointer.handle(mouse); },
                  [this](const KeyEvent& key) { keyboard_.handle(key); },

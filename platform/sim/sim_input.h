@@ -94,7 +94,7 @@ class InputEventsService final : public InputEvents {
   AccessibilityService& accessibility_;
 };
 
-/// How the journal writes an event: "move 412,300", "down(1) 412,300", "drag 10,20",
+/// How the event log writes an event: "move 412,300", "down(1) 412,300", "drag 10,20",
 /// "rightDown(1) 5,5", "key 36 down flags=0x0", "text 한 down", "scroll -120".
 [[nodiscard]] std::string eventText(const InputEvent& event);
 

@@ -100,7 +100,7 @@ class Node {
   [[nodiscard]] bool removed() const { return removed_; }
   [[nodiscard]] Element element() const;
   [[nodiscard]] const std::shared_ptr<Identity>& identity() const { return identity_; }
-  /// `AXButton "Save"`: how the journal names it.
+  /// `AXButton "Save"`: how the event log names it.
   [[nodiscard]] std::string name() const;
 
  protected:

@@ -3,12 +3,12 @@
 namespace tarqo::sim {
 
 void PermissionsService::promptForAccessibility() {
-  journal_.note(Topic::permissions, "prompt accessibility");
+  eventLog_.note(Topic::permissions, "prompt accessibility");
   trusted = trusted || promptGrantsTrust;
 }
 
 bool PermissionsService::requestCaptureAccess() {
-  journal_.note(Topic::permissions, "request capture");
+  eventLog_.note(Topic::permissions, "request capture");
   captureGranted = captureGranted || requestGrantsCapture;
   return captureGranted;
 }

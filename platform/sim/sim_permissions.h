@@ -2,15 +2,15 @@
 #pragma once
 
 #include "platform/permissions.h"
-#include "platform/sim/sim_journal.h"
+#include "platform/sim/sim_event_log.h"
 
 namespace tarqo::sim {
 
 class PermissionsService final : public Permissions {
  public:
-  explicit PermissionsService(Journal& journal) : journal_(journal) {}
+  explicit PermissionsService(EventLog& eventLog) : eventLog_(eventLog) {}
 
-  // The scene: everything is granted at the start. The prompts are lines of the journal.
+  // The scene: everything is granted at the start. The prompts are lines of the event log.
   bool trusted = true;
   bool promptGrantsTrust = false;
   bool captureGranted = true;
@@ -28,7 +28,7 @@ class PermissionsService final : public Permissions {
   }
 
  private:
-  Journal& journal_;
+  EventLog& eventLog_;
 };
 
 }  // namespace tarqo::sim

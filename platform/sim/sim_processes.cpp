@@ -26,7 +26,7 @@ class SimulatedChild final : public Child {
     if (!state_->running || state_->toldToEnd) {
       return;
     }
-    world_.journal.note(Topic::processes, "terminate " + program_);
+    world_.eventLog.note(Topic::processes, "terminate " + program_);
     state_->toldToEnd = true;
     if (terminates_.isNever()) {
       return;
@@ -82,7 +82,7 @@ std::unique_ptr<Child> ProcessesService::start(const std::string& program,
   for (const std::string& argument : arguments) {
     line += " " + argument;
   }
-  world_.journal.note(Topic::processes, std::move(line));
+  world_.eventLog.note(Topic::processes, std::move(line));
   const auto found = programs.find(program);
   if (found == programs.end() || !found->second.starts) {
     return nullptr;
@@ -113,7 +113,7 @@ std::optional<std::string> ProcessesService::readFile(const std::string& path) {
 
 void ProcessesService::removeFile(const std::string& path) {
   if (files.erase(path) > 0) {
-    world_.journal.note(Topic::processes, "remove " + path);
+    world_.eventLog.note(Topic::processes, "remove " + path);
   }
 }
 

@@ -45,7 +45,7 @@ void WorkspaceService::unhide(const ApplicationId& application) {
   if (app == nullptr || app->terminated()) {
     return;
   }
-  world_.journal.note(Topic::workspace, "unhide " + nameOf(*app));
+  world_.eventLog.note(Topic::workspace, "unhide " + nameOf(*app));
   if (app->facts.unhides) {
     app->facts.hidden = false;
   }
@@ -56,7 +56,7 @@ void WorkspaceService::activate(const ApplicationId& application) {
   if (app == nullptr || app->terminated()) {
     return;
   }
-  world_.journal.note(Topic::workspace, "activate " + nameOf(*app));
+  world_.eventLog.note(Topic::workspace, "activate " + nameOf(*app));
   app->requestFront();
 }
 

@@ -8,7 +8,7 @@
 
 #include "platform/sim/sim_application.h"
 #include "platform/sim/sim_clock.h"
-#include "platform/sim/sim_journal.h"
+#include "platform/sim/sim_event_log.h"
 #include "platform/sim/sim_windows.h"
 
 namespace tarqo::sim {
@@ -28,7 +28,7 @@ struct Process {
 
 struct World {
   VirtualClock clock;
-  Journal journal{clock};
+  EventLog eventLog{clock};
   WindowServerService windows;
   std::vector<std::unique_ptr<App>> apps;  ///< All there ever were, in the order of their start.
   App* frontmost = nullptr;

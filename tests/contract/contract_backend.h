@@ -49,7 +49,7 @@ class ContractBackend {
   virtual ~ContractBackend() = default;
 
   /// The backend, its main loop running where it needs one.
-  [[nodiscard]] virtual PlatformHost& host() = 0;
+  [[nodiscard]] virtual Backend& platformBackend() = 0;
 
   /// The bundle identifier of the target.
   [[nodiscard]] virtual std::string targetBundleId() const = 0;
@@ -59,7 +59,7 @@ class ContractBackend {
   [[nodiscard]] virtual std::unique_ptr<ContractTarget> startTarget(const std::string& title,
                                                                     const Rect& frame) = 0;
 
-  /// The user presses the left Shift key, or lets go of it; false when nobody can stand for him.
+  /// The user presses the left Shift key, or lets go of it; false when nobody can stand for them.
   virtual bool holdShift(bool /*isDown*/) { return false; }
 
   /// A program that exits with that status at once.

@@ -59,7 +59,7 @@ class Contract : public testing::Test {
   [[nodiscard]] std::optional<Rect> frame(const Element& element) const;
 
   std::unique_ptr<ContractBackend> backend = makeContractBackend();
-  Platform platform = backend->host().platform();
+  Platform platform = backend->platformBackend().platform();
   Accessibility& ax = platform.accessibility;
   Clock& clock = platform.clock;
 };

@@ -35,12 +35,12 @@ class LinuxBackend final : public ContractBackend {
   LinuxBackend& operator=(const LinuxBackend&) = delete;
   ~LinuxBackend() override {
     for (const RunningApplication& left :
-         host().platform().workspace.runningApplications(targetBundleId())) {
+         platformBackend().platform().workspace.runningApplications(targetBundleId())) {
       kill(left.id.pid, SIGKILL);
     }
   }
 
-  [[nodiscard]] PlatformHost& host() override { return sharedHost(); }
+  [[nodiscard]] Backend& platformBackend() override { return sharedBackend(); }
   [[nodiscard]] std::string targetBundleId() const override { return "com.tarqo.test.gtk3"; }
 
   [[nodiscard]] std::unique_ptr<ContractTarget> startTarget(const std::string& title,
@@ -71,13 +71,13 @@ class LinuxBackend final : public ContractBackend {
 
  private:
   /// One for all tests, as in the helper: its main loop never ends.
-  static PlatformHost& sharedHost() {
-    static const std::unique_ptr<PlatformHost> kHost = [] {
+  static Backend& sharedBackend() {
+    static const std::unique_ptr<Backend> kBackend = [] {
       auto host = makePlatform("contract_tests_linux");
       std::thread([&loop = host->mainLoop()] { loop.run(); }).detach();
       return host;
     }();
-    return *kHost;
+    return *kBackend;
   }
 
   std::string apps_;

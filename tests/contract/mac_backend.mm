@@ -18,9 +18,9 @@ namespace {
 constexpr std::size_t kTestStackBytes = 0x1000000;
 constexpr const char* kShell = "/bin/sh";
 
-PlatformHost& sharedHost() {
-  static const std::unique_ptr<PlatformHost> kHost = makePlatform("contract_tests_mac");
-  return *kHost;
+Backend& sharedBackend() {
+  static const std::unique_ptr<Backend> kBackend = makePlatform("contract_tests_mac");
+  return *kBackend;
 }
 
 class MacBackend final : public ContractBackend {
@@ -30,12 +30,12 @@ class MacBackend final : public ContractBackend {
   MacBackend& operator=(const MacBackend&) = delete;
   ~MacBackend() override {
     for (const RunningApplication& left :
-         host().platform().workspace.runningApplications(targetBundleId())) {
+         platformBackend().platform().workspace.runningApplications(targetBundleId())) {
       kill(left.id.pid, SIGKILL);
     }
   }
 
-  [[nodiscard]] PlatformHost& host() override { return sharedHost(); }
+  [[nodiscard]] Backend& platformBackend() override { return sharedBackend(); }
   [[nodiscard]] std::string targetBundleId() const override { return "com.tarqo.test.mac"; }
 
   [[nodiscard]] std::unique_ptr<ContractTarget> startTarget(const std::string& title,
@@ -59,7 +59,7 @@ class MacBackend final : public ContractBackend {
 
 /// What is missing before any test could pass; empty when nothing is.
 std::string missingGrant() {
-  Permissions& permissions = sharedHost().platform().permissions;
+  Permissions& permissions = sharedBackend().platform().permissions;
   if (!permissions.accessibilityTrusted()) {
     permissions.promptForAccessibility();
     return "Accessibility is not granted to the application that runs this (docs/macos.md).";
@@ -93,7 +93,7 @@ void runContract() {
     std::fputs("no thread to run the tests on\n", stderr);
     endProcess(1);
   }
-  sharedHost().mainLoop().run();
+  sharedBackend().mainLoop().run();
 }
 
 }  // namespace tarqo::contract

@@ -75,7 +75,7 @@ class SimBackend final : public ContractBackend {
     desktop_.accessibility().readsAhead = true;
   }
 
-  [[nodiscard]] PlatformHost& host() override { return desktop_; }
+  [[nodiscard]] Backend& platformBackend() override { return desktop_; }
   [[nodiscard]] std::string targetBundleId() const override { return kBundleId; }
 
   [[nodiscard]] std::unique_ptr<ContractTarget> startTarget(const std::string& title,

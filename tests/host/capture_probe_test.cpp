@@ -14,7 +14,7 @@ using sim::Topic;
 
 class CaptureProbe : public Scene {
  protected:
-  Lines asked() { return desktop.journal().lines(Topic::capture); }
+  Lines asked() { return desktop.eventLog().lines(Topic::capture); }
 
   sim::ServerWindow& bareWindow(const Rect& bounds, Pid owner = 77) {
     return desktop.windowServer().bareWindow(owner, "Other", bounds);

@@ -10,7 +10,7 @@ class Preflight : public Scene {
  protected:
   void SetUp() override { desktop.hostedBy("com.example.Terminal", "Terminal"); }
 
-  Lines prompts() { return desktop.journal().lines(Topic::permissions); }
+  Lines prompts() { return desktop.eventLog().lines(Topic::permissions); }
 
   Json host() { return result("host")["host"]; }
 };

@@ -172,13 +172,13 @@ TEST_F(Press, OfAMenuCommandThatDoesNotReturnIsPendingAndNotRefused) {
 TEST_F(Press, ThatIsNotOfferedIsNotTried) {
   save.withoutAction("AXPress");
   EXPECT_EQ(click(), byPointer);
-  EXPECT_EQ(desktop.journal().count("perform AXPress"), 0U);
+  EXPECT_EQ(desktop.eventLog().count("perform AXPress"), 0U);
 }
 
 TEST_F(Press, WhoseOfferCannotBeReadIsNotTried) {
   save.failingActionNames();
   EXPECT_EQ(click(), byPointer);
-  EXPECT_EQ(desktop.journal().count("perform AXPress"), 0U);
+  EXPECT_EQ(desktop.eventLog().count("perform AXPress"), 0U);
 }
 
 TEST_F(Press, OfATextFieldIsAClickThatGivesItTheFocus) {

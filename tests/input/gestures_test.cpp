@@ -20,7 +20,7 @@ class Scrolling : public ConnectedScene {
     Json request = deltas;
     request["nodeId"] = idOf("hello");
     request["kind"] = "scroll";
-    desktop.journal().clear();
+    desktop.eventLog().clear();
     return request;
   }
 
@@ -245,7 +245,7 @@ class ScrollingRecognisedText : public Scene {
     desktop.recognizer().lines = {{"Start", {0.125, 0.25, 0.25, 0.125}, 1}};
     const Json observation = result("observe", {{"image", false}});
     id = nodeNamed(observation, "Start").at("id");
-    desktop.journal().clear();
+    desktop.eventLog().clear();
   }
 
   Json scroll(Json request) {
@@ -280,7 +280,7 @@ TEST_F(ScrollingRecognisedText, BySwipingIsRefusedWhenTheWindowHasNoPlace) {
 TEST_F(ScrollingRecognisedText, ByTheWheelIsRefusedWhenTheWindowHasNoPlace) {
   window.failing("AXSize");
   EXPECT_EQ(scroll({{"deltaY", 120}}).at("error").at("code"), "not_visible");
-  EXPECT_EQ(desktop.journal().count("scroll"), 0U);
+  EXPECT_EQ(desktop.eventLog().count("scroll"), 0U);
 }
 
 TEST_F(ScrollingRecognisedText, IsRefusedBehindAnotherApplication) {

@@ -79,7 +79,7 @@ class Intrusion : public ConnectedScene, public testing::WithParamInterface<Deed
     Json args = GetParam().args;
     args["nodeId"] = idOf(args.at("name").get<std::string>());
     args.erase("name");
-    desktop.journal().clear();
+    desktop.eventLog().clear();
     beforehand();
     return call(GetParam().method, args);
   }
@@ -242,8 +242,8 @@ TEST_F(Changing, ASecondClickOfADoubleClickIsNotGivenToADialogThatTheFirstOpened
   const Json answer = result("click", {{"nodeId", id}, {"count", 2}});
   EXPECT_EQ(answer.at("method"), "pointer-double");
   EXPECT_EQ(answer.at("clicks"), 1);
-  EXPECT_EQ(desktop.journal().count("down("), 1U);
-  EXPECT_EQ(desktop.journal().count("up("), 1U);
+  EXPECT_EQ(desktop.eventLog().count("down("), 1U);
+  EXPECT_EQ(desktop.eventLog().count("up("), 1U);
 }
 
 /// Gestures go through the middle or the lower part of the window, wherever the node is.

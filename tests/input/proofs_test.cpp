@@ -57,7 +57,7 @@ TEST_F(PointChecks, APointOnePointAndAHalfOutsideTheWindowIsInside) {
        {Point{98.5, 300}, Point{901.5, 300}, Point{300, 78.5}, Point{300, 681.5}}) {
     middleAt(point);
     EXPECT_EQ(click(), "pointer") << point.x << "," << point.y;
-    desktop.journal().clear();
+    desktop.eventLog().clear();
   }
 }
 

@@ -227,11 +227,11 @@ TEST_F(Identity, AChangeIsToldBeforeADisabledElement) {
 
 TEST_F(Identity, IsProvenBeforeTheApplicationIsBroughtForward) {
   const std::string id = idOf("Save");
-  desktop.journal().clear();
+  desktop.eventLog().clear();
   save.enabled(false);
   notes.facts.comesToFront.reset();
   EXPECT_EQ(clickFailure({{"nodeId", id}}), kNotClickable);
-  EXPECT_EQ(desktop.journal().count("activate"), 0U);
+  EXPECT_EQ(desktop.eventLog().count("activate"), 0U);
 }
 
 TEST_F(Identity, IsProvenAgainAfterTheApplicationCameForward) {

@@ -15,7 +15,7 @@ class ConnectToSite : public Scene {
     return {{"bundleId", "com.example.Browser"}, {"site", site}, {"launch", launch}};
   }
 
-  Lines opened() { return desktop.journal().lines(Topic::bundles); }
+  Lines opened() { return desktop.eventLog().lines(Topic::bundles); }
 
   sim::Window& windowShowing(const std::string& address) {
     return browser.window({100, 80, 800, 600}, "Page").shows(address);

@@ -15,7 +15,7 @@ const Json kNotesWithoutLaunch = {{"bundleId", "com.example.Notes"}, {"launch", 
 
 class Connect : public Scene {
  protected:
-  Lines opened() { return desktop.journal().lines(Topic::bundles); }
+  Lines opened() { return desktop.eventLog().lines(Topic::bundles); }
 
   /// "com.example.Notes" installed, showing a window when it is launched.
   sim::InstalledBundle& installNotes() {
@@ -180,7 +180,7 @@ TEST_F(Connect, RaisesNothingWithoutLaunch) {
   runNotes();
   desktop.app("com.example.Other").bringToFront();
   (void)result("connect", kNotesWithoutLaunch);
-  EXPECT_EQ(desktop.journal().lines(), Lines{});
+  EXPECT_EQ(desktop.eventLog().lines(), Lines{});
   EXPECT_EQ(desktop.frontmost(), &desktop.app("com.example.Other"));
 }
 

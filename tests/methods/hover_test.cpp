@@ -52,7 +52,7 @@ TEST_F(Hover, PressesNothing) {
   save.action("AXPress").announces("AXValueChanged");
   (void)hover("Save");
   EXPECT_EQ(save.activations(), 0);
-  EXPECT_EQ(desktop.journal().count("perform AXPress"), 0U);
+  EXPECT_EQ(desktop.eventLog().count("perform AXPress"), 0U);
 }
 
 TEST_F(Hover, OverAChildOrAnotherElementIsNoFailure) {
@@ -122,10 +122,10 @@ TEST_F(Hover, PassesTheGateBeforeItsArgumentsAreRead) {
 
 TEST_F(Hover, OfAnotherElementIsRefusedBeforeTheApplicationComesForward) {
   const std::string id = idOf("Save");
-  desktop.journal().clear();
+  desktop.eventLog().clear();
   save.title("Delete").withoutFrame();
   EXPECT_EQ(hoverFailure(id), kChanged);
-  EXPECT_EQ(desktop.journal().count("activate"), 0U);
+  EXPECT_EQ(desktop.eventLog().count("activate"), 0U);
 }
 
 TEST_F(Hover, OfAnElementThatBecomesAnotherMeanwhileIsRefused) {

@@ -21,7 +21,7 @@ class InputKeys : public ConnectedScene {
     more["nodeId"] = idOf("hello");
     more["kind"] = "key";
     more["key"] = key;
-    desktop.journal().clear();
+    desktop.eventLog().clear();
     return more;
   }
 
@@ -131,7 +131,7 @@ TEST_F(InputKeys, OfOtherNamesAreUnknown) {
 
 TEST_F(InputKeys, AreReadAfterTheElementGotTheFocus) {
   EXPECT_EQ(failure("input", pressing("unknown")), kUnknownKey);
-  EXPECT_EQ(desktop.journal().count("set AXFocused AXTextField"), 1U);
+  EXPECT_EQ(desktop.eventLog().count("set AXFocused AXTextField"), 1U);
 }
 
 // Modifiers.
@@ -188,13 +188,13 @@ TEST_F(InputKeys, ArePressedWithoutASourceToo) {
 TEST_F(InputKeys, ToRecognisedTextGoToWhateverHasTheFocus) {
   desktop.recognizer().lines = {{"Start", {0.125, 0.25, 0.25, 0.0625}, 1}};
   const std::string id = idOf("Start", {{"image", false}, {"forceOcr", true}});
-  desktop.journal().clear();
+  desktop.eventLog().clear();
   desktop.accessibility().hitTestFails = true;
   const Json answer =
       result("input", {{"nodeId", id}, {"kind", "key"}, {"key", "a"}, {"modifiers", {"Meta"}}});
   EXPECT_EQ(answer, Json({{"method", "keyboard"}, {"nodeId", id}, {"at", answer.at("at")}}));
   EXPECT_EQ(desktop.posted(), pressed(0, "0x100000"));
-  EXPECT_EQ(desktop.journal().count("set AXFocused"), 0U);
+  EXPECT_EQ(desktop.eventLog().count("set AXFocused"), 0U);
 }
 
 }  // namespace

@@ -36,11 +36,11 @@ class InputTarget : public ConnectedScene {
     std::vector<std::string> all;
     for (std::size_t kind = 0; kind < 3; ++kind) {
       const std::string id = idOf("hello");
-      desktop.journal().clear();
+      desktop.eventLog().clear();
       obstacle();
       all.push_back(inputFailure(requestsFor(id)[kind]));
       EXPECT_EQ(desktop.posted(), Lines{});
-      EXPECT_EQ(desktop.journal().count("set AXValue"), 0U);
+      EXPECT_EQ(desktop.eventLog().count("set AXValue"), 0U);
       undo();
     }
     return all;
@@ -125,12 +125,12 @@ TEST_F(InputTarget, CountsAsAnActionEvenWhenItFails) {
 
 TEST_F(InputTarget, OfAnUnknownKindIsRefusedOnlyAfterActivationAndTheProofOfThePoint) {
   std::string id = idOf("hello");
-  desktop.journal().clear();
+  desktop.eventLog().clear();
   EXPECT_EQ(millisecondsOf([&] {
               EXPECT_EQ(inputFailure({{"nodeId", id}, {"kind", "swipe"}}), kUnknownKind);
             }),
             120);
-  EXPECT_EQ(desktop.journal().count("activate com.example.Notes"), 1U);
+  EXPECT_EQ(desktop.eventLog().count("activate com.example.Notes"), 1U);
   id = idOf("hello");
   desktop.accessibility().hitTestFails = true;
   EXPECT_EQ(error("input", {{"nodeId", id}, {"kind", "swipe"}}).at("code"), "hit_test_failed");
@@ -166,10 +166,10 @@ TEST_F(InputTarget, ThatIsAPasswordFieldIsRefused) {
 
 TEST_F(InputTarget, IsProvenBeforeTheApplicationComesForward) {
   const std::string id = idOf("hello");
-  desktop.journal().clear();
+  desktop.eventLog().clear();
   field.enabled(false);
   EXPECT_EQ(inputFailure(requestsFor(id)[0]), kChanged);
-  EXPECT_EQ(desktop.journal().count("activate"), 0U);
+  EXPECT_EQ(desktop.eventLog().count("activate"), 0U);
 }
 
 TEST_F(InputTarget, IsProvenAgainAfterTheApplicationCameForward) {
@@ -247,7 +247,7 @@ TEST_F(InputTarget, WaitsASecondAndAHalfForTheForegroundBeforeAKey) {
   EXPECT_EQ(millisecondsOf([&] { EXPECT_EQ(inputFailure(requestsFor(id)[1]), kNotFrontmost); }),
             120 + 1500);
   EXPECT_EQ(desktop.posted(), Lines{});
-  EXPECT_EQ(desktop.journal().count("set AXFocused"), 0U);
+  EXPECT_EQ(desktop.eventLog().count("set AXFocused"), 0U);
 }
 
 TEST_F(InputTarget, ThatComesForwardAfterAlmostASecondAndAHalfGetsItsKey) {

@@ -32,7 +32,7 @@ class InputText : public ConnectedScene {
     more["nodeId"] = idOf(name);
     more["kind"] = "type";
     more["text"] = text;
-    desktop.journal().clear();
+    desktop.eventLog().clear();
     return more;
   }
 
@@ -108,8 +108,8 @@ TEST_F(InputText, ReplacesTheValueOfATextFieldAtOnce) {
             Json({{"method", "accessibility"}, {"sent", "good bye"}, {"submitted", false}}));
   EXPECT_EQ(field.readText("AXValue"), "good bye");
   EXPECT_EQ(desktop.posted(), Lines{});
-  EXPECT_EQ(desktop.journal().count("set AXValue"), 1U);
-  EXPECT_EQ(desktop.journal().count("set AXFocused"), 0U);
+  EXPECT_EQ(desktop.eventLog().count("set AXValue"), 1U);
+  EXPECT_EQ(desktop.eventLog().count("set AXFocused"), 0U);
 }
 
 TEST_F(InputText, IntoATextFieldWaitsForNothing) {
@@ -127,7 +127,7 @@ TEST_F(InputText, SetsTheValueOfEveryTextRole) {
 TEST_F(InputText, IsTypedIntoOtherRolesEvenWhenTheirValueCanBeSet) {
   field.with("AXRole", Value{"AXComboBox"});
   EXPECT_EQ(type("hello", "x").at("method"), "keyboard");
-  EXPECT_EQ(desktop.journal().count("set AXValue"), 0U);
+  EXPECT_EQ(desktop.eventLog().count("set AXValue"), 0U);
 }
 
 TEST_F(InputText, IsNotTypedIntoATextFieldWhoseValueCannotBeSet) {
@@ -154,7 +154,7 @@ TEST_F(InputText, SubmittedInATextFieldIsFollowedByReturn) {
   EXPECT_EQ(millisecondsOf([&] { EXPECT_EQ(result("input", request).at("submitted"), true); }),
             120 + 120 + 30 + 50);
   EXPECT_EQ(desktop.postedAt(), (Lines{"360 key 36 down flags=0x0", "390 key 36 up flags=0x0"}));
-  const Lines deeds = desktop.journal().lines(sim::Topic::accessibility);
+  const Lines deeds = desktop.eventLog().lines(sim::Topic::accessibility);
   ASSERT_GE(deeds.size(), 2U);
   EXPECT_EQ(Lines(deeds.end() - 2, deeds.end()),
             (Lines{"set AXValue AXTextField = x", "set AXFocused AXTextField = true"}));
@@ -231,7 +231,7 @@ TEST_F(InputText, ByKeystrokesNeedsTheElementUnderThePointer) {
 
 TEST_F(InputText, ByKeystrokesGivesNobodyTheFocus) {
   (void)type("page", "x");
-  EXPECT_EQ(desktop.journal().count("set AXFocused"), 0U);
+  EXPECT_EQ(desktop.eventLog().count("set AXFocused"), 0U);
 }
 
 TEST_F(InputText, SubmittedByKeystrokesIsFollowedByReturn) {
@@ -287,7 +287,7 @@ class TextIntoRecognisedText : public Scene {
     desktop.recognizer().lines = {{"Start", {0.125, 0.25, 0.25, 0.0625}, 1}};
     const Json observation = result("observe", {{"image", false}});
     id = nodeNamed(observation, "Start").at("id");
-    desktop.journal().clear();
+    desktop.eventLog().clear();
   }
 
   sim::App& notes = desktop.app("com.example.Notes");
@@ -311,7 +311,7 @@ TEST_F(TextIntoRecognisedText, GoesToWhateverHasTheFocus) {
                           {"nodeId", id},
                           {"at", answer.at("at")}}));
   EXPECT_EQ(desktop.posted(), (Lines{"text g down", "text g up", "text o down", "text o up"}));
-  EXPECT_EQ(desktop.journal().count("set AXFocused"), 0U);
+  EXPECT_EQ(desktop.eventLog().count("set AXFocused"), 0U);
 }
 
 TEST_F(TextIntoRecognisedText, NeedsTheForegroundAndNoHitTest) {

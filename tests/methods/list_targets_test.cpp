@@ -145,7 +145,7 @@ TEST_F(ListTargets, NeedsNoGrant) {
   desktop.permissions().captureGranted = false;
   desktop.windowServer().session.locked = true;
   EXPECT_EQ(targets(), Json::array());
-  EXPECT_EQ(desktop.journal().lines(), sim::Lines{});
+  EXPECT_EQ(desktop.eventLog().lines(), sim::Lines{});
 }
 
 }  // namespace

@@ -115,7 +115,7 @@ TEST_F(Observe, AnEndedApplicationIsToldBeforeAMissingCaptureGrant) {
   desktop.permissions().captureGranted = false;
   notes.kill();
   EXPECT_EQ(failure("observe"), kClosed);
-  EXPECT_EQ(desktop.journal().count("request capture"), 0U);
+  EXPECT_EQ(desktop.eventLog().count("request capture"), 0U);
 }
 
 TEST_F(Observe, AMissingCaptureGrantIsToldBeforeAnExpiredNode) {
@@ -139,7 +139,7 @@ TEST_F(Observe, AnExpiredNodeIsToldBeforeAMissingWindow) {
 TEST_F(Observe, WithoutAnImageNeedsNoCaptureGrantAndAsksForNone) {
   desktop.permissions().captureGranted = false;
   (void)observe({{"image", false}});
-  EXPECT_EQ(desktop.journal().lines(Topic::permissions), Lines{});
+  EXPECT_EQ(desktop.eventLog().lines(Topic::permissions), Lines{});
 }
 
 TEST_F(Observe, TheChecksLeaveTheNodesUsable) {

@@ -71,7 +71,7 @@ TEST_F(ShowMenu, ByTheRightButtonEndsAQuarterOfASecondAfterTheClick) {
 TEST_F(ShowMenu, PressesTheRightButtonWhenTheActionIsRefused) {
   save.action("AXShowMenu").refused();
   EXPECT_EQ(showMenu().at("method"), "pointer");
-  EXPECT_EQ(desktop.journal().count("perform AXShowMenu"), 1U);
+  EXPECT_EQ(desktop.eventLog().count("perform AXShowMenu"), 1U);
   EXPECT_EQ(desktop.posted().size(), 3U);
 }
 
@@ -79,7 +79,7 @@ TEST_F(ShowMenu, PressesTheRightButtonWhenItsActionsCannotBeRead) {
   save.action("AXShowMenu");
   save.failingActionNames();
   EXPECT_EQ(showMenu().at("method"), "pointer");
-  EXPECT_EQ(desktop.journal().count("perform AXShowMenu"), 0U);
+  EXPECT_EQ(desktop.eventLog().count("perform AXShowMenu"), 0U);
 }
 
 TEST_F(ShowMenu, DoesNotGlide) {
@@ -160,10 +160,10 @@ TEST_F(ShowMenu, PassesTheGateBeforeItsArgumentsAreRead) {
 TEST_F(ShowMenu, OfAnotherElementIsRefusedBeforeTheApplicationComesForward) {
   save.action("AXShowMenu");
   const std::string id = idOf("Save");
-  desktop.journal().clear();
+  desktop.eventLog().clear();
   save.title("Delete").withoutFrame();
   EXPECT_EQ(menuFailure(id), kChanged);
-  EXPECT_EQ(desktop.journal().count("activate"), 0U);
+  EXPECT_EQ(desktop.eventLog().count("activate"), 0U);
 }
 
 TEST_F(ShowMenu, OfAnElementThatBecomesAnotherMeanwhileIsRefused) {
@@ -171,7 +171,7 @@ TEST_F(ShowMenu, OfAnElementThatBecomesAnotherMeanwhileIsRefused) {
   const std::string id = idOf("Save");
   desktop.after(60ms, [&] { save.title("Delete"); });
   EXPECT_EQ(menuFailure(id), kChanged);
-  EXPECT_EQ(desktop.journal().count("perform AXShowMenu"), 0U);
+  EXPECT_EQ(desktop.eventLog().count("perform AXShowMenu"), 0U);
 }
 
 TEST_F(ShowMenu, NeedsAFrameEvenForTheAction) {
@@ -179,7 +179,7 @@ TEST_F(ShowMenu, NeedsAFrameEvenForTheAction) {
   const std::string id = idOf("Save");
   save.at({200, 200, 80, 0.5});
   EXPECT_EQ(menuFailure(id), kNoFrame);
-  EXPECT_EQ(desktop.journal().count("perform AXShowMenu"), 0U);
+  EXPECT_EQ(desktop.eventLog().count("perform AXShowMenu"), 0U);
 }
 
 TEST_F(ShowMenu, OfRecognisedTextIsRefusedAsAnotherElement) {

@@ -21,7 +21,7 @@ class Technique : public ConnectedScene {
   void SetUp() override {
     ConnectedScene::SetUp();
     (void)observe({});  // Proves once that captures work.
-    desktop.journal().clear();
+    desktop.eventLog().clear();
     imageLine = "window image " + std::to_string(*window.server().info.number) + " best";
   }
 
@@ -29,7 +29,7 @@ class Technique : public ConnectedScene {
     desktop.capture().windowImagesOf.emplace(*window.server().info.number, reply);
   }
 
-  Lines captured() { return desktop.journal().lines(Topic::capture); }
+  Lines captured() { return desktop.eventLog().lines(Topic::capture); }
 
   std::string imageLine;
   const std::string regionLine = "display region 100,80 800x600";
@@ -63,7 +63,7 @@ TEST_F(Technique, WhenAllGiveNothingTheCaptureFails) {
   desktop.capture().displayRegions = Reply::nothing();
   EXPECT_EQ(error("observe"), Json({{"code", "window_capture_failed"},
                                     {"message", std::string(kFailed).substr(23)}}));
-  EXPECT_EQ(desktop.journal().lines(Topic::standardError).size(), 1U);
+  EXPECT_EQ(desktop.eventLog().lines(Topic::standardError).size(), 1U);
 }
 
 // The window server's image.
@@ -141,7 +141,7 @@ class CaptureTool : public Technique {
     (void)tool;
   }
 
-  Lines processes() { return desktop.journal().lines(Topic::processes); }
+  Lines processes() { return desktop.eventLog().lines(Topic::processes); }
 
   // The file that the tool was told to write.
   std::string file() { return processes().at(0).substr(processes().at(0).rfind(' ') + 1); }
@@ -166,7 +166,7 @@ TEST_F(CaptureTool, IsRunForTheWindowAloneWithoutSoundOrShadow) {
 TEST_F(CaptureTool, WritesIntoAFileOfAnotherNameEachTime) {
   (void)observe({});
   const std::string first = file();
-  desktop.journal().clear();
+  desktop.eventLog().clear();
   (void)observe({});
   EXPECT_NE(file(), first);
 }

@@ -25,7 +25,7 @@ class Capture : public ConnectedScene {
   void SetUp() override {
     ConnectedScene::SetUp();
     (void)observe({});
-    desktop.journal().clear();
+    desktop.eventLog().clear();
   }
 
   // Another application's window over the target's left edge, with that application in front.
@@ -79,13 +79,13 @@ TEST_F(Capture, OnADisplayOfScaleTwoHasTwiceAsManyPixelsEachWay) {
 
 TEST_F(Capture, OfAWindowInPlaceDoesNotActivateOrWait) {
   EXPECT_EQ(millisecondsOf([&] { (void)observe({}); }), 20);
-  EXPECT_EQ(desktop.journal().lines(Topic::workspace), Lines{});
+  EXPECT_EQ(desktop.eventLog().lines(Topic::workspace), Lines{});
 }
 
 TEST_F(Capture, OfAWindowInPlaceDoesNotNeedItsApplicationInFront) {
   desktop.app("com.example.Other").bringToFront();
   (void)observe({});
-  EXPECT_EQ(desktop.journal().lines(Topic::workspace), Lines{});
+  EXPECT_EQ(desktop.eventLog().lines(Topic::workspace), Lines{});
 }
 
 // Covered.
@@ -93,9 +93,9 @@ TEST_F(Capture, OfAWindowInPlaceDoesNotNeedItsApplicationInFront) {
 TEST_F(Capture, OfACoveredWindowBringsItsApplicationForwardOnce) {
   (void)cover();
   EXPECT_EQ(millisecondsOf([&] { (void)observe({}); }), 120 + 250 + 20);
-  EXPECT_EQ(desktop.journal().lines(Topic::workspace),
+  EXPECT_EQ(desktop.eventLog().lines(Topic::workspace),
             (Lines{"unhide com.example.Notes", "activate com.example.Notes"}));
-  EXPECT_EQ(desktop.journal().count("perform AXRaise AXWindow \"Notes\""), 1U);
+  EXPECT_EQ(desktop.eventLog().count("perform AXRaise AXWindow \"Notes\""), 1U);
 }
 
 TEST_F(Capture, OfACoveredWindowWaitsForASlowActivation) {
@@ -119,8 +119,8 @@ TEST_F(Capture, OfAWindowThatStaysCoveredIsRefusedWhenItsTimeToSettleHasPassed) 
   keepInFront(cover());
   // 370 for the activation; then slices of 150 until 1200 have passed.
   EXPECT_EQ(millisecondsOf([&] { EXPECT_EQ(captureFailure(), kCovered); }), 370 + 6 * 150);
-  EXPECT_EQ(desktop.journal().count("activate"), 1U);
-  EXPECT_EQ(desktop.journal().count("window image"), 0U);
+  EXPECT_EQ(desktop.eventLog().count("activate"), 1U);
+  EXPECT_EQ(desktop.eventLog().count("window image"), 0U);
 }
 
 TEST_F(Capture, OfAWindowThatIsUncoveredInTimeSucceeds) {
@@ -149,7 +149,7 @@ TEST_F(Capture, APartOfAPointThatIsCoveredCounts) {
 TEST_F(Capture, OfAMinimisedWindowIsRefusedAfterItsTimeToSettleWithoutActivating) {
   window.minimize();
   EXPECT_EQ(millisecondsOf([&] { EXPECT_EQ(captureFailure(), kNotVisible); }), 1200);
-  EXPECT_EQ(desktop.journal().lines(Topic::workspace), Lines{});
+  EXPECT_EQ(desktop.eventLog().lines(Topic::workspace), Lines{});
 }
 
 TEST_F(Capture, OfAMinimisedWindowInTheBackgroundIsRefusedAtOnce) {
@@ -188,7 +188,7 @@ TEST_F(Capture, OfAWindowThatAppearsCoveredBringsItForward) {
 TEST_F(Capture, OfAHiddenApplicationIsRefusedWithoutShowingIt) {
   notes.facts.hidden = true;
   EXPECT_EQ(captureFailure(), kNotVisible);
-  EXPECT_EQ(desktop.journal().count("unhide"), 0U);
+  EXPECT_EQ(desktop.eventLog().count("unhide"), 0U);
 }
 
 TEST_F(Capture, OfATinyWindowIsRefused) {
@@ -225,19 +225,19 @@ TEST_F(UnprovenCapture, WithAGrantThatDoesNotApplyIsToldBeforeTheWindowsPlace) {
 TEST_F(UnprovenCapture, IsProvenOnce) {
   (void)observe({});
   (void)observe({});
-  EXPECT_EQ(desktop.journal().count("window image"), 3U);
+  EXPECT_EQ(desktop.eventLog().count("window image"), 3U);
 }
 
 TEST_F(UnprovenCapture, PassesTheGateOnceMoreBeforeBringingTheWindowForward) {
   desktop.app("com.example.Other").window({0, 0, 300, 300}).toFront();
   desktop.after(10ms, [&] { desktop.windowServer().session.locked = true; });  // While proving.
   EXPECT_EQ(error("observe").at("code"), "session_locked");
-  EXPECT_EQ(desktop.journal().count("activate"), 1U);  // That of connecting.
+  EXPECT_EQ(desktop.eventLog().count("activate"), 1U);  // That of connecting.
 }
 
 TEST_F(UnprovenCapture, IsNeitherProvenNorTakenWithoutAnImage) {
   (void)observe();
-  EXPECT_EQ(desktop.journal().lines(Topic::capture), Lines{});
+  EXPECT_EQ(desktop.eventLog().lines(Topic::capture), Lines{});
 }
 
 }  // namespace

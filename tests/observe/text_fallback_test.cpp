@@ -254,7 +254,7 @@ TEST_F(TextFallback, AWindowThatLosesItsFrameIsNotCaptured) {
   notes.afterCalls(8, [&] { window.failing("AXPosition"); });
   EXPECT_EQ(failure("observe", {{"image", false}}),
             "no_window: The target window disappeared during capture.");
-  EXPECT_EQ(desktop.journal().count("request capture"), 0U);
+  EXPECT_EQ(desktop.eventLog().count("request capture"), 0U);
 }
 
 // A recogniser that breaks the rule that services do not throw.
@@ -288,7 +288,8 @@ TEST_F(TextFallback, AForcedRecognitionThatBreaksOffCountsAsFailed) {
 TEST_F(TextFallback, ItsImageIsUsedForTheObservation) {
   desktop.recognizer().takes = 1s;
   const Json observation = result("observe");
-  EXPECT_EQ(desktop.journal().count("window image"), 2U);  // The proof that captures work, and one.
+  EXPECT_EQ(desktop.eventLog().count("window image"),
+            2U);  // The proof that captures work, and one.
   EXPECT_EQ(observation.at("startedAt"), "2025-01-01T00:00:00.120Z");
   EXPECT_EQ(observation.at("imageCapturedAt"), "2025-01-01T00:00:00.160Z");
   EXPECT_EQ(observation.at("snapshotCapturedAt"), "2025-01-01T00:00:01.160Z");
@@ -318,7 +319,7 @@ TEST_F(TextFallback, IsTextOfItsOwnWindowAfterAnObservationOfAnotherFailed) {
   notes.focusWindow(&dialog);
   desktop.images().encodingFails = PngError::failed;
   EXPECT_EQ(error("observe").at("code"), "image_encoding_failed");
-  desktop.journal().clear();
+  desktop.eventLog().clear();
   (void)result("input", {{"nodeId", text.at("id")}, {"kind", "scroll"}, {"deltaX", 300}});
   EXPECT_EQ(desktop.posted().front(), "move 128,463.68") << "at the left of the canvas";
 }
@@ -326,9 +327,9 @@ TEST_F(TextFallback, IsTextOfItsOwnWindowAfterAnObservationOfAnotherFailed) {
 TEST_F(TextFallback, ItsImageIsNotUsedForTheNextObservation) {
   (void)result("observe");
   window.button("Save");
-  const std::size_t before = desktop.journal().count("window image");
+  const std::size_t before = desktop.eventLog().count("window image");
   const Json observation = result("observe");
-  EXPECT_EQ(desktop.journal().count("window image"), before + 1);
+  EXPECT_EQ(desktop.eventLog().count("window image"), before + 1);
   EXPECT_EQ(observation.at("imageCapturedAt"), observation.at("capturedAt"));
 }
 
@@ -336,7 +337,7 @@ TEST_F(TextFallback, ItsImageServesEvenWhenRecognitionFailed) {
   window.button("Save");
   desktop.recognizer().error = "no";
   (void)result("observe", {{"forceOcr", true}});
-  EXPECT_EQ(desktop.journal().count("window image"), 2U);
+  EXPECT_EQ(desktop.eventLog().count("window image"), 2U);
 }
 
 }  // namespace

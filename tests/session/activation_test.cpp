@@ -39,9 +39,9 @@ TEST_F(Activation, AsksInThisOrder) {
   other.bringToFront();
   notes.facts.hidden = true;
   const std::string id = idOf("Save");
-  desktop.journal().clear();
+  desktop.eventLog().clear();
   (void)result("click", {{"nodeId", id}});
-  EXPECT_EQ(desktop.journal().lines(),
+  EXPECT_EQ(desktop.eventLog().lines(),
             (Lines{"unhide com.example.Notes", "set AXFrontmost AXApplication \"Notes\" = true",
                    "activate com.example.Notes", "perform AXRaise AXWindow \"Notes\"",
                    "perform AXPress AXButton \"Save\""}));

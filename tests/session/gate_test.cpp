@@ -44,7 +44,7 @@ TEST_F(Gate, RefusesALockedDesktopBeforeAMissingGrant) {
   login().locked = true;
   desktop.permissions().trusted = false;
   expectEveryMethodFails(kLocked);
-  EXPECT_EQ(desktop.journal().count("prompt"), 0);
+  EXPECT_EQ(desktop.eventLog().count("prompt"), 0);
 }
 
 TEST_F(Gate, RefusesAMissingGrantBeforeAMissingTarget) {
@@ -52,7 +52,7 @@ TEST_F(Gate, RefusesAMissingGrantBeforeAMissingTarget) {
   for (const char* method : kMethods) {
     EXPECT_EQ(error(method)["code"], "ax_not_trusted") << method;
   }
-  EXPECT_EQ(desktop.journal().count("prompt"), 1);
+  EXPECT_EQ(desktop.eventLog().count("prompt"), 1);
 }
 
 TEST_F(Gate, RefusesASessionThatIsNotOnTheConsole) {

@@ -115,7 +115,7 @@ class ReopenedWindow : public Scene {
     return millisecondsOf([&] { (void)result("connect", {{"bundleId", "com.example.Notes"}}); });
   }
 
-  Lines opened() { return desktop.journal().lines(Topic::bundles); }
+  Lines opened() { return desktop.eventLog().lines(Topic::bundles); }
 
   sim::App& notes = desktop.app("com.example.Notes");
   sim::InstalledBundle& bundle = desktop.installed("com.example.Notes");

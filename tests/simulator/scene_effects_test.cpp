@@ -143,7 +143,7 @@ TEST(Simulation, KeepsNoRecordOfWhatRequestsDid) {
   const Served served = simulation.serve(R"({"id":1,"method":"connect","args":{"bundleId":"a"}})");
   ASSERT_TRUE(served.response.has_value());
   EXPECT_EQ(served.response->find("error"), std::string::npos);
-  EXPECT_TRUE(simulation.desktop().journal().lines().empty());
+  EXPECT_TRUE(simulation.desktop().eventLog().lines().empty());
 }
 
 }  // namespace

@@ -184,7 +184,7 @@ TEST_F(SimAccessibility, CarriesOutWhatAnActionDoes) {
   EXPECT_EQ(ax.perform(save.element(), "AXPress"), Performed::taken);
   EXPECT_EQ(pressed, 1);
   EXPECT_EQ(save.presses(), 1);
-  EXPECT_EQ(desktop.journal().lines(Topic::accessibility),
+  EXPECT_EQ(desktop.eventLog().lines(Topic::accessibility),
             Lines{"perform AXPress AXButton \"Save\""});
 }
 

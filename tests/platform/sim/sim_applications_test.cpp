@@ -102,7 +102,7 @@ TEST_F(SimApplications, ComeToTheFrontAsTheyBehave) {
   desktop.run(1h);
   EXPECT_EQ(workspace.frontmostApplication(), mail.pid());
   mail.facts.comesToFront = Duration::zero();
-  EXPECT_EQ(desktop.journal().lines(Topic::workspace),
+  EXPECT_EQ(desktop.eventLog().lines(Topic::workspace),
             (Lines{"activate com.example.Mail", "activate com.example.Notes"}));
 }
 
@@ -202,8 +202,8 @@ TEST(SimPermissions, ArePromptedForAndPerhapsGranted) {
   EXPECT_TRUE(permissions.requestCaptureAccess());
   EXPECT_TRUE(permissions.captureAccess());
 
-  EXPECT_EQ(desktop.journal().count("prompt accessibility"), 2U);
-  EXPECT_EQ(desktop.journal().count("request capture"), 2U);
+  EXPECT_EQ(desktop.eventLog().count("prompt accessibility"), 2U);
+  EXPECT_EQ(desktop.eventLog().count("request capture"), 2U);
 }
 
 }  // namespace

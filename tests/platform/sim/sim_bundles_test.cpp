@@ -98,7 +98,7 @@ TEST_F(SimBundles, Launch) {
   ASSERT_TRUE(result.application);
   EXPECT_EQ(result.application->bundleId, "com.example.Notes");
   EXPECT_EQ(desktop.app("com.example.Notes").windows().size(), 1U);
-  EXPECT_EQ(desktop.journal().lines(Topic::bundles),
+  EXPECT_EQ(desktop.eventLog().lines(Topic::bundles),
             Lines{"open /Applications/Notes.app in background"});
 }
 
@@ -179,7 +179,7 @@ TEST_F(SimBundles, OpenASite) {
 
   ASSERT_EQ(app.windows().size(), 1U);
   EXPECT_EQ(app.windows()[0]->readText("AXDocument"), "https://example.com/a");
-  EXPECT_EQ(desktop.journal().lines(Topic::bundles),
+  EXPECT_EQ(desktop.eventLog().lines(Topic::bundles),
             Lines{"open site com.example.Notes https://example.com/a"});
 }
 

@@ -156,7 +156,7 @@ TEST_F(SimCapture, ReportsAFailedRegionOnStandardErrorInOneLine) {
   EXPECT_EQ(completions, 1);
   EXPECT_FALSE(content);
   EXPECT_EQ(written, "tarqo-ax capture: the display gave no image\n");
-  EXPECT_EQ(desktop.journal().lines(Topic::standardError).size(), 1U);
+  EXPECT_EQ(desktop.eventLog().lines(Topic::standardError).size(), 1U);
 
   capture.displayRegions = Reply::never();
   capture.displayRegion({}, {0, 0, 10, 10}, [&](auto) { ++completions; });

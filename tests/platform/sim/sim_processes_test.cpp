@@ -52,7 +52,7 @@ TEST_F(SimProcesses, ExitWithAStatus) {
   desktop.run(120ms);
   EXPECT_FALSE(child->running());
   EXPECT_EQ(child->exitStatus(), 3);
-  EXPECT_EQ(desktop.journal().lines(Topic::processes), Lines{"start /usr/bin/tool -x a b"});
+  EXPECT_EQ(desktop.eventLog().lines(Topic::processes), Lines{"start /usr/bin/tool -x a b"});
 }
 
 TEST_F(SimProcesses, HangUntilTerminated) {
@@ -67,7 +67,7 @@ TEST_F(SimProcesses, HangUntilTerminated) {
   EXPECT_FALSE(child->running());
   EXPECT_FALSE(child->exitStatus());
   EXPECT_FALSE(reached);
-  EXPECT_EQ(desktop.journal().count("terminate /usr/bin/tool"), 1U);
+  EXPECT_EQ(desktop.eventLog().count("terminate /usr/bin/tool"), 1U);
 }
 
 TEST_F(SimProcesses, MayTakeTheirTimeToBeTerminated) {
@@ -130,7 +130,7 @@ TEST_F(SimProcesses, LeaveFilesBehind) {
   processes.removeFile("/tmp/out");
   processes.removeFile("/tmp/out");
   EXPECT_FALSE(processes.readFile("/tmp/out"));
-  EXPECT_EQ(desktop.journal().count("remove /tmp/out"), 1U);
+  EXPECT_EQ(desktop.eventLog().count("remove /tmp/out"), 1U);
   EXPECT_EQ(processes.temporaryFolder(), "/tmp");
 }
 

@@ -1,4 +1,4 @@
-#include "platform/sim/sim_journal.h"
+#include "platform/sim/sim_event_log.h"
 
 #include <algorithm>
 #include <cmath>
@@ -7,11 +7,11 @@
 
 namespace tarqo::sim {
 
-void Journal::note(Topic topic, std::string line) {
+void EventLog::note(Topic topic, std::string line) {
   entries_.push_back({topic, clock_.elapsed(), std::move(line)});
 }
 
-std::vector<std::string> Journal::lines() const {
+std::vector<std::string> EventLog::lines() const {
   std::vector<std::string> result;
   result.reserve(entries_.size());
   for (const Entry& entry : entries_) {
@@ -20,7 +20,7 @@ std::vector<std::string> Journal::lines() const {
   return result;
 }
 
-std::vector<std::string> Journal::lines(Topic topic) const {
+std::vector<std::string> EventLog::lines(Topic topic) const {
   std::vector<std::string> result;
   for (const Entry& entry : entries_) {
     if (entry.topic == topic) {
@@ -30,7 +30,7 @@ std::vector<std::string> Journal::lines(Topic topic) const {
   return result;
 }
 
-std::vector<std::string> Journal::timedLines(Topic topic) const {
+std::vector<std::string> EventLog::timedLines(Topic topic) const {
   std::vector<std::string> result;
   for (const Entry& entry : entries_) {
     if (entry.topic == topic) {
@@ -41,7 +41,7 @@ std::vector<std::string> Journal::timedLines(Topic topic) const {
   return result;
 }
 
-std::size_t Journal::count(std::string_view start) const {
+std::size_t EventLog::count(std::string_view start) const {
   return static_cast<std::size_t>(std::count_if(
       entries_.begin(), entries_.end(),
       [&](const Entry& entry) { return std::string_view(entry.line).starts_with(start); }));

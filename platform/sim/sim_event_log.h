@@ -20,9 +20,9 @@ enum class Topic {
   standardError   ///< What a backend would have written to standard error.
 };
 
-class Journal {
+class EventLog {
  public:
-  explicit Journal(VirtualClock& clock) : clock_(clock) {}
+  explicit EventLog(VirtualClock& clock) : clock_(clock) {}
 
   void note(Topic topic, std::string line);
 
