@@ -11,7 +11,7 @@ namespace tarqo::lnx {
 class LinuxPermissions final : public Permissions {
  public:
   /// `capture` is kept by reference and outlives this.
-  explicit LinuxPermissions(LinuxScreenCapture& capture) : capture_(capture) {}
+  explicit LinuxPermissions(capture::LinuxScreenCapture& capture) : capture_(capture) {}
 
   /// One round trip to the bus; more, up to seconds, when the bus must be started first. A bus that
   /// was switched on and comes back switched off is switched on again.
@@ -29,7 +29,7 @@ class LinuxPermissions final : public Permissions {
  private:
   [[nodiscard]] bool busAnswers();
 
-  LinuxScreenCapture& capture_;
+  capture::LinuxScreenCapture& capture_;
   AtspiBus bus_;
   int switchedOnIn_ = -1;  ///< The bus connection in whose time the switch was seen to be on.
 };

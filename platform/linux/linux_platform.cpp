@@ -12,8 +12,8 @@
 #include "platform/linux/linux_main_loop.h"
 #include "platform/linux/linux_permissions.h"
 #include "platform/linux/linux_random.h"
-#include "platform/linux/x11/linux_window_server.h"
-#include "platform/linux/x11/x_window_locator.h"
+#include "platform/linux/linux_window_server.h"
+#include "platform/linux/x11/window_locator.h"
 #include "platform/platform.h"
 #include "platform/png/png_images.h"
 #include "platform/tesseract/tesseract_text_recognizer.h"
@@ -31,16 +31,17 @@ class LinuxPlatform final : public Backend {
   MainLoop& mainLoop() override { return mainLoop_; }
 
  private:
-  Applications applications_;
-  XWindowLocator locator_{applications_};
+  x11::Display display_;
+  apps::Applications applications_{display_};
+  x11::DisplayWindowLocator locator_{display_};
   LinuxMainLoop mainLoop_;
   AtspiEvents events_{mainLoop_};
-  LinuxInputEvents inputEvents_{applications_.display()};
+  input::LinuxInputEvents inputEvents_{display_};
   LinuxAccessibility accessibility_{locator_, events_, &inputEvents_};
-  LinuxWorkspace workspace_{applications_};
-  LinuxBundles bundles_{applications_};
-  LinuxProcesses processes_;
-  LinuxScreenCapture capture_;
+  apps::LinuxWorkspace workspace_{applications_};
+  apps::LinuxBundles bundles_{applications_};
+  apps::LinuxProcesses processes_;
+  capture::LinuxScreenCapture capture_;
   LinuxPermissions permissions_{capture_};
   LinuxWindowServer windowServer_{applications_};
   ocr::TesseractTextRecognizer recognizer_;

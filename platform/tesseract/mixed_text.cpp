@@ -38,10 +38,10 @@ bool isPlainKorean(std::string_view word) {
   return at > first && word.find_first_not_of(".,?!:", at) == std::string_view::npos;
 }
 
-bool isDoubtful(const std::string& word, const std::vector<ReadWord>& words) {
+bool isDoubtful(const std::string& word, const std::vector<ReadText>& words) {
   const auto hasLetter = std::ranges::any_of(
       word, [](char c) { return std::isalpha(static_cast<unsigned char>(c)) != 0; });
-  return hasLetter && !hasHangul(word) && std::ranges::none_of(words, [&](const ReadWord& read) {
+  return hasLetter && !hasHangul(word) && std::ranges::none_of(words, [&](const ReadText& read) {
            return read.text == word && read.confidence >= kSureConfidence;
          });
 }
@@ -71,13 +71,13 @@ std::string withExtension(const std::string& line, const std::string& english) {
   return line.substr(0, line.rfind('.') + 1) + english.substr(before + 1);
 }
 
-bool hasDoubtfulWord(const std::string& line, const std::vector<ReadWord>& words) {
+bool hasDoubtfulWord(const std::string& line, const std::vector<ReadText>& words) {
   return hasHangul(line) && std::ranges::any_of(split(line), [&](const std::string& word) {
            return isDoubtful(word, words);
          });
 }
 
-std::string withKoreanWords(const std::string& line, const std::vector<ReadWord>& words,
+std::string withKoreanWords(const std::string& line, const std::vector<ReadText>& words,
                             const std::string& korean) {
   std::vector<std::string> repaired = split(line);
   const std::vector<std::string> again = split(korean);

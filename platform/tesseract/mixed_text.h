@@ -11,12 +11,9 @@
 #include <string>
 #include <vector>
 
-namespace tarqo::ocr {
+#include "platform/tesseract/tesseract.h"
 
-struct ReadWord {
-  std::string text;
-  float confidence = 0;  ///< 0...100
-};
+namespace tarqo::ocr {
 
 /// Whether the last word is Korean up to a dot and more than a letter behind it: a file's name.
 [[nodiscard]] bool endsInExtension(const std::string& line);
@@ -26,12 +23,12 @@ struct ReadWord {
 
 /// Whether a Korean line has a word without Hangul that may be a misread Korean one. `words` are
 /// the line's words with their confidences.
-[[nodiscard]] bool hasDoubtfulWord(const std::string& line, const std::vector<ReadWord>& words);
+[[nodiscard]] bool hasDoubtfulWord(const std::string& line, const std::vector<ReadText>& words);
 
 /// Such a line with its doubtful words as Korean data read them, where that is plain Korean.
 /// Unchanged when the two readings have different numbers of words.
 [[nodiscard]] std::string withKoreanWords(const std::string& line,
-                                          const std::vector<ReadWord>& words,
+                                          const std::vector<ReadText>& words,
                                           const std::string& korean);
 
 }  // namespace tarqo::ocr

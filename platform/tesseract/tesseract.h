@@ -22,8 +22,8 @@ namespace tarqo::ocr {
 /// A line or a word.
 struct ReadText {
   std::string text;
-  PixelBox box;          ///< In pixels of the image that was read.
   float confidence = 0;  ///< 0...100
+  PixelBox box{};        ///< In pixels of the image that was read.
 };
 
 class Tesseract {

@@ -80,7 +80,7 @@ class PictureReader {
   struct Doubt {
     std::size_t line = 0;  ///< Which of those read.
     PixelBox box;          ///< Where it was looked for.
-    std::vector<ReadWord> words;
+    std::vector<ReadText> words;
   };
 
   [[nodiscard]] bool isTimeUp() const { return Clock::now() >= end_; }
@@ -116,10 +116,7 @@ class PictureReader {
 
   /// Remembers the line read last when a second look at it may be better.
   void keepDoubts(const PixelBox& box) {
-    std::vector<ReadWord> words;
-    for (const ReadText& word : tesseract_.lastWords()) {
-      words.push_back({word.text, word.confidence});
-    }
+    std::vector<ReadText> words = tesseract_.lastWords();
     const std::string& text = lines_.back().text;
     if (hasDoubtfulWord(text, words) || endsInExtension(text)) {
       doubts_.push_back({lines_.size() - 1, box, std::move(words)});

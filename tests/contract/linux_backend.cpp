@@ -50,8 +50,8 @@ class LinuxBackend final : public ContractBackend {
   }
 
   bool holdShift(bool isDown) override {
-    lnx::XDisplay display;
-    const auto keymap = lnx::readKeymap(*display.server());
+    lnx::x11::Display display;
+    const auto keymap = lnx::input::readKeymap(*display.server());
     const auto key = keymap ? keymap->find(XK_Shift_L, 0, 0) : std::nullopt;
     if (key && isDown) {
       user_.press(*key);

@@ -12,7 +12,7 @@
 #include <string>
 #include <thread>
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::apps {
 namespace {
 
 namespace fs = std::filesystem;
@@ -60,7 +60,8 @@ class LinuxBundlesWhileEntriesChange : public testing::Test {
     return "nothing";
   }
 
-  Applications applications;
+  x11::Display display;
+  Applications applications{display};
   LinuxBundles bundles{applications};
 
  private:
@@ -104,4 +105,4 @@ TEST_F(LinuxBundlesWhileEntriesChange, OpenTheOneThatWasFound) {
 }
 
 }  // namespace
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::apps

@@ -12,9 +12,10 @@
 #include "platform/linux/input/event_receivers.h"
 #include "platform/linux/input/keyboard_map.h"
 #include "platform/linux/input/linux_input_events.h"
+#include "platform/linux/x11/focus.h"
 #include "tests/contract/x_witness.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::input {
 namespace {
 
 using contract::XStranger;
@@ -48,7 +49,7 @@ class ManagerAtRest {
 class LinuxEventReceivers : public testing::Test {
  protected:
   void SetUp() override {
-    XServer* server = display.server();
+    x11::Server* server = display.server();
     ASSERT_NE(server, nullptr);
     const auto keymap = readKeymap(*server);
     ASSERT_TRUE(keymap);
@@ -108,7 +109,7 @@ class LinuxEventReceivers : public testing::Test {
   const MouseEvent up{MouseEventType::leftUp, kInside, 1};
 
   ManagerAtRest manager;
-  XDisplay display;
+  x11::Display display;
   LinuxInputEvents events{display};
   std::unique_ptr<EventSource> source = events.makeSource("");
   XWitness witness{kPlace};
@@ -123,20 +124,20 @@ TEST_F(LinuxEventReceivers, KeysGoToWhoHasTheFocus) {
   EXPECT_EQ(witness.arrived(), Lines{});
   EXPECT_TRUE(press(self));
   EXPECT_EQ(witness.arrived(), (Lines{line("key", enter, 0), line("up", enter, 0)}));
-  EXPECT_EQ(focusedProcess(*display.server()), self);
+  EXPECT_EQ(x11::focusedProcess(*display.server()), self);
 }
 
 TEST_F(LinuxEventReceivers, KeysGoToAWindowInsideWhoHasTheFocus) {
   witness.focusInside();
   EXPECT_FALSE(press(other));
   EXPECT_TRUE(press(self));
-  EXPECT_EQ(focusedProcess(*display.server()), self);
+  EXPECT_EQ(x11::focusedProcess(*display.server()), self);
 }
 
 TEST_F(LinuxEventReceivers, KeysGoToNobodyWithoutAFocus) {
   witness.giveFocus(XCB_NONE);
   EXPECT_FALSE(press(self));
-  EXPECT_EQ(focusedProcess(*display.server()), std::nullopt);
+  EXPECT_EQ(x11::focusedProcess(*display.server()), std::nullopt);
 }
 
 TEST_F(LinuxEventReceivers, KeysGoWhereThePointerIsWhenTheFocusFollowsIt) {
@@ -311,4 +312,4 @@ TEST_F(LinuxEventReceivers, WhatTheUserHoldsComesBackWhenAnActionEndsEarly) {
 }
 
 }  // namespace
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::input

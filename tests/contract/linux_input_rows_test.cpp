@@ -5,7 +5,7 @@
 
 #include "platform/linux/input/linux_input_events.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::input {
 namespace {
 
 class LinuxInputRows : public testing::Test {
@@ -23,7 +23,7 @@ class LinuxInputRows : public testing::Test {
   }
 
   bool isButtonDown() {
-    XServer* server = display.server();
+    x11::Server* server = display.server();
     const auto pointer =
         server->take<xcb_query_pointer_reply_t>(xcb_query_pointer(server->raw(), server->root()));
     return pointer && (pointer->mask & XCB_BUTTON_MASK_1) != 0;
@@ -37,7 +37,7 @@ class LinuxInputRows : public testing::Test {
   const MouseEvent down{MouseEventType::leftDown, {2, 2}, 1};
   const MouseEvent up{MouseEventType::leftUp, {2, 2}, 1};
 
-  XDisplay display;
+  x11::Display display;
   LinuxInputEvents events{display};
 };
 
@@ -96,4 +96,4 @@ TEST_F(LinuxInputRows, KeepNoSignalWaitingWhenTheyAreNeverPosted) {
 }
 
 }  // namespace
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::input

@@ -25,7 +25,7 @@
 #include <vector>
 
 #include "platform/linux/input/linux_input_events.h"
-#include "platform/linux/x11/x_display.h"
+#include "platform/linux/x11/connection.h"
 #include "platform/unicode.h"
 
 namespace tarqo {
@@ -167,8 +167,8 @@ class Driver {
   }
 
   Pid receiver_ = 0;
-  lnx::XDisplay display_;
-  lnx::LinuxInputEvents events_{display_};
+  lnx::x11::Display display_;
+  lnx::input::LinuxInputEvents events_{display_};
   /// Keeps a button down from one line to the next.
   std::unique_ptr<EventSource> pointer_ = events_.makeSource("");
 };

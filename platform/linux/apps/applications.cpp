@@ -8,8 +8,9 @@
 #include <utility>
 
 #include "platform/linux/base/proc.h"
+#include "platform/linux/base/spawn.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::apps {
 namespace {
 
 /// How many arguments of a command line may come before an interpreter's script.
@@ -41,12 +42,12 @@ ProcessEvidence launchEvidence(Pid pid, Pid parent) {
   return evidence;
 }
 
-/// Whether a process without windows was started for the display of this one, as far as its
-/// environment tells: a user may be logged in to several desktops, which all stand in one /proc.
+/// Whether a process without windows was started for our own display, as far as its environment
+/// says: a user may be logged in to several desktops, and /proc lists the processes of all.
 bool isOfThisDisplay(Pid pid) {
   const auto theirs = environmentOf(pid, "DISPLAY");
   const char* ours = std::getenv("DISPLAY");
-  return !theirs || ours == nullptr || isSameDisplay(*theirs, ours);
+  return !theirs || ours == nullptr || x11::isSameDisplay(*theirs, ours);
 }
 
 /// Whether a desktop entry has started a process for this display.
@@ -54,12 +55,12 @@ bool wasLaunchedHere(const std::vector<DesktopEntry>& entries, Pid pid, Pid pare
   return recordedEntry(entries, launchEvidence(pid, parent)) != nullptr && isOfThisDisplay(pid);
 }
 
-ProcessEvidence evidenceOf(Pid pid, Pid parent, const XWindows& windows) {
+ProcessEvidence evidenceOf(Pid pid, Pid parent, const x11::Windows& windows) {
   ProcessEvidence evidence = launchEvidence(pid, parent);
   evidence.program = programOf(pid).value_or("");
   evidence.commandLine = commandLineOf(pid);
   evidence.pathArguments = resolvedPaths(evidence.commandLine);
-  for (const XWindow& window : windows.frontToBack) {
+  for (const x11::Window& window : windows.frontToBack) {
     if (window.pid != pid || !window.managed) {
       continue;
     }
@@ -75,9 +76,9 @@ ProcessEvidence evidenceOf(Pid pid, Pid parent, const XWindows& windows) {
   return evidence;
 }
 
-ActivationPolicy policyOf(Pid pid, const XWindows& windows) {
+ActivationPolicy policyOf(Pid pid, const x11::Windows& windows) {
   ActivationPolicy policy = ActivationPolicy::prohibited;
-  for (const XWindow& window : windows.frontToBack) {
+  for (const x11::Window& window : windows.frontToBack) {
     if (window.pid == pid && window.isOrdinary()) {
       return ActivationPolicy::regular;
     }
@@ -90,9 +91,10 @@ ActivationPolicy policyOf(Pid pid, const XWindows& windows) {
 
 std::string fileName(const std::string& path) { return path.substr(path.rfind('/') + 1); }
 
-bool ownsManagedWindow(Pid pid, const XWindows& windows) {
-  return std::any_of(windows.frontToBack.begin(), windows.frontToBack.end(),
-                     [pid](const XWindow& window) { return window.managed && window.pid == pid; });
+bool ownsManagedWindow(Pid pid, const x11::Windows& windows) {
+  return std::any_of(
+      windows.frontToBack.begin(), windows.frontToBack.end(),
+      [pid](const x11::Window& window) { return window.managed && window.pid == pid; });
 }
 
 }  // namespace
@@ -102,13 +104,10 @@ bool isAlive(const ApplicationId& application) {
   return status && !status->zombie && status->startTicks == application.instance;
 }
 
-XWindows Applications::windows() {
-  XServer* server = display_.server();
-  return server != nullptr ? readWindows(*server) : XWindows();
-}
+x11::Windows Applications::windows() { return x11::readWindows(display_); }
 
 RunningApplication Applications::describe(Pid pid, std::uint64_t instance,
-                                          const XWindows& windows) {
+                                          const x11::Windows& windows) {
   RunningApplication application;
   application.id = {pid, instance};
   application.policy = policyOf(pid, windows);
@@ -129,10 +128,10 @@ RunningApplication Applications::describe(Pid pid, std::uint64_t instance,
 }
 
 std::vector<RunningApplication> Applications::running() {
-  const XWindows now = windows();
+  const x11::Windows now = windows();
   using Process = std::pair<std::uint64_t, Pid>;  // Sorts by the time of the start.
   std::set<Process> withWindows;
-  for (const XWindow& window : now.frontToBack) {
+  for (const x11::Window& window : now.frontToBack) {
     const auto status = window.managed ? processStatus(window.pid) : std::nullopt;
     if (status && !status->zombie) {
       withWindows.emplace(status->startTicks, window.pid);
@@ -161,7 +160,7 @@ std::optional<RunningApplication> Applications::running(Pid pid) {
   if (!status || status->zombie) {
     return std::nullopt;
   }
-  const XWindows now = windows();
+  const x11::Windows now = windows();
   if (!ownsManagedWindow(pid, now) && !wasLaunchedHere(*entries_.entries(), pid, status->parent)) {
     return std::nullopt;
   }
@@ -177,7 +176,7 @@ FoundEntry Applications::entryOf(Pid pid) {
   return {entries, matchingEntry(*entries, evidenceOf(pid, status->parent, windows()))};
 }
 
-std::string Applications::nameOf(Pid pid, const XWindows& windows) {
+std::string Applications::nameOf(Pid pid, const x11::Windows& windows) {
   const auto status = processStatus(pid);
   if (!status) {
     return {};
@@ -190,4 +189,4 @@ std::string Applications::nameOf(Pid pid, const XWindows& windows) {
   return known.name;
 }
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::apps

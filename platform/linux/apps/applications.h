@@ -1,6 +1,6 @@
 // The running applications, put together from the window list, /proc and the desktop entries.
 //
-// One object belongs to one thread. Asks the X server and reads the file system, never an
+// One object belongs to one thread. Queries the X server and reads the file system, never an
 // application.
 #pragma once
 
@@ -13,33 +13,36 @@
 
 #include "platform/linux/apps/desktop_entries.h"
 #include "platform/linux/apps/process_to_entry.h"
-#include "platform/linux/x11/windows.h"
+#include "platform/linux/x11/window_reader.h"
 #include "platform/workspace.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::apps {
 
 class Applications {
  public:
-  [[nodiscard]] XDisplay& display() { return display_; }
-  [[nodiscard]] EntryIndex& entries() { return entries_; }
+  /// `display` is kept by reference and outlives this.
+  explicit Applications(x11::Display& display) : display_(display) {}
+
+  [[nodiscard]] x11::Display& display() { return display_; }
+  [[nodiscard]] DesktopEntries& entries() { return entries_; }
 
   /// The windows now; empty when there is no display.
-  [[nodiscard]] XWindows windows();
+  [[nodiscard]] x11::Windows windows();
 
   /// Every process that owns a window a window manager knows, in the order in which they were
   /// started, and after them those without one that a desktop entry has started on this display.
   [[nodiscard]] std::vector<RunningApplication> running();
 
-  /// One of those; none when the process is no application.
+  /// One of those; nullopt when the process is not an application.
   [[nodiscard]] std::optional<RunningApplication> running(Pid pid);
 
-  /// The desktop entry that a process belongs to; null when there is none. The process need not be
+  /// The desktop entry that a process belongs to; null when no entry fits. The process need not be
   /// an application: a program run from a shell has the entry of its program too.
   [[nodiscard]] FoundEntry entryOf(Pid pid);
 
   /// The name a user knows the process by: its application's, else its program's. Empty when the
   /// process is gone. Remembered for the life of the process.
-  [[nodiscard]] std::string nameOf(Pid pid, const XWindows& windows);
+  [[nodiscard]] std::string nameOf(Pid pid, const x11::Windows& windows);
 
  private:
   struct Known {
@@ -48,14 +51,14 @@ class Applications {
   };
 
   [[nodiscard]] RunningApplication describe(Pid pid, std::uint64_t instance,
-                                            const XWindows& windows);
+                                            const x11::Windows& windows);
 
-  XDisplay display_;
-  EntryIndex entries_;
+  x11::Display& display_;
+  DesktopEntries entries_;
   std::unordered_map<Pid, Known> names_;
 };
 
 /// Whether the process is the one meant, and runs.
 [[nodiscard]] bool isAlive(const ApplicationId& application);
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::apps

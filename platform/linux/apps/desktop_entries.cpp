@@ -1,7 +1,6 @@
 #include "platform/linux/apps/desktop_entries.h"
 
 #include <dirent.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -11,15 +10,16 @@
 #include <utility>
 
 #include "platform/linux/base/proc.h"
+#include "platform/linux/base/spawn.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::apps {
 namespace {
 
 constexpr int kMaxFolderDepth = 5;
 constexpr std::size_t kMaxFolders = 200;
 
-/// To list all applications takes thousands of questions, and there may be hundreds of folders.
-constexpr std::chrono::milliseconds kLookedAtFor{20};
+/// Listing applications makes thousands of lookups, and there may be hundreds of folders.
+constexpr std::chrono::milliseconds kCheckInterval{20};
 
 std::string variable(const char* name, const std::string& fallback) {
   const char* value = std::getenv(name);
@@ -59,17 +59,6 @@ std::optional<timespec> changeTime(const std::string& path) {
     return std::nullopt;
   }
   return status.st_mtim;
-}
-
-bool isProgram(const std::string& path) {
-  struct stat status {};
-  return ::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
-         ::access(path.c_str(), X_OK) == 0;
-}
-
-std::string withLinksResolved(const std::string& path) {
-  const std::unique_ptr<char, void (*)(void*)> real(::realpath(path.c_str(), nullptr), &std::free);
-  return real ? std::string(real.get()) : path;
 }
 
 void completeForThisMachine(DesktopEntry& entry, const std::vector<std::string>& desktops) {
@@ -178,28 +167,15 @@ EntryListing listEntries(const std::string& folder) {
   return listing;
 }
 
-std::string resolvedProgram(const std::string& program) {
-  if (program.find('/') != std::string::npos) {
-    return isProgram(program) ? withLinksResolved(program) : std::string();
-  }
-  for (const std::string& folder : splitList(variable("PATH", "/usr/bin:/bin"), ':')) {
-    const std::string path = joined(folder, program);
-    if (isProgram(path)) {
-      return withLinksResolved(path);
-    }
-  }
-  return {};
-}
-
-bool EntryIndex::upToDate() {
+bool DesktopEntries::upToDate() {
   if (folders_.empty()) {
     return false;
   }
   const auto now = std::chrono::steady_clock::now();
-  if (now - lookedAt_ < kLookedAtFor) {
+  if (now - checkedAt_ < kCheckInterval) {
     return true;
   }
-  lookedAt_ = now;
+  checkedAt_ = now;
   return std::all_of(folders_.begin(), folders_.end(), [](const Folder& folder) {
     const auto changed = changeTime(folder.path);
     if (!changed || !folder.changed) {
@@ -209,7 +185,7 @@ bool EntryIndex::upToDate() {
   });
 }
 
-void EntryIndex::read() {
+void DesktopEntries::read() {
   const auto now = std::chrono::steady_clock::now();
   const auto locales = userLocales();
   const auto desktops = splitList(variable("XDG_CURRENT_DESKTOP", ""), ':');
@@ -249,17 +225,17 @@ void EntryIndex::read() {
   entries_ = all;
   byPath_ = std::move(byPath);
   folders_ = std::move(folders);
-  lookedAt_ = now;
+  checkedAt_ = now;
 }
 
-Entries EntryIndex::entries() {
+Entries DesktopEntries::entries() {
   if (!upToDate()) {
     read();
   }
   return entries_;
 }
 
-FoundEntry EntryIndex::byId(std::string_view id) {
+FoundEntry DesktopEntries::byId(std::string_view id) {
   const Entries all = entries();
   const auto found = std::lower_bound(
       all->begin(), all->end(), id,
@@ -267,10 +243,10 @@ FoundEntry EntryIndex::byId(std::string_view id) {
   return found != all->end() && found->id == id ? FoundEntry(all, &*found) : nullptr;
 }
 
-FoundEntry EntryIndex::byPath(const std::string& path) {
+FoundEntry DesktopEntries::byPath(const std::string& path) {
   const Entries all = entries();
   const auto found = byPath_.find(path);
   return found != byPath_.end() ? FoundEntry(all, found->second) : nullptr;
 }
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::apps

@@ -1,6 +1,6 @@
 // The desktop entries installed on this machine, kept up to date with the folders they lie in.
 //
-// One index belongs to one thread. Reads the file system; waits for nothing.
+// One object belongs to one thread. Reads the file system; never waits.
 #pragma once
 
 #include <sys/stat.h>
@@ -15,7 +15,7 @@
 
 #include "platform/linux/apps/desktop_entry.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::apps {
 
 /// The folders of entries: those of the system in reverse order of preference, then the user's own,
 /// so that later ones overrule earlier ones. By XDG_DATA_DIRS and XDG_DATA_HOME.
@@ -29,51 +29,46 @@ struct EntryListing {
 };
 
 /// Reads a folder of entries and those below it; empty when it cannot be listed. Links to folders
-/// are followed, no folder is read twice, none deeper than 5 levels, and no more than 200 in all: a
-/// link may well lead to a whole disk.
+/// are followed, no folder is read twice, and no more than 5 levels or 200 folders are read: a link
+/// may lead to a whole disk.
 [[nodiscard]] EntryListing listEntries(const std::string& folder);
 
-/// The program for a name or a path, as a launch would find it, links resolved; empty if there is
-/// none. By PATH.
-[[nodiscard]] std::string resolvedProgram(const std::string& program);
-
-/// Entries as they were read at one time, in the order of their ids. Whoever holds them keeps them,
-/// whatever is installed or removed meanwhile.
+/// The entries as read at one time, in the order of their ids: a snapshot that stays valid whatever
+/// is installed or removed later.
 using Entries = std::shared_ptr<const std::vector<DesktopEntry>>;
 
-/// One of those; null for none.
+/// One of those, which keeps them all; null when no entry was found.
 using FoundEntry = std::shared_ptr<const DesktopEntry>;
 
-class EntryIndex {
+class DesktopEntries {
  public:
-  EntryIndex() = default;
-  EntryIndex(const EntryIndex&) = delete;
-  EntryIndex& operator=(const EntryIndex&) = delete;
+  DesktopEntries() = default;
+  DesktopEntries(const DesktopEntries&) = delete;
+  DesktopEntries& operator=(const DesktopEntries&) = delete;
 
-  /// The entries in force, one for each id. An entry that its user has deleted is none. Read again
-  /// when a folder has changed, for which the folders are looked at 20 ms after the last time at
-  /// the earliest.
+  /// The entries in force, one for each id. Entries marked Hidden=true are left out. Read again
+  /// when a folder has changed; folders are checked at most every 20 ms.
   [[nodiscard]] Entries entries();
 
-  /// The entry in force for an id; null when there is none.
+  /// The entry in force for an id; null when the id has no entry.
   [[nodiscard]] FoundEntry byId(std::string_view id);
 
-  /// The entry in a file; null when there is none there or another one overrules it.
+  /// The entry in a file; null when the file holds none, or another file overrules it.
   [[nodiscard]] FoundEntry byPath(const std::string& path);
 
  private:
   struct Folder {
     std::string path;
-    std::optional<timespec> changed;  ///< None while the folder is missing.
+    std::optional<timespec> changed;  ///< Absent while the folder is missing.
   };
 
   [[nodiscard]] bool upToDate();
   void read();
 
   std::vector<Folder> folders_;
-  std::chrono::steady_clock::time_point lookedAt_;
+  std::chrono::steady_clock::time_point checkedAt_;
   Entries entries_;
   std::unordered_map<std::string_view, const DesktopEntry*> byPath_;  ///< Both in `entries_`.
 };
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::apps

@@ -4,7 +4,7 @@
 #include <map>
 #include <utility>
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::apps {
 namespace {
 
 constexpr std::string_view kSuffix = ".desktop";
@@ -285,4 +285,4 @@ bool isShownIn(const DesktopEntry& entry, const std::vector<std::string>& curren
   return entry.onlyShowIn.empty() || intersect(entry.onlyShowIn, currentDesktops);
 }
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::apps

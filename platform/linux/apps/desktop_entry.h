@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::apps {
 
 struct DesktopEntry {
   std::string id;    ///< `entryIdOf` the file, of which the folder of entries is known to the index
@@ -25,7 +25,7 @@ struct DesktopEntry {
   bool noDisplay = false;
   bool terminal = false;
 
-  /// What follows from the entry on this machine; set by `EntryIndex`.
+  /// What follows from the entry on this machine; set by `DesktopEntries`.
   std::vector<std::string> command;  ///< `commandOf`.
   std::string program;      ///< The program of the command, links resolved; empty if missing.
   bool launchable = false;  ///< A user may launch it and then see windows of it.
@@ -62,4 +62,4 @@ struct DesktopEntry {
 /// The parts of a text between separators, without empty parts.
 [[nodiscard]] std::vector<std::string> splitList(std::string_view text, char separator);
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::apps

@@ -14,7 +14,7 @@
 #include "platform/linux/base/spawn.h"
 #include "platform/linux/x11/window_manager.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::apps {
 namespace {
 
 using SteadyClock = std::chrono::steady_clock;
@@ -96,9 +96,9 @@ class LaunchWatch {
  private:
   /// The application with a window that is the child, its descendant, or another instance of it.
   std::optional<RunningApplication> withWindow() {
-    const XWindows windows = applications_.windows();
+    const x11::Windows windows = applications_.windows();
     std::set<Pid> asked;
-    for (const XWindow& window : windows.frontToBack) {
+    for (const x11::Window& window : windows.frontToBack) {
       if (!window.isOrdinary() || !window.viewable || !asked.insert(window.pid).second) {
         continue;
       }
@@ -112,7 +112,8 @@ class LaunchWatch {
 
   const DesktopEntry& entry_;
   Pid child_;
-  Applications applications_;
+  x11::Display display_;
+  Applications applications_{display_};
   bool ended_ = false;
   ChildEnd end_;
 };
@@ -156,4 +157,4 @@ void launch(const DesktopEntry& entry, const std::vector<std::string>& extraArgu
   }
 }
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::apps

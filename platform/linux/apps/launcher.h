@@ -7,7 +7,7 @@
 #include "platform/bundles.h"
 #include "platform/linux/apps/desktop_entry.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::apps {
 
 /// Starts the entry's program with `extraArguments` behind its own, on a thread of its own, where
 /// the child is also collected when it ends. The child knows by its environment which entry it is
@@ -20,4 +20,4 @@ namespace tarqo::lnx {
 void launch(const DesktopEntry& entry, const std::vector<std::string>& extraArguments,
             OpenCompletion completion);
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::apps

@@ -7,7 +7,7 @@
 #include "platform/linux/apps/launcher.h"
 #include "platform/linux/x11/window_manager.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::apps {
 
 std::vector<std::string> LinuxBundles::applicationFolders() { return entryFolders(); }
 
@@ -62,20 +62,20 @@ bool LinuxBundles::showExisting(const std::string& bundleId, bool activates,
                                 const OpenCompletion& completion) {
   const std::vector<RunningApplication> running = applications_.running();
   // Only now, since a server that is lost meanwhile is given up by the next who asks for it.
-  XServer* server = applications_.display().server();
+  x11::Server* server = applications_.display().server();
   if (server == nullptr) {
     return false;
   }
-  const XWindows windows = readWindows(*server);
+  const x11::Windows windows = x11::readWindows(*server);
   for (const RunningApplication& application : running) {
-    const XWindow* window = application.bundleId == bundleId
-                                ? principalWindow(windows, application.id.pid, true)
-                                : nullptr;
+    const x11::Window* window = application.bundleId == bundleId
+                                    ? x11::principalWindow(windows, application.id.pid, true)
+                                    : nullptr;
     if (window == nullptr) {
       continue;
     }
     if (activates || window->minimised) {
-      activateWindow(*server, windows, *window);
+      x11::activateWindow(*server, windows, *window);
     }
     completion({application, std::nullopt});
     return true;
@@ -103,4 +103,4 @@ void LinuxBundles::openSite(const std::string& bundleId, const std::string& site
   }
 }
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::apps

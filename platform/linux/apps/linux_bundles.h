@@ -4,7 +4,7 @@
 #include "platform/bundles.h"
 #include "platform/linux/apps/applications.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::apps {
 
 /// A bundle is a ".desktop" file, its identifier the name of that file without the ending. Entries
 /// that another folder's entry of the same name overrules do not count, nor do those that no user
@@ -42,4 +42,4 @@ class LinuxBundles final : public Bundles {
   FoundEntry found_;  ///< By `pathForIdentifier`, the last time.
 };
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::apps

@@ -7,11 +7,10 @@
 #include <exception>
 #include <thread>
 
-#include "platform/linux/apps/desktop_entries.h"
 #include "platform/linux/base/proc.h"
 #include "platform/linux/base/spawn.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::apps {
 namespace {
 
 class LinuxChild final : public Child {
@@ -94,4 +93,4 @@ std::optional<std::string> LinuxProcesses::readFile(const std::string& path) {
 
 void LinuxProcesses::removeFile(const std::string& path) { ::unlink(path.c_str()); }
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::apps

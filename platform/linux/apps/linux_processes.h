@@ -3,7 +3,7 @@
 
 #include "platform/processes.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::apps {
 
 class LinuxProcesses final : public Processes {
  public:
@@ -19,4 +19,4 @@ class LinuxProcesses final : public Processes {
   void removeFile(const std::string& path) override;
 };
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::apps

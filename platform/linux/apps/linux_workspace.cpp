@@ -1,17 +1,17 @@
 #include "platform/linux/apps/linux_workspace.h"
 
-#include "platform/linux/input/event_receivers.h"
+#include "platform/linux/x11/focus.h"
 #include "platform/linux/x11/window_manager.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::apps {
 namespace {
 
-bool isHiddenWithTheDesktopShown(const XWindows& windows, Pid pid) {
+bool isHiddenWithTheDesktopShown(const x11::Windows& windows, Pid pid) {
   if (!windows.showingDesktop) {
     return false;
   }
   bool hasWindow = false;
-  for (const XWindow& window : windows.frontToBack) {
+  for (const x11::Window& window : windows.frontToBack) {
     if (window.pid == pid && window.isOrdinary()) {
       if (window.viewable) {
         return false;
@@ -49,27 +49,28 @@ bool LinuxWorkspace::isHidden(const ApplicationId& application) {
 }
 
 void LinuxWorkspace::unhide(const ApplicationId& application) {
-  XServer* server = applications_.display().server();
-  if (server == nullptr || !isHiddenWithTheDesktopShown(readWindows(*server), application.pid)) {
+  x11::Server* server = applications_.display().server();
+  if (server == nullptr ||
+      !isHiddenWithTheDesktopShown(x11::readWindows(*server), application.pid)) {
     return;
   }
-  endShowingDesktop(*server);
+  x11::endShowingDesktop(*server);
 }
 
 void LinuxWorkspace::activate(const ApplicationId& application) {
-  XServer* server = applications_.display().server();
+  x11::Server* server = applications_.display().server();
   if (server == nullptr || !isAlive(application)) {
     return;
   }
-  const XWindows windows = readWindows(*server);
-  if (const XWindow* window = principalWindow(windows, application.pid, false)) {
-    activateWindow(*server, windows, *window);
+  const x11::Windows windows = x11::readWindows(*server);
+  if (const x11::Window* window = x11::principalWindow(windows, application.pid, false)) {
+    x11::activateWindow(*server, windows, *window);
   }
 }
 
 std::optional<Pid> LinuxWorkspace::frontmostApplication() {
-  XServer* server = applications_.display().server();
-  return server != nullptr ? focusedProcess(*server) : std::nullopt;
+  x11::Server* server = applications_.display().server();
+  return server != nullptr ? x11::focusedProcess(*server) : std::nullopt;
 }
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::apps

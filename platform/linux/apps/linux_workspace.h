@@ -5,7 +5,7 @@
 #include "platform/linux/apps/applications.h"
 #include "platform/workspace.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::apps {
 
 /// X11 knows no hidden applications: what a user can do to all windows of an application at once is
 /// to show the desktop, and only that counts as hiding. A minimised window is minimised, not
@@ -29,4 +29,4 @@ class LinuxWorkspace final : public Workspace {
   Applications& applications_;
 };
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::apps

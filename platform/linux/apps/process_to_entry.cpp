@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <optional>
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::apps {
 namespace {
 
 bool equalIgnoringCase(std::string_view a, std::string_view b) {
@@ -202,4 +202,4 @@ const DesktopEntry* matchingEntry(const std::vector<DesktopEntry>& entries,
   return evidence.ownsWindows ? entryOfControlGroup(entries, evidence) : nullptr;
 }
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::apps

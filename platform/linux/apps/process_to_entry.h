@@ -8,7 +8,7 @@
 
 #include "platform/linux/apps/desktop_entry.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::apps {
 
 /// What is known of a process; what is not is empty.
 struct ProcessEvidence {
@@ -39,4 +39,4 @@ struct ProcessEvidence {
 [[nodiscard]] const DesktopEntry* matchingEntry(const std::vector<DesktopEntry>& entries,
                                                 const ProcessEvidence& evidence);
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::apps

@@ -1,5 +1,5 @@
-// What /proc tells about processes. Any thread; each call reads a small file and waits for nothing.
-// A process that is gone, or that belongs to another user, gives the empty answer.
+// What /proc reports about processes. Any thread; each call reads a small file and never waits. The
+// answer is empty for a process that is gone or belongs to another user.
 #pragma once
 
 #include <cstdint>
@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/accessibility.h"
+#include "platform/process_id.h"
 
 namespace tarqo::lnx {
 
@@ -19,7 +19,7 @@ struct ProcessStatus {
       0;  ///< Since the system was started; with the pid, it names a process.
 };
 
-/// The bytes of a file; none when it cannot be read.
+/// The bytes of a file; nullopt when it cannot be read.
 [[nodiscard]] std::optional<std::string> readWholeFile(const std::string& path);
 
 [[nodiscard]] std::optional<ProcessStatus> processStatus(Pid pid);

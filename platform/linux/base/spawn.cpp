@@ -3,12 +3,15 @@
 #include <fcntl.h>
 #include <linux/close_range.h>
 #include <signal.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstdlib>
+#include <memory>
 #include <string_view>
 
 namespace tarqo::lnx {
@@ -75,7 +78,7 @@ void closeOtherFilesOnExec() {
 
 [[noreturn]] void giveUp(int pipe) {
   const int error = errno;
-  // When even this cannot be written, the reader takes the program for started, and its end shows.
+  // If even this write fails, the program counts as started, and as ended at once.
   [[maybe_unused]] const ssize_t written = ::write(pipe, &error, sizeof(error));
   ::_exit(127);
 }
@@ -123,7 +126,35 @@ bool makePipe(std::array<int, 2>& pipe) {
   return true;
 }
 
+bool isProgram(const std::string& path) {
+  struct stat status {};
+  return ::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
+         ::access(path.c_str(), X_OK) == 0;
+}
+
+std::string withLinksResolved(const std::string& path) {
+  const std::unique_ptr<char, void (*)(void*)> real(::realpath(path.c_str(), nullptr), &std::free);
+  return real ? std::string(real.get()) : path;
+}
+
 }  // namespace
+
+std::string resolvedProgram(const std::string& program) {
+  if (program.find('/') != std::string::npos) {
+    return isProgram(program) ? withLinksResolved(program) : std::string();
+  }
+  const char* variable = std::getenv("PATH");
+  std::string_view folders = variable != nullptr && *variable != '\0' ? variable : "/usr/bin:/bin";
+  while (!folders.empty()) {
+    const std::size_t end = std::min(folders.find(':'), folders.size());
+    const std::string path = std::string(folders.substr(0, end)) + "/" + program;
+    if (end > 0 && isProgram(path)) {
+      return withLinksResolved(path);
+    }
+    folders.remove_prefix(std::min(end + 1, folders.size()));
+  }
+  return {};
+}
 
 Spawned spawn(const SpawnRequest& request) {
   Prepared made = prepare(request);

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/accessibility.h"
+#include "platform/process_id.h"
 
 namespace tarqo::lnx {
 
@@ -17,17 +17,21 @@ struct SpawnRequest {
   std::vector<std::string> environment;  ///< "NAME=value" each.
   std::string folder;                    ///< To work in; the helper's own when empty.
   bool ownSession = false;               ///< Apart from the terminal and its signals.
-  /// The name of a variable to be set to the child's own process id; none when empty.
+  /// The name of a variable to be set to the child's own process id; no variable when empty.
   std::string pidVariable;
 };
 
-/// The child, or why there is none.
+/// The child, or why it could not be started.
 struct Spawned {
   Pid pid = 0;    ///< 0 when the program could not be started.
   int error = 0;  ///< The `errno` of that.
 };
 
-/// Starts a program. Whoever called must see to it that the child is waited for.
+/// The program for a name, found by PATH, or for a path: where a launch finds it, links resolved.
+/// Empty when there is no such program.
+[[nodiscard]] std::string resolvedProgram(const std::string& program);
+
+/// Starts a program. The caller must make sure that the child is waited for.
 [[nodiscard]] Spawned spawn(const SpawnRequest& request);
 
 /// The helper's own environment, "NAME=value" each, without the variables of these names.
@@ -39,7 +43,7 @@ struct ChildEnd {
   int status = 0;
 };
 
-/// Whether a child has ended, and how. Collects it: a second call says that it is unknown, which
+/// Whether a child has ended, and how. Collects it: for a second call the child is unknown, which
 /// counts as an exit with status 0.
 [[nodiscard]] bool hasEnded(Pid child, ChildEnd& end);
 

@@ -2,24 +2,24 @@
 
 #include <xcb/composite.h>
 
-#include <algorithm>
 #include <chrono>
 #include <thread>
 
-#include "platform/linux/capture/x_image.h"
+#include "platform/linux/capture/window_pixels.h"
+#include "platform/linux/x11/window_reader.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::capture {
 namespace {
 
 /// How long an application is given to paint what was covered. Most need 20 ms.
 constexpr std::chrono::milliseconds kRepaintTime{80};
 
 /// Whether the screen lacks some of the window's pixels.
-bool isPartlyUnseen(const XWindows& windows, const XWindow& window) {
+bool isPartlyUnseen(const x11::Windows& windows, const x11::Window& window) {
   if (!windows.screen.contains(window.outermostArea)) {
     return true;
   }
-  for (const XWindow& other : windows.frontToBack) {
+  for (const x11::Window& other : windows.frontToBack) {
     if (other.outermost == window.outermost) {
       return false;
     }
@@ -32,7 +32,8 @@ bool isPartlyUnseen(const XWindows& windows, const XWindow& window) {
 
 }  // namespace
 
-bool LinuxScreenCapture::redirect(XServer& server, const XWindows& windows, const XWindow& window) {
+bool LinuxScreenCapture::redirect(x11::Server& server, const x11::Windows& windows,
+                                  const x11::Window& window) {
   const Redirected wanted{window.outermost, server.serial()};
   if (redirected_ == wanted) {
     return true;
@@ -49,7 +50,7 @@ bool LinuxScreenCapture::redirect(XServer& server, const XWindows& windows, cons
   return true;
 }
 
-void LinuxScreenCapture::forgetRedirected(XServer& server) {
+void LinuxScreenCapture::forgetRedirected(x11::Server& server) {
   if (redirected_.connection == server.serial()) {
     xcb_composite_unredirect_window(server.raw(), redirected_.window,
                                     XCB_COMPOSITE_REDIRECT_AUTOMATIC);
@@ -57,7 +58,8 @@ void LinuxScreenCapture::forgetRedirected(XServer& server) {
   redirected_ = {};
 }
 
-std::optional<Image> LinuxScreenCapture::redirectedImage(XServer& server, const XWindow& window) {
+std::optional<Image> LinuxScreenCapture::redirectedImage(x11::Server& server,
+                                                         const x11::Window& window) {
   xcb_connection_t* c = server.raw();
   const xcb_pixmap_t pixmap = xcb_generate_id(c);
   xcb_composite_name_window_pixmap(c, window.outermost, pixmap);
@@ -73,21 +75,19 @@ std::optional<Image> LinuxScreenCapture::redirectedImage(XServer& server, const 
 std::optional<Image> LinuxScreenCapture::windowImage(WindowNumber number,
                                                      WindowImageResolution /*resolution*/) {
   const std::lock_guard lock(mutex_);
-  XServer* server = display_.server();
+  x11::Server* server = display_.server();
   if (server == nullptr || !server->extensions().composite) {
     return std::nullopt;
   }
-  const XWindows windows = readWindows(*server);
-  const auto window = std::find_if(windows.frontToBack.begin(), windows.frontToBack.end(),
-                                   [number](const XWindow& each) { return each.client == number; });
-  if (window == windows.frontToBack.end() || !window->viewable ||
-      !redirect(*server, windows, *window)) {
+  const x11::Windows windows = x11::readWindows(*server);
+  const x11::Window* window = x11::findWindow(windows, number);
+  if (window == nullptr || !window->viewable || !redirect(*server, windows, *window)) {
     return std::nullopt;
   }
   auto image = redirectedImage(*server, *window);
   if (!image) {
-    // A server gives an application that starts the numbers of one that has ended, so the window
-    // may be another one than was redirected under its number.
+    // The server gives the window numbers of an application that has ended to the next one that
+    // starts, so this may be another window than was redirected under its number.
     forgetRedirected(*server);
     if (redirect(*server, windows, *window)) {
       image = redirectedImage(*server, *window);
@@ -103,7 +103,7 @@ void LinuxScreenCapture::displayRegion(const Screen& /*screen*/, const Rect& /*r
 
 std::optional<std::string> LinuxScreenCapture::obstacle() {
   const std::lock_guard lock(mutex_);
-  const XServer* server = display_.server();
+  const x11::Server* server = display_.server();
   if (server == nullptr) {
     return "No X11 display can be reached. Start the helper inside a graphical session, with "
            "DISPLAY set, then run again.";
@@ -120,4 +120,4 @@ std::optional<std::string> LinuxScreenCapture::obstacle() {
   return std::nullopt;
 }
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::capture

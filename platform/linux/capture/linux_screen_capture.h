@@ -3,9 +3,9 @@
 // The window's outermost ancestor is redirected into memory of its own, so the image holds what the
 // window and its decorations show and nothing of what lies over them, the application's own menus
 // included; parts that lie off the screen are there too. It works the same with and without a
-// compositor. The redirection is invisible to the user and to the application, and it is kept for
-// the window last captured: a window that is redirected anew holds, where it was covered or off the
-// screen, what lay there before until its application has painted it.
+// compositor. Neither the user nor the application sees the redirection. It is kept for the window
+// last captured: a newly redirected window shows, where it was covered or off the screen, what lay
+// there before, until its application has painted it.
 //
 // Where a window is translucent, the image shows it over black.
 #pragma once
@@ -15,11 +15,11 @@
 #include <string>
 #include <vector>
 
+#include "platform/linux/x11/connection.h"
 #include "platform/linux/x11/windows.h"
-#include "platform/linux/x11/x_display.h"
 #include "platform/screen_capture.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::capture {
 
 /// Any thread: it has a connection of its own, and one caller at a time uses it.
 class LinuxScreenCapture final : public ScreenCapture {
@@ -27,16 +27,16 @@ class LinuxScreenCapture final : public ScreenCapture {
   std::vector<CaptureTechnique> techniques() override { return {CaptureTechnique::windowImage}; }
   bool listsShareableWindows() override { return false; }
 
-  /// None for a window that is closed, minimised or not shown, or whose pixels are indices into a
-  /// table of colours. Both resolutions are the window's
-  /// own pixels. Waits for the server as long as any request, and 80 ms longer for a window that is
-  /// covered and was not captured last.
+  /// Nullopt for a window that is closed, minimised or not shown, or whose pixels are indices into
+  /// a table of colours. Both resolutions are the window's own pixels. Waits for the server as long
+  /// as any request, and 80 ms longer for a window that is covered and was not the last one
+  /// captured.
   std::optional<Image> windowImage(WindowNumber window, WindowImageResolution resolution) override;
 
   void shareableWindows(ShareableWindowsCompletion completion) override { completion({}); }
   void displayRegion(const Screen& screen, const Rect& region, ImageCompletion completion) override;
 
-  /// What is in the way of reading pixels, as a sentence that says what to do; none when nothing.
+  /// Why pixels cannot be read, as a sentence that says what to do; nullopt when they can.
   [[nodiscard]] std::optional<std::string> obstacle();
 
  private:
@@ -47,16 +47,16 @@ class LinuxScreenCapture final : public ScreenCapture {
     bool operator==(const Redirected&) const = default;
   };
 
-  /// Sees to it that the window's pixels are kept apart from the screen's; false when the server
-  /// refuses.
-  bool redirect(XServer& server, const XWindows& windows, const XWindow& window);
-  void forgetRedirected(XServer& server);
-  /// What a redirected window shows; none when it is not redirected after all.
-  [[nodiscard]] static std::optional<Image> redirectedImage(XServer& server, const XWindow& window);
+  /// Makes the server keep the window's pixels apart from the screen's; false when it refuses.
+  bool redirect(x11::Server& server, const x11::Windows& windows, const x11::Window& window);
+  void forgetRedirected(x11::Server& server);
+  /// What a redirected window shows; nullopt when it is not redirected after all.
+  [[nodiscard]] static std::optional<Image> redirectedImage(x11::Server& server,
+                                                            const x11::Window& window);
 
   std::mutex mutex_;
-  XDisplay display_;
+  x11::Display display_;
   Redirected redirected_;
 };
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::capture

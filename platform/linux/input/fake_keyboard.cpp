@@ -4,27 +4,28 @@
 
 #include <utility>
 
+#include "platform/linux/input/keyboard_map.h"
 #include "platform/linux/x11/server_grab.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::input {
 namespace {
 
-void fakeKey(XServer& server, std::uint8_t type, xcb_keycode_t key) {
+void fakeKey(x11::Server& server, std::uint8_t type, xcb_keycode_t key) {
   xcb_test_fake_input(server.raw(), type, key, XCB_CURRENT_TIME, XCB_NONE, 0, 0, 0);
 }
 
 }  // namespace
 
-void FakeKeyboard::release(XServer& server, xcb_keycode_t key) {
+void FakeKeyboard::release(x11::Server& server, xcb_keycode_t key) {
   fakeKey(server, XCB_KEY_RELEASE, key);
   if (const auto own = own_.find(key); own != own_.end()) {
     ++own->second;
   }
 }
 
-// A key that the user let go of after it had been pressed again on his behalf still counts as down
-// on the keyboard of XTEST, which would take the press for a repetition.
-void FakeKeyboard::press(XServer& server, xcb_keycode_t key) {
+// XTEST's keyboard has its own state. A key that was pressed again for the user and that they have
+// released since still counts as down there, and a press alone would count as a repetition.
+void FakeKeyboard::press(x11::Server& server, xcb_keycode_t key) {
   release(server, key);
   fakeKey(server, XCB_KEY_PRESS, key);
   if (const auto own = own_.find(key); own != own_.end()) {
@@ -32,7 +33,7 @@ void FakeKeyboard::press(XServer& server, xcb_keycode_t key) {
   }
 }
 
-void FakeKeyboard::setAside(XServer& server, std::optional<xcb_keycode_t> key) {
+void FakeKeyboard::setAside(x11::Server& server, std::optional<xcb_keycode_t> key) {
   if (!own_.empty()) {
     return;
   }
@@ -54,7 +55,7 @@ void FakeKeyboard::setAside(XServer& server, std::optional<xcb_keycode_t> key) {
   }
 }
 
-void FakeKeyboard::setAsideForPointer(XServer& server) {
+void FakeKeyboard::setAsideForPointer(x11::Server& server) {
   if (!server.extensions().keyboard) {
     return;
   }
@@ -66,9 +67,9 @@ void FakeKeyboard::setAsideForPointer(XServer& server) {
 }
 
 void FakeKeyboard::putBack() {
-  XServer* server = own_.empty() && locks_ == 0 ? nullptr : display_.server();
+  x11::Server* server = own_.empty() && locks_ == 0 ? nullptr : display_.server();
   if (server != nullptr && server->extensions().test) {
-    const ServerGrab grab(*server);
+    const x11::ServerGrab grab(*server);
     const auto releases = watch_ ? watch_->releases(*server) : std::map<xcb_keycode_t, int>();
     const auto own = std::exchange(own_, {});
     for (const auto& [key, byUs] : own) {
@@ -86,4 +87,4 @@ void FakeKeyboard::putBack() {
   signals_.reset();
 }
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::input

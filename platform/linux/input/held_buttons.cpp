@@ -4,16 +4,16 @@
 
 #include <algorithm>
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::input {
 namespace {
 
-void fakeButton(XServer& server, std::uint8_t type, std::uint8_t button) {
+void fakeButton(x11::Server& server, std::uint8_t type, std::uint8_t button) {
   xcb_test_fake_input(server.raw(), type, button, XCB_CURRENT_TIME, XCB_NONE, 0, 0, 0);
 }
 
 }  // namespace
 
-void HeldButtons::press(XServer& server, std::uint8_t button) {
+void HeldButtons::press(x11::Server& server, std::uint8_t button) {
   if (!signals_) {
     signals_.emplace();
   }
@@ -23,7 +23,7 @@ void HeldButtons::press(XServer& server, std::uint8_t button) {
   server.sync();
 }
 
-void HeldButtons::release(XServer& server, std::uint8_t button) {
+void HeldButtons::release(x11::Server& server, std::uint8_t button) {
   fakeButton(server, XCB_BUTTON_RELEASE, button);
   server.sync();
   down_.erase(std::remove(down_.begin(), down_.end(), button), down_.end());
@@ -33,7 +33,7 @@ void HeldButtons::release(XServer& server, std::uint8_t button) {
   }
 }
 
-void HeldButtons::click(XServer& server, std::uint8_t button, int count) {
+void HeldButtons::click(x11::Server& server, std::uint8_t button, int count) {
   keyboard_.setAsideForPointer(server);
   for (int click = 0; click < count; ++click) {
     fakeButton(server, XCB_BUTTON_PRESS, button);
@@ -52,7 +52,7 @@ void HeldButtons::releaseAll() {
   if (down_.empty()) {
     return;
   }
-  XServer* server = display_.server();
+  x11::Server* server = display_.server();
   if (server != nullptr && server->extensions().test) {
     std::for_each(down_.begin(), down_.end(),
                   [&](auto button) { fakeButton(*server, XCB_BUTTON_RELEASE, button); });
@@ -63,4 +63,4 @@ void HeldButtons::releaseAll() {
   signals_.reset();
 }
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::input

@@ -6,26 +6,25 @@
 #include <thread>
 
 #include "platform/linux/input/keysyms.h"
-#include "platform/linux/input/modifiers.h"
 #include "platform/linux/x11/server_grab.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::input {
 namespace {
 
-KeySymbols textMeaning(xcb_keysym_t keysym) { return KeySymbols::typing(keysym, keysym); }
+KeySymbols textSymbols(xcb_keysym_t keysym) { return KeySymbols::ofPair(keysym, keysym); }
 
-KeySymbols keyMeaning(xcb_keysym_t keysym) {
-  return KeySymbols::typing(keysym, shiftedKeysym(keysym));
+KeySymbols keySymbols(xcb_keysym_t keysym) {
+  return KeySymbols::ofPair(keysym, shiftedKeysym(keysym));
 }
 
 }  // namespace
 
-KeyRow::KeyRow(XDisplay& display, FakeKeyboard& keyboard, std::string_view text)
-    : display_(display), keyboard_(keyboard), text_(keysymsOfText(text)), borrowed_(display) {}
+KeySequence::KeySequence(x11::Display& display, FakeKeyboard& keyboard, std::string_view text)
+    : display_(display), keyboard_(keyboard), text_(keysymsOfText(text)), remapped_(display) {}
 
-XServer* KeyRow::begin() {
-  heedSignals();
-  XServer* server = display_.server();
+x11::Server* KeySequence::begin() {
+  exitIfSignalled();
+  x11::Server* server = display_.server();
   if (server == nullptr || !server->extensions().test || !server->extensions().keyboard) {
     return nullptr;
   }
@@ -39,52 +38,52 @@ XServer* KeyRow::begin() {
   return server;
 }
 
-bool KeyRow::learn(XServer& server) {
+bool KeySequence::learn(x11::Server& server) {
   const std::optional<KeyboardReading> now = readKeyboard(server);
   if (!now) {
     return false;
   }
-  keymap_ = borrowed_.ownKeys(now->keymap);
+  keymap_ = remapped_.ownKeys(now->keymap);
   layout_ = now->layout;
   numLock_ = numLockModifiers(server);
   return true;
 }
 
-bool KeyRow::isUnchanged(XServer& server) {
+bool KeySequence::isUnchanged(x11::Server& server) {
   const std::optional<KeyboardReading> now = readKeyboard(server);
-  if (!now || now->layout != layout_ || !borrowed_.holdIn(now->keymap) ||
-      borrowed_.ownKeys(now->keymap) != keymap_) {
+  if (!now || now->layout != layout_ || !remapped_.holdIn(now->keymap) ||
+      remapped_.ownKeys(now->keymap) != keymap_) {
     return false;
   }
   if ((now->locked & ~numLock_) != 0) {
-    // The user has switched it on since: had it been on before, he wants it off.
+    // The user has pressed the lock key since. A lock that was on before is meant to be off now.
     locks_ ^= switchLocksOff(server, numLock_);
   }
   return true;
 }
 
-bool KeyRow::reread() {
-  // Applications get the time that they have after a change of ours.
-  std::this_thread::sleep_for(kMeaningLearned);
-  borrowed_.renew();
-  XServer* server = begin();
+bool KeySequence::reread() {
+  // Applications get as much time as after a change of ours.
+  std::this_thread::sleep_for(kBeforeFirstUse);
+  remapped_.renew();
+  x11::Server* server = begin();
   return server != nullptr && learn(*server);
 }
 
-void KeyRow::heedSignals() {
+void KeySequence::exitIfSignalled() {
   if (signals_ && EndingSignals::pending()) {
     end();
   }
 }
 
-std::optional<xcb_keycode_t> KeyRow::keyOf(xcb_keysym_t keysym) const {
+std::optional<xcb_keycode_t> KeySequence::keyOf(xcb_keysym_t keysym) const {
   if (const auto own = keymap_->find(keysym, layout_, 0)) {
     return own;
   }
-  return borrowed_.find(keyMeaning(keysym));
+  return remapped_.find(keySymbols(keysym));
 }
 
-std::optional<KeyRow::Stroke> KeyRow::ownStroke(xcb_keysym_t keysym) const {
+std::optional<KeySequence::Stroke> KeySequence::ownStroke(xcb_keysym_t keysym) const {
   if (const auto plain = keymap_->find(keysym, layout_, 0)) {
     return Stroke{*plain, false};
   }
@@ -95,15 +94,15 @@ std::optional<KeyRow::Stroke> KeyRow::ownStroke(xcb_keysym_t keysym) const {
   return std::nullopt;
 }
 
-std::optional<KeyRow::Stroke> KeyRow::textStroke(xcb_keysym_t keysym) const {
+std::optional<KeySequence::Stroke> KeySequence::textStroke(xcb_keysym_t keysym) const {
   if (const auto own = ownStroke(keysym)) {
     return own;
   }
-  const auto lent = borrowed_.find(textMeaning(keysym));
-  return lent ? std::optional(Stroke{*lent, false}) : std::nullopt;
+  const auto remapped = remapped_.find(textSymbols(keysym));
+  return remapped ? std::optional(Stroke{*remapped, false}) : std::nullopt;
 }
 
-std::vector<KeyRow::Stroke> KeyRow::strokesOf(const std::string& text) const {
+std::vector<KeySequence::Stroke> KeySequence::strokesOf(const std::string& text) const {
   std::vector<Stroke> strokes;
   for (const xcb_keysym_t keysym : keysymsOfText(text)) {
     const auto stroke = textStroke(keysym);
@@ -115,7 +114,7 @@ std::vector<KeyRow::Stroke> KeyRow::strokesOf(const std::string& text) const {
   return strokes;
 }
 
-std::vector<xcb_keycode_t> KeyRow::chordOf(const KeyEvent& event) const {
+std::vector<xcb_keycode_t> KeySequence::chordOf(const KeyEvent& event) const {
   std::vector<xcb_keycode_t> chord;
   for (const ModifierKey& modifier : modifierKeys()) {
     if ((event.modifiers & modifier.mask) != 0) {
@@ -135,12 +134,12 @@ std::vector<xcb_keycode_t> KeyRow::chordOf(const KeyEvent& event) const {
   return chord;
 }
 
-bool KeyRow::lendFor(const std::vector<xcb_keysym_t>& keysyms) {
+bool KeySequence::mapFor(const std::vector<xcb_keysym_t>& keysyms) {
   std::vector<KeySymbols> wanted;
   const auto want = [&](xcb_keysym_t keysym) {
-    const KeySymbols meaning = textMeaning(keysym);
-    if (!ownStroke(keysym) && std::find(wanted.begin(), wanted.end(), meaning) == wanted.end()) {
-      wanted.push_back(meaning);
+    const KeySymbols symbols = textSymbols(keysym);
+    if (!ownStroke(keysym) && std::find(wanted.begin(), wanted.end(), symbols) == wanted.end()) {
+      wanted.push_back(symbols);
     }
   };
   std::for_each(keysyms.begin(), keysyms.end(), want);
@@ -148,20 +147,20 @@ bool KeyRow::lendFor(const std::vector<xcb_keysym_t>& keysyms) {
   if (urgent == 0) {
     return true;
   }
-  const std::size_t capacity = borrowed_.capacity();
+  const std::size_t capacity = remapped_.capacity();
   for (std::size_t next = typed_; next < text_.size() && wanted.size() < capacity; ++next) {
     want(text_[next]);
   }
-  return urgent <= capacity && borrowed_.lend(wanted, urgent);
+  return urgent <= capacity && remapped_.map(wanted, urgent);
 }
 
-bool KeyRow::lendFor(const KeyEvent& event) {
+bool KeySequence::mapFor(const KeyEvent& event) {
   const auto keysym = keysymOfKey(event.keyCode);
-  return keysym && (keyOf(*keysym) || borrowed_.lend({keyMeaning(*keysym)}, 1)) &&
+  return keysym && (keyOf(*keysym) || remapped_.map({keySymbols(*keysym)}, 1)) &&
          !chordOf(event).empty();
 }
 
-bool KeyRow::prepare(const TextEvent& event) {
+bool KeySequence::prepare(const TextEvent& event) {
   if (begin() == nullptr) {
     return false;
   }
@@ -174,18 +173,18 @@ bool KeyRow::prepare(const TextEvent& event) {
       std::equal(keysyms.begin(), keysyms.end(), rest)) {
     typed_ += keysyms.size();
   }
-  return lendFor(keysyms);
+  return mapFor(keysyms);
 }
 
-bool KeyRow::prepare(const KeyEvent& event) { return begin() != nullptr && lendFor(event); }
+bool KeySequence::prepare(const KeyEvent& event) { return begin() != nullptr && mapFor(event); }
 
-bool KeyRow::renew(const TextEvent& event) {
-  return reread() && lendFor(keysymsOfText(event.text));
+bool KeySequence::renew(const TextEvent& event) {
+  return reread() && mapFor(keysymsOfText(event.text));
 }
 
-bool KeyRow::renew(const KeyEvent& event) { return reread() && lendFor(event); }
+bool KeySequence::renew(const KeyEvent& event) { return reread() && mapFor(event); }
 
-void KeyRow::strike(XServer& server, const Stroke& stroke) {
+void KeySequence::strike(x11::Server& server, const Stroke& stroke) {
   const auto shift = stroke.shifted ? keymap_->find(XK_Shift_L, layout_, 0) : std::nullopt;
   if (shift) {
     keyboard_.press(server, *shift);
@@ -195,10 +194,10 @@ void KeyRow::strike(XServer& server, const Stroke& stroke) {
   if (shift) {
     keyboard_.release(server, *shift);
   }
-  borrowed_.touch(stroke.key);
+  remapped_.markUsed(stroke.key);
 }
 
-bool KeyRow::post(XServer& server, const TextEvent& event) {
+bool KeySequence::post(x11::Server& server, const TextEvent& event) {
   if (!event.down) {
     return true;
   }
@@ -214,7 +213,7 @@ bool KeyRow::post(XServer& server, const TextEvent& event) {
   return true;
 }
 
-bool KeyRow::post(XServer& server, const KeyEvent& event) {
+bool KeySequence::post(x11::Server& server, const KeyEvent& event) {
   if (!event.down) {
     release(server);
     return true;
@@ -229,28 +228,28 @@ bool KeyRow::post(XServer& server, const KeyEvent& event) {
   for (const xcb_keycode_t key : down_) {
     keyboard_.press(server, key);
   }
-  borrowed_.touch(down_.back());
+  remapped_.markUsed(down_.back());
   return true;
 }
 
-void KeyRow::release(XServer& server) {
+void KeySequence::release(x11::Server& server) {
   if (down_.empty()) {
     return;
   }
   std::for_each(down_.rbegin(), down_.rend(),
                 [&](xcb_keycode_t key) { keyboard_.release(server, key); });
-  borrowed_.touch(down_.back());
+  remapped_.markUsed(down_.back());
   down_.clear();
   keyboard_.putBack();
 }
 
-void KeyRow::end() {
-  if (XServer* server = down_.empty() ? nullptr : display_.server()) {
-    const ServerGrab grab(*server);
+void KeySequence::end() {
+  if (x11::Server* server = down_.empty() ? nullptr : display_.server()) {
+    const x11::ServerGrab grab(*server);
     release(*server);
   }
-  borrowed_.giveBack();
-  if (XServer* server = keymap_ ? display_.server() : nullptr) {
+  remapped_.restore();
+  if (x11::Server* server = keymap_ ? display_.server() : nullptr) {
     switchLocksOn(*server, locks_);
     server->sync();  // What a client that is gone has asked for last may be dropped.
   }
@@ -260,4 +259,4 @@ void KeyRow::end() {
   signals_.reset();  // Ends the process when a signal asked for that.
 }
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::input

@@ -1,12 +1,16 @@
 #include "platform/linux/input/keyboard_map.h"
 
+#include <X11/keysym.h>
+
 #include <algorithm>
 #include <cstring>
+#include <iterator>
 
-#include "platform/linux/input/xkb.h"
+#include "platform/linux/input/keysyms.h"
 #include "platform/linux/x11/server_grab.h"
+#include "platform/linux/x11/xkb.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::input {
 namespace {
 
 // The index of a type that every keyboard has. It takes Shift and Caps Lock for its own, so that
@@ -17,12 +21,12 @@ constexpr std::uint8_t kAlphabetic = 2;
 constexpr xcb_xkb_device_spec_t kFirstDevice = 2;
 constexpr xcb_xkb_device_spec_t kLastDevice = 63;
 
-auto requestSymbols(XServer& server, xcb_xkb_device_spec_t device) {
+auto requestSymbols(x11::Server& server, xcb_xkb_device_spec_t device) {
   return xcb_xkb_get_map(server.raw(), device, XCB_XKB_MAP_PART_KEY_SYMS, 0, 0, 0, 0, 0, 0, 0, 0, 0,
                          0, 0, 0, 0, 0, 0, 0);
 }
 
-/// The keys of a reply that holds nothing else; none when it is cut short.
+/// The keys of a reply that holds nothing else; nullopt when it is cut short.
 std::optional<Keymap> parse(const xcb_xkb_get_map_reply_t& reply) {
   const auto* at = static_cast<const std::uint8_t*>(xcb_xkb_get_map_map(&reply));
   constexpr std::size_t kFixedPart = 32;  // Of any reply; `length` counts what follows, in words.
@@ -50,7 +54,7 @@ std::optional<Keymap> parse(const xcb_xkb_get_map_reply_t& reply) {
 }
 
 template <typename Cookie>
-std::optional<Keymap> takeKeymap(XServer& server, Cookie cookie) {
+std::optional<Keymap> takeKeymap(x11::Server& server, Cookie cookie) {
   const auto reply = server.take<xcb_xkb_get_map_reply_t>(cookie);
   return reply ? parse(*reply) : std::nullopt;
 }
@@ -61,7 +65,7 @@ void append(std::vector<std::uint8_t>& bytes, const void* data, std::size_t size
 }
 
 /// Writes the keys from `first` to `last`, all of them.
-bool write(XServer& server, const Keymap& keymap, xcb_keycode_t first, xcb_keycode_t last) {
+bool write(x11::Server& server, const Keymap& keymap, xcb_keycode_t first, xcb_keycode_t last) {
   std::vector<std::uint8_t> bytes;
   std::size_t symbols = 0;
   for (int key = first; key <= last; ++key) {
@@ -88,7 +92,7 @@ bool allEqual(const std::vector<Keymap>& keymaps, const Keymap& keymap) {
                      [&](const Keymap& each) { return each == keymap; });
 }
 
-/// Changes the keys that still are what they are to be changed from; gives these, in order.
+/// Changes the keys that still type what they must; returns them in order.
 std::vector<xcb_keycode_t> apply(Keymap& keymap,
                                  const std::map<xcb_keycode_t, KeyChange>& changes) {
   std::vector<xcb_keycode_t> changed;
@@ -101,9 +105,32 @@ std::vector<xcb_keycode_t> apply(Keymap& keymap,
   return changed;
 }
 
+using ModifierMapping = x11::Reply<xcb_get_modifier_mapping_reply_t>;
+
+constexpr std::size_t kModifierCount = 8;
+
+std::vector<xcb_keycode_t> keysOf(const ModifierMapping& mapping) {
+  if (!mapping) {
+    return {};
+  }
+  const xcb_keycode_t* keys = xcb_get_modifier_mapping_keycodes(mapping.get());
+  return {keys, keys + xcb_get_modifier_mapping_keycodes_length(mapping.get())};
+}
+
+x11::Reply<xcb_xkb_get_state_reply_t> currentState(x11::Server& server) {
+  return server.take<xcb_xkb_get_state_reply_t>(
+      xcb_xkb_get_state(server.raw(), XCB_XKB_ID_USE_CORE_KBD));
+}
+
+void changeState(x11::Server& server, std::uint8_t affected, std::uint8_t locked) {
+  constexpr std::uint8_t kAll = 0xff;
+  xcb_xkb_latch_lock_state(server.raw(), XCB_XKB_ID_USE_CORE_KBD, affected, locked, 0, 0, kAll, 0,
+                           0);
+}
+
 }  // namespace
 
-KeySymbols KeySymbols::typing(xcb_keysym_t plain, xcb_keysym_t shifted) {
+KeySymbols KeySymbols::ofPair(xcb_keysym_t plain, xcb_keysym_t shifted) {
   return {{kAlphabetic, kAlphabetic, kAlphabetic, kAlphabetic}, 1, 2, {plain, shifted}};
 }
 
@@ -143,11 +170,11 @@ std::optional<xcb_keycode_t> Keymap::find(xcb_keysym_t keysym, std::size_t group
              : std::optional(static_cast<xcb_keycode_t>(first + (found - keys.begin())));
 }
 
-std::optional<Keymap> readKeymap(XServer& server) {
+std::optional<Keymap> readKeymap(x11::Server& server) {
   return takeKeymap(server, requestSymbols(server, XCB_XKB_ID_USE_CORE_KBD));
 }
 
-std::vector<Keymap> readKeymapsOfDevices(XServer& server) {
+std::vector<Keymap> readKeymapsOfDevices(x11::Server& server) {
   std::vector<xcb_xkb_get_map_cookie_t> cookies;
   for (xcb_xkb_device_spec_t device = kFirstDevice; device <= kLastDevice; ++device) {
     cookies.push_back(requestSymbols(server, device));
@@ -161,7 +188,7 @@ std::vector<Keymap> readKeymapsOfDevices(XServer& server) {
   return keymaps;
 }
 
-std::optional<KeyboardReading> readKeyboard(XServer& server) {
+std::optional<KeyboardReading> readKeyboard(x11::Server& server) {
   const auto stateCookie = xcb_xkb_get_state(server.raw(), XCB_XKB_ID_USE_CORE_KBD);
   auto keymap = readKeymap(server);
   const auto state = server.take<xcb_xkb_get_state_reply_t>(stateCookie);
@@ -172,8 +199,8 @@ std::optional<KeyboardReading> readKeyboard(XServer& server) {
                          static_cast<std::uint8_t>(state->lockedMods | state->latchedMods)};
 }
 
-bool rebind(XServer& server, const std::map<xcb_keycode_t, KeyChange>& changes) {
-  const ServerGrab grab(server);
+bool rebind(x11::Server& server, const std::map<xcb_keycode_t, KeyChange>& changes) {
+  const x11::ServerGrab grab(server);
   auto keymap = readKeymap(server);
   if (!keymap) {
     return false;
@@ -191,4 +218,67 @@ bool rebind(XServer& server, const std::map<xcb_keycode_t, KeyChange>& changes) 
                      [&](xcb_keycode_t key) { return write(server, *keymap, key, key); });
 }
 
-}  // namespace tarqo::lnx
+std::vector<xcb_keycode_t> keysOfModifiers(x11::Server& server) {
+  return keysOf(
+      server.take<xcb_get_modifier_mapping_reply_t>(xcb_get_modifier_mapping(server.raw())));
+}
+
+std::uint8_t numLockModifiers(x11::Server& server) {
+  const std::vector<xcb_keycode_t> keys = keysOfModifiers(server);
+  const std::optional<Keymap> keymap = readKeymap(server);
+  const std::size_t perModifier = keys.size() / kModifierCount;
+  unsigned modifiers = 0;
+  for (std::size_t i = 0; keymap && i < keys.size(); ++i) {
+    if (keys[i] != 0 && keymap->of(keys[i]).at(0, 0) == XK_Num_Lock) {
+      modifiers |= 1U << (i / perModifier);
+    }
+  }
+  return static_cast<std::uint8_t>(modifiers);
+}
+
+HeldKeys heldKeys(x11::Server& server) {
+  const auto downCookie = xcb_query_keymap(server.raw());
+  const auto mappingCookie = xcb_get_modifier_mapping(server.raw());
+  const auto down = server.take<xcb_query_keymap_reply_t>(downCookie);
+  const auto mapping = server.take<xcb_get_modifier_mapping_reply_t>(mappingCookie);
+  HeldKeys held;
+  if (!down) {
+    return held;
+  }
+  std::copy(std::begin(down->keys), std::end(down->keys), held.down.begin());
+  std::vector<xcb_keycode_t> keys = keysOf(mapping);
+  std::sort(keys.begin(), keys.end());
+  keys.erase(std::unique(keys.begin(), keys.end()), keys.end());
+  std::erase_if(keys, [&](xcb_keycode_t key) { return !held.isDown(key); });
+  const std::optional<Keymap> keymap = keys.empty() ? std::nullopt : readKeymap(server);
+  for (const xcb_keycode_t key : keys) {
+    const bool isLocking = keymap && isLockingKeysym(keymap->of(key).at(0, 0));
+    (isLocking ? held.locking : held.modifying).push_back(key);
+  }
+  return held;
+}
+
+std::uint8_t switchLocksOff(x11::Server& server, std::uint8_t spared) {
+  const auto state = currentState(server);
+  const auto locked = static_cast<std::uint8_t>(state ? state->lockedMods & ~spared : 0);
+  if (locked != 0 || (state && state->latchedMods != 0)) {
+    changeState(server, locked, 0);
+  }
+  return locked;
+}
+
+std::uint8_t switchStickyKeysOff(x11::Server& server) {
+  const auto state = currentState(server);
+  if (!state || ((state->lockedMods & ~XCB_MOD_MASK_LOCK) == 0 && state->latchedMods == 0)) {
+    return 0;
+  }
+  return switchLocksOff(server, XCB_MOD_MASK_LOCK | numLockModifiers(server));
+}
+
+void switchLocksOn(x11::Server& server, std::uint8_t modifiers) {
+  if (modifiers != 0) {
+    changeState(server, modifiers, modifiers);
+  }
+}
+
+}  // namespace tarqo::lnx::input

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <array>
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::input {
 namespace {
 
 struct KeyName {
@@ -113,9 +113,9 @@ char32_t takeCharacter(std::string_view& text) {
 }  // namespace
 
 std::optional<xcb_keysym_t> keysymOfKey(std::uint16_t keyCode) {
-  const auto* row = std::find_if(kKeys.begin(), kKeys.end(),
-                                 [&](const KeyName& each) { return each.keyCode == keyCode; });
-  return row == kKeys.end() ? std::nullopt : std::optional(row->keysym);
+  const auto* group = std::find_if(kKeys.begin(), kKeys.end(),
+                                   [&](const KeyName& each) { return each.keyCode == keyCode; });
+  return group == kKeys.end() ? std::nullopt : std::optional(group->keysym);
 }
 
 xcb_keysym_t shiftedKeysym(xcb_keysym_t keysym) {
@@ -143,4 +143,4 @@ bool isLockingKeysym(xcb_keysym_t keysym) {
   return std::find(kLockKeysyms.begin(), kLockKeysyms.end(), keysym) != kLockKeysyms.end();
 }
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::input

@@ -11,9 +11,10 @@
 
 #include "platform/input_events.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::input {
 
-/// The keysym that a virtual key code of the ANSI layout stands for; none for a key without a name.
+/// The keysym that a virtual key code of the ANSI layout stands for; nullopt for any other key
+/// code.
 [[nodiscard]] std::optional<xcb_keysym_t> keysymOfKey(std::uint16_t keyCode);
 
 /// What a key types together with Shift, where that follows from the keysym alone: the upper case
@@ -39,4 +40,4 @@ struct ModifierKey {
 /// Whether a press of that key changes a state that outlasts it, like Caps Lock.
 [[nodiscard]] bool isLockingKeysym(xcb_keysym_t keysym);
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::input

@@ -14,12 +14,13 @@
 #include "platform/linux/input/held_buttons.h"
 #include "platform/linux/input/key_sequence.h"
 #include "platform/linux/x11/server_grab.h"
+#include "platform/linux/x11/windows.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::input {
 
-/// Whatever events that belong together change on the server. Ends with what it is destroyed with.
-struct InputGroup {
-  InputGroup(XDisplay& display, const std::string& text)
+/// Server state changed by one group of events; restored on destruction.
+struct EventGroup {
+  EventGroup(x11::Display& display, const std::string& text)
       : keyboard(display), keys(display, keyboard, text), buttons(display, keyboard) {}
 
   void end() {
@@ -28,7 +29,7 @@ struct InputGroup {
   }
 
   FakeKeyboard keyboard;
-  KeyRow keys;
+  KeySequence keys;
   HeldButtons buttons;
 };
 
@@ -47,46 +48,41 @@ constexpr std::chrono::milliseconds kAfterFirstClick{50};
 constexpr std::chrono::milliseconds kGrabPasses{150};
 constexpr std::chrono::milliseconds kGrabPoll{5};
 
-/// How often an event is prepared for a keyboard that has changed again until it could be posted.
+/// How often an event is prepared again because the keyboard has changed since.
 constexpr int kMaxRenewals = 5;
 
-class RowSource final : public EventSource {
+class GroupSource final : public EventSource {
  public:
-  RowSource(XDisplay& display, const std::string& text)
-      : row_(std::make_shared<InputGroup>(display, text)) {}
-  RowSource(const RowSource&) = delete;
-  RowSource& operator=(const RowSource&) = delete;
-  /// Puts back what the row changed, even when an event of it still exists.
-  ~RowSource() override { row_->end(); }
+  GroupSource(x11::Display& display, const std::string& text)
+      : group_(std::make_shared<EventGroup>(display, text)) {}
+  GroupSource(const GroupSource&) = delete;
+  GroupSource& operator=(const GroupSource&) = delete;
+  /// Restores what the group changed, even when an event of it still exists.
+  ~GroupSource() override { group_->end(); }
 
-  [[nodiscard]] const std::shared_ptr<InputGroup>& row() const { return row_; }
+  [[nodiscard]] const std::shared_ptr<EventGroup>& group() const { return group_; }
 
  private:
-  std::shared_ptr<InputGroup> row_;
+  std::shared_ptr<EventGroup> group_;
 };
 
 class XEvent final : public CreatedEvent {
  public:
-  XEvent(InputEvent event, std::shared_ptr<InputGroup> row)
-      : event_(std::move(event)), row_(std::move(row)) {}
+  XEvent(InputEvent event, std::shared_ptr<EventGroup> group)
+      : event_(std::move(event)), group_(std::move(group)) {}
 
   [[nodiscard]] const InputEvent& event() const { return event_; }
-  [[nodiscard]] InputGroup& row() const { return *row_; }
+  [[nodiscard]] EventGroup& group() const { return *group_; }
 
  private:
   InputEvent event_;
-  std::shared_ptr<InputGroup> row_;
+  std::shared_ptr<EventGroup> group_;
 };
 
-/// The pixel that a point lies in.
-std::int16_t pixel(double coordinate) {
-  return static_cast<std::int16_t>(std::clamp(std::floor(coordinate), -32768.0, 32767.0));
-}
-
-void fakeMotion(XServer& server, Point at) {
+void fakeMotion(x11::Server& server, Point at) {
   constexpr std::uint8_t kAbsolute = 0;
   xcb_test_fake_input(server.raw(), XCB_MOTION_NOTIFY, kAbsolute, XCB_CURRENT_TIME, server.root(),
-                      pixel(at.x), pixel(at.y), 0);
+                      x11::pixelOf(at.x), x11::pixelOf(at.y), 0);
 }
 
 std::uint8_t buttonOf(MouseEventType type) {
@@ -94,7 +90,7 @@ std::uint8_t buttonOf(MouseEventType type) {
   return isRight ? kRightButton : kLeftButton;
 }
 
-void fakeMouse(XServer& server, const MouseEvent& event, HeldButtons& buttons) {
+void fakeMouse(x11::Server& server, const MouseEvent& event, HeldButtons& buttons) {
   const std::uint8_t button = buttonOf(event.type);
   const bool isUp = event.type == MouseEventType::leftUp || event.type == MouseEventType::rightUp;
   if (isUp && !buttons.isDown(button)) {
@@ -109,19 +105,20 @@ void fakeMouse(XServer& server, const MouseEvent& event, HeldButtons& buttons) {
   }
 }
 
-/// Does something within a server grab, in the moment in which it is judged; false when it may not
-/// be done. A grab of the device may be that of a window manager which is about to pass an event
-/// on, or of a menu that is about to close, so it is given `kGrabPasses`.
-bool doJudged(XDisplay& display, const std::function<Reach(XServer&)>& judge,
-              const std::function<void(XServer&)>& deed) {
+/// Calls `judge` and, if the event reaches its receiver, `deed`, both within one server grab; false
+/// when it would go elsewhere. Somebody's grab of the device may be that of a window manager which
+/// is about to pass an event on, or of a menu that is about to close, so it is waited for during
+/// `kGrabPasses`.
+bool doJudged(x11::Display& display, const std::function<Reach(x11::Server&)>& judge,
+              const std::function<void(x11::Server&)>& deed) {
   const auto deadline = std::chrono::steady_clock::now() + kGrabPasses;
   for (;;) {
-    XServer* server = display.server();
+    x11::Server* server = display.server();
     if (server == nullptr) {
       return false;
     }
     {
-      const ServerGrab grab(*server);
+      const x11::ServerGrab grab(*server);
       const Reach reach = judge(*server);
       if (reach == Reach::receiver) {
         deed(*server);
@@ -135,8 +132,8 @@ bool doJudged(XDisplay& display, const std::function<Reach(XServer&)>& judge,
   }
 }
 
-/// Whether an event of that kind goes to `receiver`; anybody will do when there is none.
-Reach reachOf(XServer& server, std::optional<Pid> receiver, const InputEvent& event) {
+/// Where the event goes, judged for `receiver`; without one, whoever gets it is right.
+Reach reachOf(x11::Server& server, std::optional<Pid> receiver, const InputEvent& event) {
   if (!receiver) {
     return Reach::receiver;
   }
@@ -149,21 +146,22 @@ Reach reachOf(XServer& server, std::optional<Pid> receiver, const InputEvent& ev
   return reachOfKeys(server, *receiver);
 }
 
-/// Posts each kind of event in its own way; false when it was judged to go elsewhere.
+/// Posts each kind of event in its own way; false when it would have gone elsewhere.
 class Deliverer {
  public:
-  Deliverer(XDisplay& display, std::optional<Pid> receiver, const XEvent& event)
+  Deliverer(x11::Display& display, std::optional<Pid> receiver, const XEvent& event)
       : display_(display), receiver_(receiver), event_(event) {}
 
   bool operator()(const MouseEvent& mouse) const {
-    return judged([&](XServer& server) { fakeMouse(server, mouse, event_.row().buttons); });
+    return judged([&](x11::Server& server) { fakeMouse(server, mouse, event_.group().buttons); });
   }
 
   bool operator()(const ScrollEvent& scroll) const {
     const std::uint8_t button = scroll.pixels > 0 ? kWheelUp : kWheelDown;
     const int clicks = wheelClicks(scroll.pixels);
     const auto turn = [&](int count) {
-      return judged([&](XServer& server) { event_.row().buttons.click(server, button, count); });
+      return judged(
+          [&](x11::Server& server) { event_.group().buttons.click(server, button, count); });
     };
     if (!turn(1)) {
       return false;
@@ -178,18 +176,18 @@ class Deliverer {
   bool operator()(const KeyEvent& key) const { return type(key); }
 
  private:
-  bool judged(const std::function<void(XServer&)>& deed) const {
+  bool judged(const std::function<void(x11::Server&)>& deed) const {
     return doJudged(
-        display_, [&](XServer& server) { return reachOf(server, receiver_, event_.event()); },
+        display_, [&](x11::Server& server) { return reachOf(server, receiver_, event_.event()); },
         deed);
   }
 
   template <typename Event>
   bool type(const Event& event) const {
-    KeyRow& keys = event_.row().keys;
+    KeySequence& keys = event_.group().keys;
     for (int attempt = 0; attempt < kMaxRenewals; ++attempt) {
       bool posted = false;
-      if (!judged([&](XServer& server) { posted = keys.post(server, event); })) {
+      if (!judged([&](x11::Server& server) { posted = keys.post(server, event); })) {
         return false;
       }
       if (posted) {
@@ -202,7 +200,7 @@ class Deliverer {
     return false;
   }
 
-  XDisplay& display_;
+  x11::Display& display_;
   std::optional<Pid> receiver_;
   const XEvent& event_;
 };
@@ -215,36 +213,36 @@ int wheelClicks(std::int32_t pixels) {
 }
 
 std::unique_ptr<EventSource> LinuxInputEvents::makeSource(const std::string& text) {
-  return std::make_unique<RowSource>(display_, text);
+  return std::make_unique<GroupSource>(display_, text);
 }
 
 std::unique_ptr<CreatedEvent> LinuxInputEvents::create(EventSource* source,
                                                        const InputEvent& event) {
-  const XServer* server = display_.server();
+  const x11::Server* server = display_.server();
   if (server == nullptr || !server->extensions().test) {
     return nullptr;
   }
-  const auto* owner = dynamic_cast<RowSource*>(source);
-  const std::shared_ptr<InputGroup> row = owner != nullptr ? owner->row() : looseRow();
+  const auto* owner = dynamic_cast<GroupSource*>(source);
+  const std::shared_ptr<EventGroup> group = owner != nullptr ? owner->group() : looseGroup();
   if (const auto* text = std::get_if<TextEvent>(&event)) {
-    if (owner == nullptr || !row->keys.prepare(*text)) {
+    if (owner == nullptr || !group->keys.prepare(*text)) {
       return nullptr;
     }
   } else if (const auto* key = std::get_if<KeyEvent>(&event)) {
-    if (!row->keys.prepare(*key)) {
+    if (!group->keys.prepare(*key)) {
       return nullptr;
     }
   }
-  return std::make_unique<XEvent>(event, row);
+  return std::make_unique<XEvent>(event, group);
 }
 
-std::shared_ptr<InputGroup> LinuxInputEvents::looseRow() {
-  std::shared_ptr<InputGroup> row = loose_.lock();
-  if (!row) {
-    row = std::make_shared<InputGroup>(display_, "");
-    loose_ = row;
+std::shared_ptr<EventGroup> LinuxInputEvents::looseGroup() {
+  std::shared_ptr<EventGroup> group = loose_.lock();
+  if (!group) {
+    group = std::make_shared<EventGroup>(display_, "");
+    loose_ = group;
   }
-  return row;
+  return group;
 }
 
 void LinuxInputEvents::post(const CreatedEvent& event) {
@@ -256,7 +254,7 @@ bool LinuxInputEvents::postTo(Pid receiver, const CreatedEvent& event) {
 }
 
 bool LinuxInputEvents::deliver(std::optional<Pid> receiver, const CreatedEvent& event) {
-  XServer* server = display_.server();
+  x11::Server* server = display_.server();
   const auto* created = dynamic_cast<const XEvent*>(&event);
   if (server == nullptr || !server->extensions().test || created == nullptr) {
     return false;
@@ -268,7 +266,7 @@ bool LinuxInputEvents::deliver(std::optional<Pid> receiver, const CreatedEvent& 
 }
 
 std::optional<Point> LinuxInputEvents::pointerLocation() {
-  XServer* server = display_.server();
+  x11::Server* server = display_.server();
   if (server == nullptr) {
     return std::nullopt;
   }
@@ -280,4 +278,4 @@ std::optional<Point> LinuxInputEvents::pointerLocation() {
   return Point{static_cast<double>(pointer->root_x), static_cast<double>(pointer->root_y)};
 }
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::input

@@ -3,11 +3,11 @@
 #pragma once
 
 #include "platform/input_events.h"
-#include "platform/linux/x11/x_display.h"
+#include "platform/linux/x11/connection.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::input {
 
-struct InputGroup;
+struct EventGroup;
 
 /// How many pixels of scrolling count as one click of the wheel. X11 knows clicks only; a click
 /// moves 30 to 36 pixels in GTK 3 and GTK 4, three rows in Qt, 120 pixels in Chromium.
@@ -16,20 +16,21 @@ inline constexpr int kPixelsPerClick = 40;
 /// The number of clicks for so many pixels, whatever the direction: the nearest, but at least one.
 [[nodiscard]] int wheelClicks(std::int32_t pixels);
 
-/// The click state of a mouse event needs no saying: X11 programs count the clicks of a row
-/// themselves, by time and place. Text needs a source. Events without one share what they change on
-/// the server, and put it back when the last of them is destroyed: what goes down is created
-/// together with what comes up. Signals that ask the process to end wait while a button is down,
-/// and from a keyboard event's creation to the end of its row. Creating a keyboard event may wait
-/// for applications to have read those before; destroying a source too. See `KeyRow`.
+/// `clickState` is ignored: X11 clients count clicks themselves, by time and place. The events of a
+/// source are one group: what they change on the server is restored when the source is destroyed.
+/// Events without a source share one group, restored when the last of them is destroyed; so create
+/// what goes down together with what comes up. Text needs a source. Signals that ask the process to
+/// end wait while a button is down, and from a keyboard event's creation to the end of its group.
+/// Creating a keyboard event may wait until applications have read earlier ones, and so may
+/// destroying a source. See `KeySequence`.
 ///
-/// An event to a receiver is judged and posted within one grab of the server: see
-/// event_receivers.h for how, and for whose a grab of a device is taken for. While somebody
-/// else has the device it is tried again for 150 ms. Posting more than one click of the wheel takes
-/// 50 ms, and is judged twice; typing on a keyboard that was changed takes 40 ms or more.
+/// For an event with a receiver, the check of who gets it and the event itself happen within one
+/// grab of the server; event_receivers.h says how that is judged. While somebody else has grabbed
+/// the device, posting tries again for 150 ms. Posting more than one click of the wheel takes 50
+/// ms, and is judged twice; typing on a keyboard that has been changed takes 40 ms or more.
 class LinuxInputEvents final : public InputEvents {
  public:
-  explicit LinuxInputEvents(XDisplay& display) : display_(display) {}
+  explicit LinuxInputEvents(x11::Display& display) : display_(display) {}
 
   std::unique_ptr<EventSource> makeSource(const std::string& text) override;
   std::unique_ptr<CreatedEvent> create(EventSource* source, const InputEvent& event) override;
@@ -38,13 +39,13 @@ class LinuxInputEvents final : public InputEvents {
   std::optional<Point> pointerLocation() override;
 
  private:
-  /// Posts an event, to that receiver or, when there is none, to whoever gets it.
+  /// Posts an event to `receiver`; without one, to whoever gets it.
   bool deliver(std::optional<Pid> receiver, const CreatedEvent& event);
-  /// What events without a source share as long as one of them exists.
-  std::shared_ptr<InputGroup> looseRow();
+  /// The group of the events without a source; lives as long as one of them.
+  std::shared_ptr<EventGroup> looseGroup();
 
-  XDisplay& display_;
-  std::weak_ptr<InputGroup> loose_;
+  x11::Display& display_;
+  std::weak_ptr<EventGroup> loose_;
 };
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::input

@@ -7,30 +7,29 @@
 #include <thread>
 #include <utility>
 
-#include "platform/linux/input/modifiers.h"
 #include "platform/linux/x11/properties.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::input {
 namespace {
 
-/// A key and a meaning that it was lent. In the note each is three numbers: the key's code, what it
-/// types, and what it types with Shift.
-struct Loan {
+/// A key and the symbols it was mapped to. In the note each is three numbers: the key's code, what
+/// it types, and what it types with Shift.
+struct Remapping {
   xcb_keycode_t key = 0;
-  KeySymbols meaning;
+  KeySymbols symbols;
 };
-constexpr std::size_t kNumbersOfLoan = 3;
+constexpr std::size_t kNumbersPerRemapping = 3;
 
-void append(std::vector<std::uint32_t>& numbers, xcb_keycode_t key, const KeySymbols& meaning) {
-  numbers.insert(numbers.end(), {key, meaning.at(0, 0), meaning.at(0, 1)});
+void append(std::vector<std::uint32_t>& numbers, xcb_keycode_t key, const KeySymbols& symbols) {
+  numbers.insert(numbers.end(), {key, symbols.at(0, 0), symbols.at(0, 1)});
 }
 
-/// What a helper which is no more has lent and noted. The note holds its process id and then the
-/// loans; a note of a living helper is respected.
-std::vector<Loan> abandonedLoans(XServer& server) {
-  const auto note = server.take<xcb_get_property_reply_t>(
-      askProperty(server, server.root(), server.atom(XAtom::tarqoBorrowedKeys), kXListLength));
-  const std::span<const std::uint32_t> numbers = numbersOf(note);
+/// The remappings noted by a helper that has ended without restoring them. The note holds its
+/// process id and then the remappings; a note of a living helper is respected.
+std::vector<Remapping> abandonedRemappings(x11::Server& server) {
+  const auto note = server.take<xcb_get_property_reply_t>(x11::requestProperty(
+      server, server.root(), server.atom(x11::Atom::tarqoBorrowedKeys), x11::kListLength));
+  const std::span<const std::uint32_t> numbers = x11::numbersOf(note);
   if (numbers.empty()) {
     return {};
   }
@@ -38,19 +37,22 @@ std::vector<Loan> abandonedLoans(XServer& server) {
   if (owner != getpid() && kill(owner, 0) == 0) {
     return {};
   }
-  std::vector<Loan> loans;
-  for (auto rest = numbers.subspan(1); rest.size() >= kNumbersOfLoan;
-       rest = rest.subspan(kNumbersOfLoan)) {
-    loans.push_back({static_cast<xcb_keycode_t>(rest[0]), KeySymbols::typing(rest[1], rest[2])});
+  std::vector<Remapping> remappings;
+  for (auto rest = numbers.subspan(1); rest.size() >= kNumbersPerRemapping;
+       rest = rest.subspan(kNumbersPerRemapping)) {
+    remappings.push_back(
+        {static_cast<xcb_keycode_t>(rest[0]), KeySymbols::ofPair(rest[1], rest[2])});
   }
-  return loans;
+  return remappings;
 }
 
-/// Whether a key still types what it was lent. After a change of the layout its code may be that of
-/// a key of the user's.
-bool stillLent(const std::vector<Loan>& loans, xcb_keycode_t key, const KeySymbols& meaning) {
-  return std::any_of(loans.begin(), loans.end(),
-                     [&](const Loan& loan) { return loan.key == key && loan.meaning == meaning; });
+/// Whether a key is still mapped as noted. After a change of the layout its code may be that of a
+/// key of the user's.
+bool isStillMapped(const std::vector<Remapping>& remappings, xcb_keycode_t key,
+                   const KeySymbols& symbols) {
+  return std::any_of(remappings.begin(), remappings.end(), [&](const Remapping& remapping) {
+    return remapping.key == key && remapping.symbols == symbols;
+  });
 }
 
 template <typename T>
@@ -60,21 +62,21 @@ bool contains(const std::vector<T>& list, const T& value) {
 
 }  // namespace
 
-void BorrowedKeys::findKeys(XServer& server) {
+void RemappedKeys::findKeys(x11::Server& server) {
   const std::optional<Keymap> keymap = readKeymap(server);
   if (!keymap) {
     return;
   }
   keys_.emplace();
   const std::vector<Keymap> devices = readKeymapsOfDevices(server);
-  const std::vector<Loan> abandoned = abandonedLoans(server);
+  const std::vector<Remapping> abandoned = abandonedRemappings(server);
   const std::vector<xcb_keycode_t> modifying = keysOfModifiers(server);
   for (std::size_t i = 0; i < keymap->keys.size(); ++i) {
     const auto key = static_cast<xcb_keycode_t>(keymap->first + i);
     const bool hasMeaning = std::any_of(devices.begin(), devices.end(), [&](const Keymap& each) {
       return !each.of(key).isEmpty();
     });
-    if (stillLent(abandoned, key, keymap->keys[i])) {
+    if (isStillMapped(abandoned, key, keymap->keys[i])) {
       (*keys_)[key] = {KeySymbols{}, keymap->keys[i], {}};
     } else if (!hasMeaning && keymap->keys[i].isEmpty() && !contains(modifying, key)) {
       (*keys_)[key] = {keymap->keys[i], std::nullopt, {}};
@@ -85,15 +87,15 @@ void BorrowedKeys::findKeys(XServer& server) {
   }
 }
 
-std::size_t BorrowedKeys::capacity() {
-  XServer* server = display_.server();
+std::size_t RemappedKeys::capacity() {
+  x11::Server* server = display_.server();
   if (!keys_ && server != nullptr && server->extensions().keyboard) {
     findKeys(*server);
   }
   return keys_ ? keys_->size() : 0;
 }
 
-Keymap BorrowedKeys::ownKeys(Keymap keymap) const {
+Keymap RemappedKeys::ownKeys(Keymap keymap) const {
   if (keys_) {
     for (const auto& [key, state] : *keys_) {
       keymap.set(key, KeySymbols{});
@@ -102,30 +104,30 @@ Keymap BorrowedKeys::ownKeys(Keymap keymap) const {
   return keymap;
 }
 
-bool BorrowedKeys::holdIn(const Keymap& keymap) const {
+bool RemappedKeys::holdIn(const Keymap& keymap) const {
   return !keys_ || std::all_of(keys_->begin(), keys_->end(), [&](const auto& each) {
-    return !each.second.lent || keymap.of(each.first) == *each.second.lent;
+    return !each.second.mapped || keymap.of(each.first) == *each.second.mapped;
   });
 }
 
-void BorrowedKeys::renew() {
+void RemappedKeys::renew() {
   const auto before = std::exchange(keys_, std::nullopt);
   if (!before || capacity() == 0) {
     return;
   }
   for (auto& [key, state] : *keys_) {
-    // Taken over from our own note, which does not hold all that is known of it.
+    // `state` was read from our own note, which does not hold all that is known of the key.
     if (const auto known = before->find(key);
-        known != before->end() && known->second.lent == state.lent) {
+        known != before->end() && known->second.mapped == state.mapped) {
       state = known->second;
     }
   }
 }
 
-std::optional<xcb_keycode_t> BorrowedKeys::find(const KeySymbols& meaning) const {
+std::optional<xcb_keycode_t> RemappedKeys::find(const KeySymbols& symbols) const {
   if (keys_) {
     for (const auto& [key, state] : *keys_) {
-      if (state.lent == meaning) {
+      if (state.mapped == symbols) {
         return key;
       }
     }
@@ -133,20 +135,20 @@ std::optional<xcb_keycode_t> BorrowedKeys::find(const KeySymbols& meaning) const
   return std::nullopt;
 }
 
-bool BorrowedKeys::lend(const std::vector<KeySymbols>& wanted, std::size_t urgent) {
+bool RemappedKeys::map(const std::vector<KeySymbols>& wanted, std::size_t urgent) {
   const std::size_t count = std::min(capacity(), wanted.size());
   if (count < std::min(urgent, wanted.size())) {
     return false;
   }
-  const auto isLent = [this](const KeySymbols& meaning) { return find(meaning).has_value(); };
-  if (std::all_of(wanted.begin(), wanted.begin() + static_cast<std::ptrdiff_t>(urgent), isLent)) {
+  const auto isMapped = [this](const KeySymbols& symbols) { return find(symbols).has_value(); };
+  if (std::all_of(wanted.begin(), wanted.begin() + static_cast<std::ptrdiff_t>(urgent), isMapped)) {
     return true;
   }
-  const std::vector<KeySymbols> lending(wanted.begin(),
-                                        wanted.begin() + static_cast<std::ptrdiff_t>(count));
+  const std::vector<KeySymbols> mapped(wanted.begin(),
+                                       wanted.begin() + static_cast<std::ptrdiff_t>(count));
   std::vector<std::map<xcb_keycode_t, Key>::iterator> free;
   for (auto key = keys_->begin(); key != keys_->end(); ++key) {
-    if (!key->second.lent || !contains(lending, *key->second.lent)) {
+    if (!key->second.mapped || !contains(mapped, *key->second.mapped)) {
       free.push_back(key);
     }
   }
@@ -156,52 +158,52 @@ bool BorrowedKeys::lend(const std::vector<KeySymbols>& wanted, std::size_t urgen
   std::map<xcb_keycode_t, KeyChange> changes;
   std::vector<const Key*> changing;
   auto next = free.begin();
-  for (const KeySymbols& meaning : lending) {
-    if (!isLent(meaning)) {
-      changes[(*next)->first] = {(*next)->second.now(), meaning};
+  for (const KeySymbols& symbols : mapped) {
+    if (!isMapped(symbols)) {
+      changes[(*next)->first] = {(*next)->second.now(), symbols};
       changing.push_back(&(*next)->second);
       ++next;
     }
   }
   awaitReaders(changing);
-  XServer* server = display_.server();
+  x11::Server* server = display_.server();
   if (server == nullptr) {
     return false;
   }
   note(*server, changes);
   for (const auto& [key, change] : changes) {
-    keys_->at(key).lent = change.to;
+    keys_->at(key).mapped = change.to;
   }
-  const bool lent = rebind(*server, changes);
-  std::this_thread::sleep_for(kMeaningLearned);
-  return lent;
+  const bool done = rebind(*server, changes);
+  std::this_thread::sleep_for(kBeforeFirstUse);
+  return done;
 }
 
-void BorrowedKeys::touch(xcb_keycode_t key) {
+void RemappedKeys::markUsed(xcb_keycode_t key) {
   if (keys_ && keys_->contains(key)) {
     keys_->at(key).lastUse = SteadyClock::now();
   }
 }
 
-void BorrowedKeys::awaitReaders(const std::vector<const Key*>& keys) {
+void RemappedKeys::awaitReaders(const std::vector<const Key*>& keys) {
   SteadyClock::time_point lastUse;
   for (const Key* key : keys) {
     lastUse = std::max(lastUse, key->lastUse);
   }
-  std::this_thread::sleep_until(lastUse + kMeaningHeld);
+  std::this_thread::sleep_until(lastUse + kAfterLastUse);
 }
 
-void BorrowedKeys::note(XServer& server, const std::map<xcb_keycode_t, KeyChange>& changes) {
+void RemappedKeys::note(x11::Server& server, const std::map<xcb_keycode_t, KeyChange>& changes) {
   std::vector<std::uint32_t> numbers{static_cast<std::uint32_t>(getpid())};
   for (const auto& [key, state] : *keys_) {
-    if (state.lent) {
-      append(numbers, key, *state.lent);
+    if (state.mapped) {
+      append(numbers, key, *state.mapped);
     }
   }
   for (const auto& [key, change] : changes) {
     append(numbers, key, change.to);
   }
-  const xcb_atom_t property = server.atom(XAtom::tarqoBorrowedKeys);
+  const xcb_atom_t property = server.atom(x11::Atom::tarqoBorrowedKeys);
   if (numbers.size() == 1) {
     xcb_delete_property(server.raw(), server.root(), property);
   } else {
@@ -212,13 +214,13 @@ void BorrowedKeys::note(XServer& server, const std::map<xcb_keycode_t, KeyChange
   xcb_flush(server.raw());
 }
 
-void BorrowedKeys::giveBack() {
+void RemappedKeys::restore() {
   std::map<xcb_keycode_t, KeyChange> changes;
   std::vector<const Key*> changing;
   if (keys_) {
     for (auto& [key, state] : *keys_) {
-      if (state.lent) {
-        changes[key] = {*state.lent, state.own};
+      if (state.mapped) {
+        changes[key] = {*state.mapped, state.own};
         changing.push_back(&state);
       }
     }
@@ -227,13 +229,13 @@ void BorrowedKeys::giveBack() {
     return;
   }
   awaitReaders(changing);
-  XServer* server = display_.server();
+  x11::Server* server = display_.server();
   if (server != nullptr && rebind(*server, changes)) {
     for (const auto& [key, change] : changes) {
-      keys_->at(key).lent.reset();
+      keys_->at(key).mapped.reset();
     }
     note(*server, {});
   }
 }
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::input

@@ -1,9 +1,8 @@
-// Keys without a meaning of their own, lent one for a while: how a keyboard types what is not on
-// it.
+// Unused key codes, remapped temporarily: how a keyboard types characters that are not on it.
 //
-// A keyboard mapping is shared by all applications and belongs to nobody, so what is borrowed is
-// noted on the root window: when a helper is killed, the next one takes over the keys that still
-// type what they were lent, and gives them back. Worker thread only.
+// The keyboard mapping is shared by all applications and belongs to nobody, so remapped keys are
+// noted in a property of the root window: when a helper is killed, the next one takes over the keys
+// that still have the noted mapping, and restores them. Worker thread only.
 #pragma once
 
 #include <chrono>
@@ -13,71 +12,73 @@
 
 #include "platform/linux/input/keyboard_map.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::input {
 
-/// How long a key is not used after it was lent a meaning, and how long it keeps the meaning after
-/// its last use. Applications learn by an event that the mapping changed and then ask for the whole
-/// of it. One that asks too late types what the keys mean by then. Chromium reads keys and the
-/// mapping over two connections, so even the order is left to luck: of 28 texts typed at once after
-/// the change 2 lacked their first character or had a wrong one, after 20 ms none.
-inline constexpr std::chrono::milliseconds kMeaningLearned{40};
-inline constexpr std::chrono::milliseconds kMeaningHeld{100};
+/// How long a remapped key waits for its first use, and how long it keeps its mapping after the
+/// last use. Applications are notified that the mapping has changed and then request the whole of
+/// it; one that requests it too late types what the keys stand for by then. Chromium reads keys and
+/// the mapping over two connections, so not even their order is certain: of 28 texts typed right
+/// after the change 2 lacked their first character or had a wrong one; of those typed 20 ms after
+/// it none.
+inline constexpr std::chrono::milliseconds kBeforeFirstUse{40};
+inline constexpr std::chrono::milliseconds kAfterLastUse{100};
 
-class BorrowedKeys {
+class RemappedKeys {
  public:
-  explicit BorrowedKeys(XDisplay& display) : display_(display) {}
-  BorrowedKeys(const BorrowedKeys&) = delete;
-  BorrowedKeys& operator=(const BorrowedKeys&) = delete;
-  /// Gives every key back, `kMeaningHeld` after its last use.
-  ~BorrowedKeys() { giveBack(); }
+  explicit RemappedKeys(x11::Display& display) : display_(display) {}
+  RemappedKeys(const RemappedKeys&) = delete;
+  RemappedKeys& operator=(const RemappedKeys&) = delete;
+  /// Restores every key, `kAfterLastUse` after its last use.
+  ~RemappedKeys() { restore(); }
 
-  /// How many keys can be borrowed at once: 19 on the usual layouts of a PC keyboard.
+  /// How many keys can be remapped at once: 19 on the usual layouts of a PC keyboard.
   [[nodiscard]] std::size_t capacity();
 
-  /// The keyboard's own keys: the mapping without what is lent.
+  /// The keyboard's own keys: the mapping with all keys that can be remapped left empty.
   [[nodiscard]] Keymap ownKeys(Keymap keymap) const;
 
-  /// Whether each key that is lent a meaning has it in this mapping: somebody may have set another.
+  /// Whether all remapped keys are in `keymap` as they were remapped: somebody else may have set
+  /// another mapping.
   [[nodiscard]] bool holdIn(const Keymap& keymap) const;
 
-  /// Looks anew which keys can be borrowed, after somebody has set another mapping. What still
-  /// types what it was lent stays lent.
+  /// Finds the keys that can be remapped again, after somebody else has set another mapping. Keys
+  /// that are still mapped as they were stay so.
   void renew();
 
-  /// Lends the first of `wanted`, distinct, and with them as many of the others as there are keys;
-  /// changes nothing when the first `urgent` have their keys already. False when the server did
-  /// not take it, or has no keys. Waits up to `kMeaningHeld` for the keys that get another meaning,
-  /// and `kMeaningLearned` after lending.
-  [[nodiscard]] bool lend(const std::vector<KeySymbols>& wanted, std::size_t urgent);
+  /// Maps keys to the symbols in `wanted`, which are distinct, in order, until keys run out. Does
+  /// nothing when the first `urgent` are mapped already. False when there are fewer keys than that,
+  /// or the server refused the change. Waits up to `kAfterLastUse` for keys that are mapped anew,
+  /// and `kBeforeFirstUse` after the change.
+  [[nodiscard]] bool map(const std::vector<KeySymbols>& wanted, std::size_t urgent);
 
-  /// The key that has that meaning; none when it was not lent.
-  [[nodiscard]] std::optional<xcb_keycode_t> find(const KeySymbols& meaning) const;
+  /// The key that is mapped to these symbols; nullopt when there is none.
+  [[nodiscard]] std::optional<xcb_keycode_t> find(const KeySymbols& symbols) const;
 
-  /// Says that a key is being used now.
-  void touch(xcb_keycode_t key);
+  /// Notes that a key is used now.
+  void markUsed(xcb_keycode_t key);
 
-  /// As the destructor does; keys can be lent anew afterwards.
-  void giveBack();
+  /// As the destructor does; keys can be mapped again afterwards.
+  void restore();
 
  private:
   using SteadyClock = std::chrono::steady_clock;
 
   struct Key {
     KeySymbols own;
-    std::optional<KeySymbols> lent;
+    std::optional<KeySymbols> mapped;  ///< Absent while the key is as it was.
     SteadyClock::time_point lastUse;
 
-    [[nodiscard]] const KeySymbols& now() const { return lent ? *lent : own; }
+    [[nodiscard]] const KeySymbols& now() const { return mapped ? *mapped : own; }
   };
 
-  void findKeys(XServer& server);
-  /// Waits until none of the keys was used in the last `kMeaningHeld`.
+  void findKeys(x11::Server& server);
+  /// Waits until none of the keys has been used for `kAfterLastUse`.
   static void awaitReaders(const std::vector<const Key*>& keys);
-  /// Notes what is lent, and what is about to be.
-  void note(XServer& server, const std::map<xcb_keycode_t, KeyChange>& changes);
+  /// Notes which keys are remapped, and which are about to be.
+  void note(x11::Server& server, const std::map<xcb_keycode_t, KeyChange>& changes);
 
-  XDisplay& display_;
+  x11::Display& display_;
   std::optional<std::map<xcb_keycode_t, Key>> keys_;
 };
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::input

@@ -6,13 +6,13 @@
 
 #include "platform/linux/x11/properties.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::x11 {
 
-std::uint32_t clientOf(XServer& server, xcb_window_t window) {
+std::uint32_t clientOf(Server& server, xcb_window_t window) {
   return window & ~xcb_get_setup(server.raw())->resource_id_mask;
 }
 
-std::unordered_map<std::uint32_t, Pid> clientPids(XServer& server,
+std::unordered_map<std::uint32_t, Pid> clientPids(Server& server,
                                                   std::span<const xcb_window_t> windows) {
   std::unordered_map<std::uint32_t, Pid> pids;
   if (!server.extensions().resourcePids || windows.empty()) {
@@ -36,8 +36,8 @@ std::unordered_map<std::uint32_t, Pid> clientPids(XServer& server,
   return pids;
 }
 
-std::optional<Pid> ownerOf(XServer& server, xcb_window_t window) {
-  const auto said = askProperty(server, window, server.atom(XAtom::netWmPid), 1);
+std::optional<Pid> ownerOf(Server& server, xcb_window_t window) {
+  const auto said = requestProperty(server, window, server.atom(Atom::netWmPid), 1);
   const auto pids = clientPids(server, {&window, 1});
   const auto property = server.take<xcb_get_property_reply_t>(said);
   if (const auto known = pids.find(clientOf(server, window)); known != pids.end()) {
@@ -47,4 +47,4 @@ std::optional<Pid> ownerOf(XServer& server, xcb_window_t window) {
   return numbers.empty() ? std::nullopt : std::optional(static_cast<Pid>(numbers[0]));
 }
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::x11

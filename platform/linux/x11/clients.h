@@ -6,21 +6,21 @@
 #include <span>
 #include <unordered_map>
 
-#include "platform/linux/x11/x_display.h"
+#include "platform/linux/x11/connection.h"
 #include "platform/process_id.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::x11 {
 
 /// The processes of the clients that made the windows, by the bits that name the client in the
 /// number of a window (`clientOf`); without those of whom the server does not tell.
 [[nodiscard]] std::unordered_map<std::uint32_t, Pid> clientPids(
-    XServer& server, std::span<const xcb_window_t> windows);
+    Server& server, std::span<const xcb_window_t> windows);
 
 /// The bits in the number of a window that name the client.
-[[nodiscard]] std::uint32_t clientOf(XServer& server, xcb_window_t window);
+[[nodiscard]] std::uint32_t clientOf(Server& server, xcb_window_t window);
 
 /// The process that made the window, as the server knows it, else as the window says; none when
 /// neither tells. A round trip.
-[[nodiscard]] std::optional<Pid> ownerOf(XServer& server, xcb_window_t window);
+[[nodiscard]] std::optional<Pid> ownerOf(Server& server, xcb_window_t window);
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::x11

@@ -3,7 +3,10 @@
 #include <algorithm>
 #include <iterator>
 
-namespace tarqo::lnx {
+#include "platform/linux/x11/clients.h"
+#include "platform/linux/x11/properties.h"
+
+namespace tarqo::lnx::x11 {
 namespace {
 
 /// Toolkits give the focus to a window inside their own, and managers frame theirs; deeper than
@@ -16,7 +19,7 @@ bool contains(const std::vector<xcb_window_t>& windows, xcb_window_t window) {
 }
 
 /// The window itself or the first window above it that is one of `clients` or a child of the root.
-xcb_window_t holderOf(XServer& server, xcb_window_t window,
+xcb_window_t holderOf(Server& server, xcb_window_t window,
                       const std::vector<xcb_window_t>& clients) {
   for (int depth = 0; depth < kMaxFocusDepth; ++depth) {
     if (contains(clients, window)) {
@@ -36,11 +39,21 @@ xcb_window_t holderOf(XServer& server, xcb_window_t window,
 
 }  // namespace
 
-FocusQuery askFocus(XServer& server) {
+xcb_get_property_cookie_t requestClients(Server& server) {
+  return requestProperty(server, server.root(), server.atom(Atom::netClientList), kListLength);
+}
+
+std::vector<xcb_window_t> takeClients(Server& server, xcb_get_property_cookie_t cookie) {
+  const auto list = server.take<xcb_get_property_reply_t>(cookie);
+  const auto numbers = numbersOf(list);
+  return {numbers.begin(), numbers.end()};
+}
+
+FocusQuery requestFocus(Server& server) {
   return {xcb_get_input_focus(server.raw()), xcb_query_pointer(server.raw(), server.root())};
 }
 
-xcb_window_t takeFocus(XServer& server, const FocusQuery& query,
+xcb_window_t takeFocus(Server& server, const FocusQuery& query,
                        const std::vector<xcb_window_t>& clients) {
   const auto focus = server.take<xcb_get_input_focus_reply_t>(query.focus);
   const auto pointer = server.take<xcb_query_pointer_reply_t>(query.pointer);
@@ -54,7 +67,14 @@ xcb_window_t takeFocus(XServer& server, const FocusQuery& query,
                                     : windowsIn(server, pointer->child, clients).front();
 }
 
-std::vector<xcb_window_t> windowsIn(XServer& server, xcb_window_t outermost,
+std::optional<Pid> focusedProcess(Server& server) {
+  const auto clients = requestClients(server);
+  const FocusQuery focus = requestFocus(server);
+  const xcb_window_t window = takeFocus(server, focus, takeClients(server, clients));
+  return window == XCB_NONE ? std::nullopt : ownerOf(server, window);
+}
+
+std::vector<xcb_window_t> windowsIn(Server& server, xcb_window_t outermost,
                                     const std::vector<xcb_window_t>& clients) {
   std::vector<xcb_window_t> level{outermost};
   for (int depth = 0; depth < kMaxFramedDepth && !level.empty(); ++depth) {
@@ -78,4 +98,4 @@ std::vector<xcb_window_t> windowsIn(XServer& server, xcb_window_t outermost,
   return {outermost};
 }
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::x11

@@ -6,7 +6,7 @@
 
 #include "platform/linux/x11/properties.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::x11 {
 namespace {
 
 using SteadyClock = std::chrono::steady_clock;
@@ -14,7 +14,7 @@ using SteadyClock = std::chrono::steady_clock;
 /// Hears what applications send to the root window, as long as it lives.
 class HearsRoot {
  public:
-  explicit HearsRoot(XServer& server) : server_(server) {
+  explicit HearsRoot(Server& server) : server_(server) {
     // Qt answers to those who listen to the root window itself, the others as the convention says.
     select(XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_STRUCTURE_NOTIFY);
   }
@@ -30,23 +30,23 @@ class HearsRoot {
     xcb_change_window_attributes(server_.raw(), server_.root(), XCB_CW_EVENT_MASK, &events);
   }
 
-  XServer& server_;
+  Server& server_;
 };
 
-bool answersPings(XServer& server, xcb_window_t window) {
+bool answersPings(Server& server, xcb_window_t window) {
   const auto protocols = server.take<xcb_get_property_reply_t>(
-      askProperty(server, window, server.atom(XAtom::wmProtocols), kXListLength));
+      requestProperty(server, window, server.atom(Atom::wmProtocols), kListLength));
   const auto known = numbersOf(protocols);
-  return std::ranges::find(known, server.atom(XAtom::netWmPing)) != known.end();
+  return std::ranges::find(known, server.atom(Atom::netWmPing)) != known.end();
 }
 
-void sendPing(XServer& server, xcb_window_t window, xcb_timestamp_t stamp) {
+void sendPing(Server& server, xcb_window_t window, xcb_timestamp_t stamp) {
   xcb_client_message_event_t ping{};
   ping.response_type = XCB_CLIENT_MESSAGE;
   ping.format = 32;
   ping.window = window;
-  ping.type = server.atom(XAtom::wmProtocols);
-  ping.data.data32[0] = server.atom(XAtom::netWmPing);
+  ping.type = server.atom(Atom::wmProtocols);
+  ping.data.data32[0] = server.atom(Atom::netWmPing);
   ping.data.data32[1] = stamp;
   ping.data.data32[2] = window;
   xcb_send_event(server.raw(), 0, window, XCB_EVENT_MASK_NO_EVENT,
@@ -54,20 +54,20 @@ void sendPing(XServer& server, xcb_window_t window, xcb_timestamp_t stamp) {
   xcb_flush(server.raw());
 }
 
-bool isPong(XServer& server, const xcb_generic_event_t& event, xcb_window_t window,
+bool isPong(Server& server, const xcb_generic_event_t& event, xcb_window_t window,
             xcb_timestamp_t stamp) {
   if ((event.response_type & 0x7f) != XCB_CLIENT_MESSAGE) {
     return false;
   }
   const auto& message = reinterpret_cast<const xcb_client_message_event_t&>(event);
-  return message.type == server.atom(XAtom::wmProtocols) &&
-         message.data.data32[0] == server.atom(XAtom::netWmPing) &&
+  return message.type == server.atom(Atom::wmProtocols) &&
+         message.data.data32[0] == server.atom(Atom::netWmPing) &&
          message.data.data32[1] == stamp && message.data.data32[2] == window;
 }
 
 }  // namespace
 
-bool awaitPong(XServer& server, xcb_window_t window, SteadyClock::duration patience) {
+bool awaitPong(Server& server, xcb_window_t window, SteadyClock::duration patience) {
   if (!answersPings(server, window)) {
     return false;
   }
@@ -76,7 +76,7 @@ bool awaitPong(XServer& server, xcb_window_t window, SteadyClock::duration patie
   const HearsRoot hearing(server);
   sendPing(server, window, stamp);
   while (server.usable()) {
-    while (const XReply<xcb_generic_event_t> event{xcb_poll_for_event(server.raw())}) {
+    while (const Reply<xcb_generic_event_t> event{xcb_poll_for_event(server.raw())}) {
       if (isPong(server, *event, window, stamp)) {
         return true;
       }
@@ -91,4 +91,4 @@ bool awaitPong(XServer& server, xcb_window_t window, SteadyClock::duration patie
   return false;
 }
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::x11

@@ -2,14 +2,14 @@
 
 #include <algorithm>
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::x11 {
 
-xcb_get_property_cookie_t askProperty(XServer& server, xcb_window_t window, xcb_atom_t property,
-                                      std::uint32_t length) {
+xcb_get_property_cookie_t requestProperty(Server& server, xcb_window_t window, xcb_atom_t property,
+                                          std::uint32_t length) {
   return xcb_get_property(server.raw(), 0, window, property, XCB_GET_PROPERTY_TYPE_ANY, 0, length);
 }
 
-std::span<const std::uint32_t> numbersOf(const XProperty& property) {
+std::span<const std::uint32_t> numbersOf(const Property& property) {
   if (!property || property->format != 32) {
     return {};
   }
@@ -17,14 +17,14 @@ std::span<const std::uint32_t> numbersOf(const XProperty& property) {
           property->value_len};
 }
 
-std::string bytesOf(const XProperty& property) {
+std::string bytesOf(const Property& property) {
   if (!property || property->format != 8) {
     return {};
   }
   return {static_cast<const char*>(xcb_get_property_value(property.get())), property->value_len};
 }
 
-std::string textOf(const XProperty& property) {
+std::string textOf(const Property& property) {
   std::string bytes = bytesOf(property);
   bytes.resize(std::min(bytes.find('\0'), bytes.size()));
   if (!property || property->type != XCB_ATOM_STRING) {
@@ -44,7 +44,7 @@ std::string textOf(const XProperty& property) {
   return text;
 }
 
-std::optional<Insets> insetsOf(const XProperty& property) {
+std::optional<Insets> insetsOf(const Property& property) {
   const auto numbers = numbersOf(property);
   if (numbers.size() != 4) {
     return std::nullopt;
@@ -53,4 +53,4 @@ std::optional<Insets> insetsOf(const XProperty& property) {
                 static_cast<double>(numbers[2]), static_cast<double>(numbers[3])};
 }
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::x11

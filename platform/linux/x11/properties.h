@@ -6,32 +6,32 @@
 #include <span>
 #include <string>
 
+#include "platform/linux/x11/connection.h"
 #include "platform/linux/x11/window_locator.h"
-#include "platform/linux/x11/x_display.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::x11 {
 
 /// The most that is read of a property, in 32-bit units: enough for any sensible text or list.
-inline constexpr std::uint32_t kXTextLength = 1024;
-inline constexpr std::uint32_t kXListLength = 16384;
+inline constexpr std::uint32_t kTextLength = 1024;
+inline constexpr std::uint32_t kListLength = 16384;
 
 /// Null when the window is gone; of no type when it lacks the property.
-using XProperty = XReply<xcb_get_property_reply_t>;
+using Property = Reply<xcb_get_property_reply_t>;
 
 /// Sends the question; the answer is taken from the server later.
-[[nodiscard]] xcb_get_property_cookie_t askProperty(XServer& server, xcb_window_t window,
-                                                    xcb_atom_t property, std::uint32_t length);
+[[nodiscard]] xcb_get_property_cookie_t requestProperty(Server& server, xcb_window_t window,
+                                                        xcb_atom_t property, std::uint32_t length);
 
 /// The values of a property of 32-bit values; empty when it is none. Valid as long as the property.
-[[nodiscard]] std::span<const std::uint32_t> numbersOf(const XProperty& property);
+[[nodiscard]] std::span<const std::uint32_t> numbersOf(const Property& property);
 
 /// The bytes of a property of bytes; empty when it is none.
-[[nodiscard]] std::string bytesOf(const XProperty& property);
+[[nodiscard]] std::string bytesOf(const Property& property);
 
 /// The first text of a property, in UTF-8.
-[[nodiscard]] std::string textOf(const XProperty& property);
+[[nodiscard]] std::string textOf(const Property& property);
 
 /// Four distances; none when the property holds anything else.
-[[nodiscard]] std::optional<Insets> insetsOf(const XProperty& property);
+[[nodiscard]] std::optional<Insets> insetsOf(const Property& property);
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::x11

@@ -1,22 +1,22 @@
 // The X server kept for oneself for a moment.
 #pragma once
 
-#include "platform/linux/x11/x_display.h"
+#include "platform/linux/x11/connection.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::x11 {
 
 /// Keeps every other client's requests waiting while it lives, so that nothing changes between a
 /// question and what is done on its answer. Events of the user's devices still come in. Whoever
 /// holds one must wait for nobody but the server. May be nested.
 class ServerGrab {
  public:
-  explicit ServerGrab(XServer& server) : server_(server) { server_.grab(); }
+  explicit ServerGrab(Server& server) : server_(server) { server_.grab(); }
   ~ServerGrab() { server_.ungrab(); }
   ServerGrab(const ServerGrab&) = delete;
   ServerGrab& operator=(const ServerGrab&) = delete;
 
  private:
-  XServer& server_;
+  Server& server_;
 };
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::x11

@@ -1,4 +1,4 @@
-// Where the X server shows an application's windows: what the accessibility bus tells wrongly or
+// Where the X server shows an application's windows: what the accessibility bus reports wrongly or
 // not at all, because every toolkit counts decorations and shadows in its own way.
 //
 // Rectangles are in screen points, origin at the top left of the main display. Worker thread only;
@@ -9,29 +9,23 @@
 #include <string>
 #include <vector>
 
-#include "platform/accessibility.h"
+#include "platform/clock.h"
 #include "platform/geometry.h"
+#include "platform/linux/x11/insets.h"
+#include "platform/process_id.h"
 #include "platform/window_server.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::x11 {
 
-/// What a toolkit draws around its window's content for shadows, inside the X window.
-struct Insets {
-  double left = 0;
-  double right = 0;
-  double top = 0;
-  double bottom = 0;
-
-  bool operator==(const Insets&) const = default;
-};
+class Display;
 
 struct LocatedWindow {
   WindowNumber number = 0;  ///< The X window that the application made, not the manager's frame.
-  Pid pid = 0;
-  std::string title;              ///< `_NET_WM_NAME`, else `WM_NAME`.
-  Rect client;                    ///< The application's own X window on the root, shadows included.
-  Rect bounds;                    ///< As `WindowInfo::bounds`: with decorations, without shadows.
-  std::optional<Insets> shadow;   ///< `_GTK_FRAME_EXTENTS`; none when the window does not set it.
+  Pid pid = 0;              ///< 0 when nobody reports it.
+  std::string title;        ///< `_NET_WM_NAME`, else `WM_NAME`.
+  Rect client;              ///< The application's own X window on the root, shadows included.
+  Rect bounds;              ///< As `WindowInfo::bounds`: with decorations, without shadows.
+  std::optional<Insets> shadow;   ///< `_GTK_FRAME_EXTENTS`; absent when the window does not set it.
   bool overrideRedirect = false;  ///< A popup that no window manager handles.
   bool minimized = false;
   bool active = false;  ///< It is the window that receives keystrokes.
@@ -45,8 +39,8 @@ class WindowLocator {
   /// shown.
   [[nodiscard]] virtual std::vector<LocatedWindow> windowsOf(Pid pid) = 0;
 
-  /// The window that a pointer at `point` would meet, popups included, of whichever process. None
-  /// where only the desktop itself is; a window whose process is unknown has pid 0.
+  /// The window that a pointer at `point` would meet, popups included, of whichever process.
+  /// Nullopt where only the desktop itself is.
   [[nodiscard]] virtual std::optional<LocatedWindow> windowAt(Point point) = 0;
 
   /// Asks for a window to be brought above the others, and out of the icon; true when the request
@@ -54,11 +48,32 @@ class WindowLocator {
   [[nodiscard]] virtual bool raise(WindowNumber window) = 0;
 
   /// Waits until the application has handled all that the server had sent to a window of its own,
-  /// the focus among it; false when it has not said so in that time, or never says so.
+  /// the focus among it; false when it has not confirmed that within `patience`, or never does.
   [[nodiscard]] virtual bool awaitEventsHandled(WindowNumber window, Duration patience) = 0;
 
   /// Asks for a window to be made an icon, or to be brought back; true when the request was sent.
   [[nodiscard]] virtual bool setMinimized(WindowNumber window, bool minimized) = 0;
 };
 
+/// The locator over a display's window list.
+class DisplayWindowLocator final : public WindowLocator {
+ public:
+  explicit DisplayWindowLocator(Display& display) : display_(display) {}
+
+  std::vector<LocatedWindow> windowsOf(Pid pid) override;
+  std::optional<LocatedWindow> windowAt(Point point) override;
+  bool raise(WindowNumber window) override;
+  bool awaitEventsHandled(WindowNumber window, Duration patience) override;
+  bool setMinimized(WindowNumber window, bool minimized) override;
+
+ private:
+  Display& display_;
+};
+
+}  // namespace tarqo::lnx::x11
+
+namespace tarqo::lnx {
+using x11::Insets;
+using x11::LocatedWindow;
+using x11::WindowLocator;
 }  // namespace tarqo::lnx

@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <array>
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::x11 {
 namespace {
 
 /// Sends a client message to the root window, where the window manager reads it.
-void sendToManager(XServer& server, xcb_window_t window, xcb_atom_t type,
+void sendToManager(Server& server, xcb_window_t window, xcb_atom_t type,
                    const std::array<std::uint32_t, 5>& data) {
   xcb_client_message_event_t message{};
   message.response_type = XCB_CLIENT_MESSAGE;
@@ -22,9 +22,9 @@ void sendToManager(XServer& server, xcb_window_t window, xcb_atom_t type,
 
 }  // namespace
 
-const XWindow* principalWindow(const XWindows& windows, Pid pid, bool minimisedToo) {
-  const XWindow* minimised = nullptr;
-  for (const XWindow& window : windows.frontToBack) {
+const Window* principalWindow(const Windows& windows, Pid pid, bool minimisedToo) {
+  const Window* minimised = nullptr;
+  for (const Window& window : windows.frontToBack) {
     if (window.pid != pid || !window.isOrdinary()) {
       continue;
     }
@@ -36,12 +36,12 @@ const XWindow* principalWindow(const XWindows& windows, Pid pid, bool minimisedT
   return minimisedToo ? minimised : nullptr;
 }
 
-void activateWindow(XServer& server, const XWindows& windows, const XWindow& window) {
+void activateWindow(Server& server, const Windows& windows, const Window& window) {
   xcb_connection_t* c = server.raw();
   if (windows.hasManager) {
     constexpr std::uint32_t kFromPager = 2;
     const std::uint32_t now = server.time();
-    sendToManager(server, window.client, server.atom(XAtom::netActiveWindow),
+    sendToManager(server, window.client, server.atom(Atom::netActiveWindow),
                   {kFromPager, now, XCB_NONE});
   } else {
     const std::uint32_t above = XCB_STACK_MODE_ABOVE;
@@ -51,15 +51,15 @@ void activateWindow(XServer& server, const XWindows& windows, const XWindow& win
   server.sync();
 }
 
-void minimiseWindow(XServer& server, const XWindow& window) {
+void minimiseWindow(Server& server, const Window& window) {
   constexpr std::uint32_t kIconicState = 3;
-  sendToManager(server, window.client, server.atom(XAtom::wmChangeState), {kIconicState});
+  sendToManager(server, window.client, server.atom(Atom::wmChangeState), {kIconicState});
   server.sync();
 }
 
-void endShowingDesktop(XServer& server) {
-  sendToManager(server, server.root(), server.atom(XAtom::netShowingDesktop), {0});
+void endShowingDesktop(Server& server) {
+  sendToManager(server, server.root(), server.atom(Atom::netShowingDesktop), {0});
   server.sync();
 }
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::x11

@@ -1,370 +1,73 @@
 #include "platform/linux/x11/windows.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <span>
-#include <unordered_map>
-#include <utility>
 
-#include "platform/linux/x11/clients.h"
-#include "platform/linux/x11/focus.h"
-#include "platform/linux/x11/properties.h"
-
-namespace tarqo::lnx {
+namespace tarqo::lnx::x11 {
 namespace {
 
-/// Clients that a window manager frames more than once are rare; deeper ones are not looked for.
-constexpr int kMaxFrameDepth = 4;
-
-struct TypeRow {
-  XAtom atom;
-  WindowType type;
-};
-constexpr std::array kTypes = {
-    TypeRow{XAtom::netWmWindowTypeNormal, WindowType::normal},
-    TypeRow{XAtom::netWmWindowTypeDialog, WindowType::dialog},
-    TypeRow{XAtom::netWmWindowTypeUtility, WindowType::utility},
-    TypeRow{XAtom::netWmWindowTypeSplash, WindowType::splash},
-    TypeRow{XAtom::netWmWindowTypeToolbar, WindowType::toolbar},
-    TypeRow{XAtom::netWmWindowTypeMenu, WindowType::menu},
-    TypeRow{XAtom::netWmWindowTypeDropdownMenu, WindowType::dropdownMenu},
-    TypeRow{XAtom::netWmWindowTypePopupMenu, WindowType::popupMenu},
-    TypeRow{XAtom::netWmWindowTypeCombo, WindowType::combo},
-    TypeRow{XAtom::netWmWindowTypeTooltip, WindowType::tooltip},
-    TypeRow{XAtom::netWmWindowTypeNotification, WindowType::notification},
-    TypeRow{XAtom::netWmWindowTypeDnd, WindowType::dnd},
-    TypeRow{XAtom::netWmWindowTypeDock, WindowType::dock},
-    TypeRow{XAtom::netWmWindowTypeDesktop, WindowType::desktop},
-};
-
-/// The questions about a child of the root window.
-struct OutermostQuery {
-  xcb_get_window_attributes_cookie_t attributes;
-  xcb_get_geometry_cookie_t geometry;
-};
-
-/// What became of them.
-struct Outermost {
-  xcb_window_t window = XCB_NONE;
-  bool viewable = false;
-  bool overrideRedirect = false;
-  xcb_visualid_t visual = 0;
-  Rect area;
-  std::vector<xcb_window_t> clients;
-};
-
-/// The questions about one window; sent for all windows before any answer is read.
-struct WindowQuery {
-  xcb_get_window_attributes_cookie_t attributes;
-  xcb_get_geometry_cookie_t geometry;
-  xcb_translate_coordinates_cookie_t origin;
-  xcb_get_property_cookie_t netName, name, windowClass, pid, type, netState, opacity;
-  xcb_get_property_cookie_t decoration, shadow, gtkApplicationId;
-};
-
-WindowQuery askAbout(XServer& server, xcb_window_t window) {
-  xcb_connection_t* c = server.raw();
-  const auto property = [&](XAtom name, std::uint32_t length) {
-    return askProperty(server, window, server.atom(name), length);
-  };
-  return {
-      .attributes = xcb_get_window_attributes(c, window),
-      .geometry = xcb_get_geometry(c, window),
-      .origin = xcb_translate_coordinates(c, window, server.root(), 0, 0),
-      .netName = property(XAtom::netWmName, kXTextLength),
-      .name = askProperty(server, window, XCB_ATOM_WM_NAME, kXTextLength),
-      .windowClass = askProperty(server, window, XCB_ATOM_WM_CLASS, kXTextLength),
-      .pid = property(XAtom::netWmPid, 1),
-      .type = property(XAtom::netWmWindowType, 16),
-      .netState = property(XAtom::netWmState, 64),
-      .opacity = property(XAtom::netWmWindowOpacity, 1),
-      .decoration = property(XAtom::netFrameExtents, 4),
-      .shadow = property(XAtom::gtkFrameExtents, 4),
-      .gtkApplicationId = property(XAtom::gtkApplicationId, kXTextLength),
-  };
-}
-
-WindowType typeOf(const XServer& server, const XProperty& property) {
-  for (const std::uint32_t atom : numbersOf(property)) {
-    for (const TypeRow& row : kTypes) {
-      if (server.atom(row.atom) == atom) {
-        return row.type;
-      }
-    }
-  }
-  return WindowType::none;
-}
-
-/// The two texts of WM_CLASS, each ended by a NUL.
-void readClass(const XProperty& property, XWindow& window) {
-  const std::string bytes = bytesOf(property);
-  const std::size_t middle = std::min(bytes.find('\0'), bytes.size());
-  window.instanceName = bytes.substr(0, middle);
-  if (middle < bytes.size()) {
-    const std::size_t end = std::min(bytes.find('\0', middle + 1), bytes.size());
-    window.className = bytes.substr(middle + 1, end - middle - 1);
-  }
-}
-
-bool isMinimised(const XServer& server, const XProperty& netState) {
-  // WM_STATE will not do: window managers call windows of other desktops iconic too. A window
-  // rolled up into its title bar is hidden as well, but not minimised.
-  const auto states = numbersOf(netState);
-  const auto has = [&](XAtom name) {
-    return std::find(states.begin(), states.end(), server.atom(name)) != states.end();
-  };
-  return has(XAtom::netWmStateHidden) && !has(XAtom::netWmStateShaded);
-}
-
-double opacityOf(const XProperty& property) {
-  const auto numbers = numbersOf(property);
-  return numbers.empty() ? 1.0 : static_cast<double>(numbers[0]) / 0xffffffff;
-}
-
-/// Reads the answers about a window; false when it is gone or shows nothing. Every answer is
-/// taken, also those that nobody needs any more, because the library keeps what is not.
-bool readAnswers(XServer& server, const WindowQuery& query, const Outermost& outermost,
-                 XWindow& window) {
-  const auto attributes = server.take<xcb_get_window_attributes_reply_t>(query.attributes);
-  const auto geometry = server.take<xcb_get_geometry_reply_t>(query.geometry);
-  const auto origin = server.take<xcb_translate_coordinates_reply_t>(query.origin);
-  const auto property = [&server](xcb_get_property_cookie_t cookie) {
-    return server.take<xcb_get_property_reply_t>(cookie);
-  };
-  const XProperty netName = property(query.netName);
-  const XProperty name = property(query.name);
-  window.title = textOf(netName);
-  if (window.title.empty()) {
-    window.title = textOf(name);
-  }
-  readClass(property(query.windowClass), window);
-  const XProperty pid = property(query.pid);
-  if (const auto numbers = numbersOf(pid); !numbers.empty()) {
-    window.pid = static_cast<Pid>(numbers[0]);
-  }
-  window.type = typeOf(server, property(query.type));
-  window.minimised = isMinimised(server, property(query.netState));
-  window.opacity = opacityOf(property(query.opacity));
-  const std::optional<Insets> decoration = insetsOf(property(query.decoration));
-  window.shadow = insetsOf(property(query.shadow));
-  window.gtkApplicationId = textOf(property(query.gtkApplicationId));
-  if (!attributes || !geometry || !origin || attributes->_class != XCB_WINDOW_CLASS_INPUT_OUTPUT) {
-    return false;
-  }
-  window.viewable = attributes->map_state == XCB_MAP_STATE_VIEWABLE;
-  window.overrideRedirect = attributes->override_redirect != 0;
-  window.clientArea = {static_cast<double>(origin->dst_x), static_cast<double>(origin->dst_y),
-                       static_cast<double>(geometry->width), static_cast<double>(geometry->height)};
-  window.outermostArea = outermost.area;
-  window.frame = visibleFrame({window.clientArea, outermost.area, decoration, window.shadow});
-  return true;
-}
-
-class WindowReader {
- public:
-  explicit WindowReader(XServer& server) : server_(server) {}
-
-  XWindows read() {
-    if (!readRoot()) {
-      return {};
-    }
-    readOutermost();
-    if (result_.hasManager) {
-      placeClients();
-    } else {
-      adoptClients();
-    }
-    readAll();
-    return std::move(result_);
-  }
-
- private:
-  bool readRoot() {
-    xcb_connection_t* c = server_.raw();
-    const xcb_window_t root = server_.root();
-    const auto treeCookie = xcb_query_tree(c, root);
-    const auto geometryCookie = xcb_get_geometry(c, root);
-    const auto property = [&](XAtom name, std::uint32_t length) {
-      return askProperty(server_, root, server_.atom(name), length);
-    };
-    const auto listCookie = property(XAtom::netClientList, kXListLength);
-    const FocusQuery focus = askFocus(server_);
-    const auto showingCookie = property(XAtom::netShowingDesktop, 1);
-    const auto managerCookie = property(XAtom::netSupportingWmCheck, 1);
-    const auto tree = server_.take<xcb_query_tree_reply_t>(treeCookie);
-    const auto geometry = server_.take<xcb_get_geometry_reply_t>(geometryCookie);
-    const auto list = server_.take<xcb_get_property_reply_t>(listCookie);
-    const auto showing = server_.take<xcb_get_property_reply_t>(showingCookie);
-    const auto manager = server_.take<xcb_get_property_reply_t>(managerCookie);
-    const auto clients = numbersOf(list);
-    clients_.assign(clients.begin(), clients.end());
-    result_.focused = takeFocus(server_, focus, clients_);
-    if (!tree || !geometry) {
-      return false;
-    }
-    result_.screen = {0, 0, static_cast<double>(geometry->width),
-                      static_cast<double>(geometry->height)};
-    const std::span<const xcb_window_t> children(
-        xcb_query_tree_children(tree.get()),
-        static_cast<std::size_t>(xcb_query_tree_children_length(tree.get())));
-    for (auto child = children.rbegin(); child != children.rend(); ++child) {
-      outermost_.push_back({.window = *child, .area = {}, .clients = {}});
-    }
-    // A manager that died leaves its properties behind, but not the window that they name.
-    if (const auto numbers = numbersOf(manager); !numbers.empty()) {
-      managerWindow_ = numbers[0];
-    }
-    const auto shown = numbersOf(showing);
-    result_.showingDesktop = !shown.empty() && shown[0] != 0;
-    return true;
-  }
-
-  void readOutermost() {
-    xcb_connection_t* c = server_.raw();
-    const auto check =
-        askProperty(server_, managerWindow_, server_.atom(XAtom::netSupportingWmCheck), 1);
-    std::vector<OutermostQuery> queries;
-    for (const Outermost& each : outermost_) {
-      queries.push_back(
-          {xcb_get_window_attributes(c, each.window), xcb_get_geometry(c, each.window)});
-    }
-    const auto manager = server_.take<xcb_get_property_reply_t>(check);
-    const auto named = numbersOf(manager);
-    result_.hasManager = managerWindow_ != XCB_NONE && !named.empty() && named[0] == managerWindow_;
-    if (!result_.hasManager) {
-      result_.showingDesktop = false;
-    }
-    for (std::size_t i = 0; i < outermost_.size(); ++i) {
-      const auto attributes =
-          server_.take<xcb_get_window_attributes_reply_t>(queries[i].attributes);
-      const auto geometry = server_.take<xcb_get_geometry_reply_t>(queries[i].geometry);
-      if (!attributes || !geometry) {
-        continue;
-      }
-      Outermost& each = outermost_[i];
-      each.viewable = attributes->map_state == XCB_MAP_STATE_VIEWABLE &&
-                      attributes->_class == XCB_WINDOW_CLASS_INPUT_OUTPUT;
-      each.overrideRedirect = attributes->override_redirect != 0;
-      each.visual = attributes->visual;
-      const int border = 2 * geometry->border_width;
-      each.area = {static_cast<double>(geometry->x), static_cast<double>(geometry->y),
-                   static_cast<double>(geometry->width + border),
-                   static_cast<double>(geometry->height + border)};
-    }
-  }
-
-  /// Finds the child of the root in which each managed window lies.
-  void placeClients() {
-    std::unordered_map<xcb_window_t, Outermost*> byWindow;
-    for (Outermost& each : outermost_) {
-      byWindow[each.window] = &each;
-    }
-    std::vector<std::pair<xcb_window_t, xcb_window_t>> climbing;  // A client and an ancestor of it.
-    for (const xcb_window_t client : clients_) {
-      climbing.emplace_back(client, client);
-    }
-    for (int depth = 0; depth < kMaxFrameDepth && !climbing.empty(); ++depth) {
-      std::vector<std::pair<xcb_window_t, xcb_window_t>> above;
-      std::vector<xcb_query_tree_cookie_t> cookies;
-      for (const auto& [client, ancestor] : climbing) {
-        if (const auto found = byWindow.find(ancestor); found != byWindow.end()) {
-          found->second->clients.push_back(client);
-        } else {
-          above.emplace_back(client, ancestor);
-          cookies.push_back(xcb_query_tree(server_.raw(), ancestor));
-        }
-      }
-      climbing.clear();
-      for (std::size_t i = 0; i < above.size(); ++i) {
-        if (const auto tree = server_.take<xcb_query_tree_reply_t>(cookies[i])) {
-          climbing.emplace_back(above[i].first, tree->parent);
-        }
-      }
-    }
-  }
-
-  /// Without a window manager, what an application shows on the root is its window.
-  void adoptClients() {
-    for (Outermost& each : outermost_) {
-      if (each.viewable && !each.overrideRedirect) {
-        each.clients.push_back(each.window);
-      }
-    }
-  }
-
-  void readAll() {
-    struct Asked {
-      const Outermost* outermost;
-      XWindow window;
-      WindowQuery query;
-    };
-    std::vector<Asked> asked;
-    std::vector<xcb_window_t> numbers;
-    const auto add = [&](const Outermost& each, xcb_window_t client, bool managed) {
-      XWindow window;
-      window.client = client;
-      window.outermost = each.window;
-      window.outermostVisual = each.visual;
-      window.managed = managed;
-      asked.push_back({&each, std::move(window), askAbout(server_, client)});
-      numbers.push_back(client);
-    };
-    for (const Outermost& each : outermost_) {
-      for (const xcb_window_t client : each.clients) {
-        add(each, client, true);
-      }
-      if (each.clients.empty() && each.viewable && each.overrideRedirect) {
-        add(each, each.window, false);
-      }
-    }
-    const auto pids = clientPids(server_, numbers);
-    for (Asked& each : asked) {
-      if (!readAnswers(server_, each.query, *each.outermost, each.window)) {
-        continue;
-      }
-      if (const auto pid = pids.find(clientOf(server_, each.window.client)); pid != pids.end()) {
-        each.window.pid = pid->second;
-      }
-      // Some window managers make icons of all windows in order to show the desktop.
-      each.window.minimised = each.window.minimised && !result_.showingDesktop;
-      result_.frontToBack.push_back(std::move(each.window));
-    }
-  }
-
-  XServer& server_;
-  XWindows result_;
-  xcb_window_t managerWindow_ = XCB_NONE;
-  /// In no order of use: that is the tree's. The list that claims to be in stacking order lacks
-  /// the first window of all in xfwm4, until something is restacked.
-  std::vector<xcb_window_t> clients_;
-  std::vector<Outermost> outermost_;  // Front to back.
-};
+// The figures are those of the layers of macOS, so that a client that logs them reads the same.
+constexpr int kDesktopLayer = -1000;
+constexpr int kNormalLayer = 0;
+constexpr int kTornOffLayer = 3;
+constexpr int kDockLayer = 20;
+constexpr int kNotificationLayer = 25;
+constexpr int kPopupLayer = 101;
+constexpr int kTooltipLayer = 102;
+constexpr int kDragLayer = 500;
 
 }  // namespace
 
-XWindows readWindows(XServer& server) { return WindowReader(server).read(); }
-
-xcb_window_t outermostAt(XServer& server, std::optional<Point> point) {
-  if (!point) {
-    const auto pointer =
-        server.take<xcb_query_pointer_reply_t>(xcb_query_pointer(server.raw(), server.root()));
-    return pointer ? pointer->child : static_cast<xcb_window_t>(XCB_NONE);
+int layerOf(WindowType type, bool overrideRedirect) {
+  switch (type) {
+    case WindowType::none:
+    case WindowType::normal:
+    case WindowType::dialog:
+    case WindowType::utility:
+    case WindowType::splash:
+      return overrideRedirect ? kPopupLayer : kNormalLayer;
+    case WindowType::toolbar:
+    case WindowType::menu:
+      return overrideRedirect ? kPopupLayer : kTornOffLayer;
+    case WindowType::dropdownMenu:
+    case WindowType::popupMenu:
+    case WindowType::combo:
+      return kPopupLayer;
+    case WindowType::tooltip:
+      return kTooltipLayer;
+    case WindowType::notification:
+      return kNotificationLayer;
+    case WindowType::dnd:
+      return kDragLayer;
+    case WindowType::dock:
+      return kDockLayer;
+    case WindowType::desktop:
+      return kDesktopLayer;
   }
-  const auto pixel = [](double coordinate) {
-    return static_cast<std::int16_t>(std::clamp(std::floor(coordinate), -32768.0, 32767.0));
-  };
-  const auto reply = server.take<xcb_translate_coordinates_reply_t>(xcb_translate_coordinates(
-      server.raw(), server.root(), server.root(), pixel(point->x), pixel(point->y)));
-  return reply ? reply->child : static_cast<xcb_window_t>(XCB_NONE);
+  return kNormalLayer;
 }
 
-const XWindow* windowAt(XServer& server, const XWindows& windows, Point point) {
-  const xcb_window_t outermost = outermostAt(server, point);
+Rect visibleFrame(const WindowParts& parts) {
+  if (parts.shadow) {
+    return shrunk(parts.client, *parts.shadow);
+  }
+  if (parts.decoration) {
+    // Rather than the outermost window, to which some window managers add an invisible border for
+    // the pointer to take hold of.
+    return grown(parts.client, *parts.decoration);
+  }
+  return parts.outermost;
+}
+
+const Window* findWindow(const Windows& windows, WindowNumber client) {
   const auto found =
       std::find_if(windows.frontToBack.begin(), windows.frontToBack.end(),
-                   [outermost](const XWindow& window) { return window.outermost == outermost; });
-  return outermost != XCB_NONE && found != windows.frontToBack.end() ? &*found : nullptr;
+                   [client](const Window& window) { return window.client == client; });
+  return found != windows.frontToBack.end() ? &*found : nullptr;
 }
 
-}  // namespace tarqo::lnx
+std::int16_t pixelOf(double coordinate) {
+  return static_cast<std::int16_t>(std::clamp(std::floor(coordinate), -32768.0, 32767.0));
+}
+
+}  // namespace tarqo::lnx::x11

@@ -8,7 +8,9 @@
 #include <fstream>
 #include <thread>
 
-namespace tarqo::lnx {
+#include "platform/linux/base/spawn.h"
+
+namespace tarqo::lnx::apps {
 namespace {
 
 namespace fs = std::filesystem;
@@ -58,7 +60,7 @@ class EntryFolders : public testing::Test {
     return root_ / folder / "applications";
   }
 
-  EntryIndex index;
+  DesktopEntries index;
 
  private:
   fs::path root_;
@@ -118,7 +120,7 @@ TEST_F(EntryFolders, AreReadWithTheFoldersBelowThem) {
   write("local", "wine-overruled", "Name=Local\nExec=sh\n");
   write("local", "same-id", "Name=Above\nExec=sh\n");
   write("local", "same/id", "Name=Below\nExec=sh\n");
-  EntryIndex second;
+  DesktopEntries second;
   ASSERT_NE(second.byId("wine-overruled"), nullptr);
   EXPECT_EQ(second.byId("wine-overruled")->name, "Local");
   ASSERT_NE(second.byId("same-id"), nullptr);
@@ -172,13 +174,5 @@ TEST_F(EntryFolders, HoldEntriesThatAUserCanLaunch) {
   EXPECT_EQ(index.byId("good")->program, resolvedProgram("/bin/sh"));
 }
 
-TEST(ResolvedProgram, IsFoundAsALaunchWould) {
-  EXPECT_EQ(resolvedProgram("sh"), fs::canonical("/bin/sh").string());
-  EXPECT_EQ(resolvedProgram("/no/such/program"), "");
-  EXPECT_EQ(resolvedProgram("no-such-program-anywhere"), "");
-  EXPECT_EQ(resolvedProgram("/etc/passwd"), "") << "no program";
-  EXPECT_EQ(resolvedProgram("/etc"), "") << "a folder";
-}
-
 }  // namespace
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::apps

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::apps {
 namespace {
 
 using Words = std::vector<std::string>;
@@ -160,4 +160,4 @@ TEST(LocaleNames, GoFromTheMostToTheLeastExact) {
 }
 
 }  // namespace
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::apps

@@ -14,7 +14,7 @@
 #include "platform/linux/base/proc.h"
 #include "platform/linux/base/spawn.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::apps {
 namespace {
 
 using namespace std::chrono_literals;
@@ -131,4 +131,4 @@ TEST(ProcessFiles, TellCommandLineAndProgram) {
 }
 
 }  // namespace
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::apps

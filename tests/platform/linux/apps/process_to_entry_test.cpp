@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::apps {
 namespace {
 
 using Words = std::vector<std::string>;
@@ -147,4 +147,4 @@ TEST(ControlGroup, NamesNothingElsewhere) {
 }
 
 }  // namespace
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::apps

@@ -13,7 +13,7 @@
 #include "platform/linux/input/keyboard_map.h"
 #include "platform/linux/input/linux_input_events.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::input {
 namespace {
 
 using Keysyms = std::vector<xcb_keysym_t>;
@@ -131,7 +131,7 @@ TEST(Keymap, HasNothingBeyondItsKeysAndLevels) {
 }
 
 TEST(Keymap, LendsAMeaningToAWholeKey) {
-  const KeySymbols key = KeySymbols::typing('a', 'A');
+  const KeySymbols key = KeySymbols::ofPair('a', 'A');
   for (const std::size_t layout : {0U, 1U, 3U}) {
     EXPECT_EQ(key.at(layout, 0), static_cast<xcb_keysym_t>('a'));
     EXPECT_EQ(key.at(layout, 1), static_cast<xcb_keysym_t>('A'));
@@ -152,4 +152,4 @@ TEST(Wheel, TurnsAtLeastOneClick) {
 }
 
 }  // namespace
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::input

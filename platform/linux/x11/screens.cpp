@@ -1,11 +1,11 @@
-#include "platform/linux/x11/linux_window_server.h"
+#include "platform/linux/x11/screens.h"
 
 #include <xcb/randr.h>
 
 #include <algorithm>
 #include <utility>
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::x11 {
 namespace {
 
 struct Monitor {
@@ -13,7 +13,7 @@ struct Monitor {
   Rect area;  // From the top left.
 };
 
-std::vector<Monitor> readMonitors(XServer& server) {
+std::vector<Monitor> readMonitors(Server& server) {
   std::vector<Monitor> monitors;
   if (!server.extensions().randrMonitors) {
     return monitors;
@@ -36,7 +36,7 @@ std::vector<Monitor> readMonitors(XServer& server) {
 }
 
 /// The whole screen, whose size may have changed since the connection was made.
-std::vector<Monitor> wholeScreen(XServer& server) {
+std::vector<Monitor> wholeScreen(Server& server) {
   const auto geometry =
       server.take<xcb_get_geometry_reply_t>(xcb_get_geometry(server.raw(), server.root()));
   if (!geometry) {
@@ -48,42 +48,10 @@ std::vector<Monitor> wholeScreen(XServer& server) {
 
 }  // namespace
 
-std::vector<WindowInfo> LinuxWindowServer::windows(WindowList which) {
-  const XWindows windows = applications_.windows();
-  std::vector<WindowInfo> list;
-  for (const XWindow& window : windows.frontToBack) {
-    const bool isDesktop = window.type == WindowType::desktop;
-    if (!window.viewable || !window.frame.intersects(windows.screen) ||
-        (isDesktop && which == WindowList::onScreenAboveDesktop)) {
-      continue;
-    }
-    WindowInfo info;
-    info.number = window.client;
-    info.bounds = window.frame;
-    info.layer = window.layer();
-    info.alpha = window.opacity;
-    if (window.pid > 0) {
-      info.ownerPid = window.pid;
-      if (std::string name = applications_.nameOf(window.pid, windows); !name.empty()) {
-        info.ownerName = std::move(name);
-      }
-    }
-    if (!window.title.empty()) {
-      info.title = window.title;
-    }
-    list.push_back(std::move(info));
-  }
-  return list;
-}
-
-std::vector<Screen> LinuxWindowServer::screens() {
-  XServer* server = applications_.display().server();
-  if (server == nullptr) {
-    return {};
-  }
-  std::vector<Monitor> monitors = readMonitors(*server);
+std::vector<Screen> readScreens(Server& server) {
+  std::vector<Monitor> monitors = readMonitors(server);
   if (monitors.empty()) {
-    monitors = wholeScreen(*server);
+    monitors = wholeScreen(server);
   }
   std::stable_sort(monitors.begin(), monitors.end(), [](const Monitor& a, const Monitor& b) {
     return std::pair(a.area.y, a.area.x) < std::pair(b.area.y, b.area.x);
@@ -98,4 +66,4 @@ std::vector<Screen> LinuxWindowServer::screens() {
   return screens;
 }
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::x11

@@ -1,4 +1,4 @@
-#include "platform/linux/input/raw_keys.h"
+#include "platform/linux/x11/raw_keys.h"
 
 #include <sys/uio.h>
 #include <xcb/xcbext.h>
@@ -6,7 +6,7 @@
 #include <array>
 #include <cstring>
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::x11 {
 namespace {
 
 // Of the XInput extension two requests and one event are needed, so they are written out here
@@ -57,7 +57,7 @@ struct Sequence {
 };
 
 template <typename Request>
-Sequence send(XServer& server, Request request, std::uint8_t opcode, bool isAnswered) {
+Sequence send(Server& server, Request request, std::uint8_t opcode, bool isAnswered) {
   const xcb_protocol_request_t protocol{1, &extensionId, opcode,
                                         static_cast<std::uint8_t>(isAnswered ? 0 : 1)};
   std::array<iovec, 3> parts{};  // The library uses the two before the first.
@@ -66,7 +66,7 @@ Sequence send(XServer& server, Request request, std::uint8_t opcode, bool isAnsw
       xcb_send_request(server.raw(), isAnswered ? XCB_REQUEST_CHECKED : 0, &parts[2], &protocol)};
 }
 
-void select(XServer& server, std::uint32_t mask) {
+void select(Server& server, std::uint32_t mask) {
   SelectEvents request;
   request.window = server.root();
   request.mask = mask;
@@ -75,7 +75,7 @@ void select(XServer& server, std::uint32_t mask) {
 
 }  // namespace
 
-bool canTellRawKeys(XServer& server) {
+bool canTellRawKeys(Server& server) {
   const xcb_query_extension_reply_t* found = xcb_get_extension_data(server.raw(), &extensionId);
   if (found == nullptr || found->present == 0) {
     return false;
@@ -86,8 +86,8 @@ bool canTellRawKeys(XServer& server) {
   return version && (version->major > 2 || (version->major == 2 && version->minor >= 1));
 }
 
-RawKeyWatch::RawKeyWatch(XDisplay& display) : display_(display) {
-  XServer* server = display_.server();
+RawKeyWatch::RawKeyWatch(Display& display) : display_(display) {
+  Server* server = display_.server();
   if (server == nullptr || !server->extensions().rawKeys) {
     return;
   }
@@ -98,7 +98,7 @@ RawKeyWatch::RawKeyWatch(XDisplay& display) : display_(display) {
 }
 
 RawKeyWatch::~RawKeyWatch() {
-  XServer* server = display_.server();
+  Server* server = display_.server();
   if (server != nullptr && server->serial() == connection_) {
     select(*server, 0);
     server->setEventHandler(nullptr);
@@ -114,10 +114,10 @@ void RawKeyWatch::count(const xcb_generic_event_t& event) {
   }
 }
 
-std::map<xcb_keycode_t, int> RawKeyWatch::releases(XServer& server) const {
+std::map<xcb_keycode_t, int> RawKeyWatch::releases(Server& server) const {
   server.sync();
   server.dropEvents();
   return releases_;
 }
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::x11

@@ -1,8 +1,8 @@
-#include "platform/linux/x11/window_rules.h"
+#include "platform/linux/x11/windows.h"
 
 #include <gtest/gtest.h>
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::x11 {
 namespace {
 
 TEST(WindowLayer, IsZeroForWhatAUserSwitchesTo) {
@@ -44,4 +44,4 @@ TEST(VisibleFrame, IsTheOutermostWindowWhereNothingIsStated) {
 }
 
 }  // namespace
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::x11

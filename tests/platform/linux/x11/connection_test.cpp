@@ -1,8 +1,8 @@
-#include "platform/linux/x11/x_display.h"
+#include "platform/linux/x11/connection.h"
 
 #include <gtest/gtest.h>
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::x11 {
 namespace {
 
 TEST(DisplayNames, AreOfOneServerWhateverTheScreen) {
@@ -26,4 +26,4 @@ TEST(DisplayNames, MayBeNone) {
 }
 
 }  // namespace
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::x11

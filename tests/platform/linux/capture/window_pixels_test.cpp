@@ -1,10 +1,10 @@
-#include "platform/linux/capture/pixel_format.h"
+#include "platform/linux/capture/window_pixels.h"
 
 #include <gtest/gtest.h>
 
 #include <vector>
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::capture {
 namespace {
 
 using Bytes = std::vector<std::uint8_t>;
@@ -101,4 +101,4 @@ TEST(PixelConversion, KeepsTheEndsOfVeryDeepColours) {
 }
 
 }  // namespace
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::capture

@@ -1,18 +1,90 @@
-#include "platform/linux/capture/x_image.h"
+#include "platform/linux/capture/window_pixels.h"
 
 #include <sys/mman.h>
 #include <unistd.h>
 #include <xcb/shm.h>
 
-#include <cstdint>
+#include <algorithm>
+#include <bit>
 #include <memory>
-#include <span>
 #include <utility>
+#include <vector>
 
 #include "platform/png/png_images.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::capture {
 namespace {
+
+/// More of them make no difference once they are rounded to 8.
+constexpr int kUsefulBits = 12;
+
+constexpr std::size_t kImageBytesPerPixel = 4;
+
+bool liesSideBySide(std::uint32_t mask) {
+  return mask != 0 &&
+         std::has_single_bit((static_cast<std::uint64_t>(mask) >> std::countr_zero(mask)) + 1);
+}
+
+/// One colour of a pixel, in 8 bits.
+class Channel {
+ public:
+  explicit Channel(std::uint32_t mask)
+      : shift_(std::countr_zero(mask) + std::max(std::popcount(mask) - kUsefulBits, 0)),
+        largest_((1U << std::min(std::popcount(mask), kUsefulBits)) - 1),
+        scaled_(largest_ + 1) {
+    for (std::uint32_t value = 0; value <= largest_; ++value) {
+      scaled_[value] = static_cast<std::uint8_t>((value * 255 + largest_ / 2) / largest_);
+    }
+  }
+
+  [[nodiscard]] std::uint8_t of(std::uint32_t pixel) const {
+    return scaled_[(pixel >> shift_) & largest_];
+  }
+
+ private:
+  int shift_;
+  std::uint32_t largest_;
+  std::vector<std::uint8_t> scaled_;
+};
+
+template <std::size_t bytesPerPixel, bool bigEndian>
+std::uint32_t pixelAt(const std::uint8_t* bytes) {
+  std::uint32_t pixel = 0;
+  for (std::size_t i = 0; i < bytesPerPixel; ++i) {
+    pixel |= static_cast<std::uint32_t>(bytes[bigEndian ? bytesPerPixel - 1 - i : i]) << (8 * i);
+  }
+  return pixel;
+}
+
+template <std::size_t bytesPerPixel, bool bigEndian>
+void convert(const PixelFormat& format, std::span<const std::uint8_t> rows, png::Bgrx& image) {
+  const Channel red(format.redMask);
+  const Channel green(format.greenMask);
+  const Channel blue(format.blueMask);
+  const std::size_t stride = format.strideBytes(image.widthPx);
+  std::uint8_t* to = image.bytes.data();
+  for (int row = 0; row < image.heightPx; ++row) {
+    const std::uint8_t* from = rows.data() + static_cast<std::size_t>(row) * stride;
+    for (int column = 0; column < image.widthPx; ++column) {
+      const std::uint32_t pixel = pixelAt<bytesPerPixel, bigEndian>(from);
+      to[0] = blue.of(pixel);
+      to[1] = green.of(pixel);
+      to[2] = red.of(pixel);
+      from += bytesPerPixel;
+      to += kImageBytesPerPixel;
+    }
+  }
+}
+
+template <std::size_t bytesPerPixel>
+void convertInOrder(const PixelFormat& format, std::span<const std::uint8_t> rows,
+                    png::Bgrx& image) {
+  if (format.bigEndian) {
+    convert<bytesPerPixel, true>(format, rows, image);
+  } else {
+    convert<bytesPerPixel, false>(format, rows, image);
+  }
+}
 
 constexpr std::uint32_t kAllPlanes = 0xffffffff;
 
@@ -92,17 +164,17 @@ class SharedPixels final : public ServerPixels {
 /// Pixels in the very message in which the server sent them.
 class ReplyPixels final : public ServerPixels {
  public:
-  ReplyPixels(const Area& area, XReply<xcb_get_image_reply_t> reply)
+  ReplyPixels(const Area& area, x11::Reply<xcb_get_image_reply_t> reply)
       : ServerPixels(area), reply_(std::move(reply)) {}
   [[nodiscard]] std::span<const std::uint8_t> rows() const override {
     return {xcb_get_image_data(reply_.get()), area().bytes()};
   }
 
  private:
-  XReply<xcb_get_image_reply_t> reply_;
+  x11::Reply<xcb_get_image_reply_t> reply_;
 };
 
-std::shared_ptr<const ServerPixels> readShared(XServer& server, xcb_pixmap_t pixmap,
+std::shared_ptr<const ServerPixels> readShared(x11::Server& server, xcb_pixmap_t pixmap,
                                                const Area& area) {
   auto memory = std::make_unique<SharedMemory>(area.bytes());
   if (!server.extensions().shmDescriptors || !memory->valid()) {
@@ -121,7 +193,7 @@ std::shared_ptr<const ServerPixels> readShared(XServer& server, xcb_pixmap_t pix
   return std::make_shared<SharedPixels>(area, std::move(memory));
 }
 
-std::shared_ptr<const ServerPixels> readReply(XServer& server, xcb_pixmap_t pixmap,
+std::shared_ptr<const ServerPixels> readReply(x11::Server& server, xcb_pixmap_t pixmap,
                                               const Area& area) {
   auto reply = server.take<xcb_get_image_reply_t>(
       xcb_get_image(server.raw(), XCB_IMAGE_FORMAT_Z_PIXMAP, pixmap, area.x, area.y, area.width,
@@ -146,7 +218,44 @@ void readLayout(const xcb_setup_t* setup, std::uint8_t depth, PixelFormat& forma
 
 }  // namespace
 
-PixelFormat pixelFormatOf(const XServer& server, xcb_visualid_t visual) {
+std::size_t PixelFormat::strideBytes(int widthPx) const {
+  const auto pad = static_cast<std::size_t>(scanlinePadBits);
+  const std::size_t bits =
+      static_cast<std::size_t>(widthPx) * static_cast<std::size_t>(bitsPerPixel);
+  return (bits + pad - 1) / pad * pad / 8;
+}
+
+bool PixelFormat::isBgrx() const {
+  return bitsPerPixel == 32 && !bigEndian && redMask == 0xff0000 && greenMask == 0xff00 &&
+         blueMask == 0xff;
+}
+
+bool PixelFormat::isReadable() const {
+  const bool hasWholeBytes = bitsPerPixel == 16 || bitsPerPixel == 24 || bitsPerPixel == 32;
+  return hasWholeBytes && liesSideBySide(redMask) && liesSideBySide(greenMask) &&
+         liesSideBySide(blueMask);
+}
+
+png::Bgrx toBgrx(const PixelFormat& format, int widthPx, int heightPx,
+                 std::span<const std::uint8_t> rows) {
+  png::Bgrx image{widthPx, heightPx, {}};
+  image.bytes.resize(static_cast<std::size_t>(widthPx) * static_cast<std::size_t>(heightPx) *
+                     kImageBytesPerPixel);
+  switch (format.bitsPerPixel) {
+    case 16:
+      convertInOrder<2>(format, rows, image);
+      break;
+    case 24:
+      convertInOrder<3>(format, rows, image);
+      break;
+    default:
+      convertInOrder<4>(format, rows, image);
+      break;
+  }
+  return image;
+}
+
+PixelFormat pixelFormatOf(const x11::Server& server, xcb_visualid_t visual) {
   PixelFormat format;
   for (auto depths = xcb_screen_allowed_depths_iterator(&server.screen()); depths.rem > 0;
        xcb_depth_next(&depths)) {
@@ -171,7 +280,7 @@ PixelFormat pixelFormatOf(const XServer& server, xcb_visualid_t visual) {
   return format;
 }
 
-std::optional<Image> readPixels(XServer& server, xcb_pixmap_t pixmap, const PixelFormat& format,
+std::optional<Image> readPixels(x11::Server& server, xcb_pixmap_t pixmap, const PixelFormat& format,
                                 const Rect& part) {
   const auto geometry =
       server.take<xcb_get_geometry_reply_t>(xcb_get_geometry(server.raw(), pixmap));
@@ -201,4 +310,4 @@ std::optional<Image> readPixels(XServer& server, xcb_pixmap_t pixmap, const Pixe
   return Image{area.width, area.height, std::move(pixels)};
 }
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::capture

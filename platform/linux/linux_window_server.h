@@ -1,4 +1,5 @@
-// The window server: the X server's windows and monitors, and the login session.
+// The window server: the X server's windows and monitors, the names of applications, and the login
+// session.
 #pragma once
 
 #include "platform/linux/apps/applications.h"
@@ -11,18 +12,16 @@ namespace tarqo::lnx {
 /// because it hides what lies under it all the same.
 class LinuxWindowServer final : public WindowServer {
  public:
-  explicit LinuxWindowServer(Applications& applications) : applications_(applications) {}
+  explicit LinuxWindowServer(apps::Applications& applications) : applications_(applications) {}
 
   std::vector<WindowInfo> windows(WindowList which) override;
 
-  /// The main display is the one at the top left, whichever the user calls primary: the origin of
-  /// all coordinates is there.
   std::vector<Screen> screens() override;
 
   LoginSession loginSession() override { return login_.read(); }
 
  private:
-  Applications& applications_;
+  apps::Applications& applications_;
   LinuxLoginSession login_;
 };
 

@@ -5,32 +5,32 @@
 #include <cstdint>
 #include <map>
 
-#include "platform/linux/x11/x_display.h"
+#include "platform/linux/x11/connection.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::x11 {
 
 /// Whether a server tells of such events. For the connection itself.
-[[nodiscard]] bool canTellRawKeys(XServer& server);
+[[nodiscard]] bool canTellRawKeys(Server& server);
 
 /// Counts the key events of all keyboards while it lives, those of XTEST included. At most one at a
 /// time. Counts nothing on a server that does not tell. Worker thread only.
 class RawKeyWatch {
  public:
-  explicit RawKeyWatch(XDisplay& display);
+  explicit RawKeyWatch(Display& display);
   ~RawKeyWatch();
   RawKeyWatch(const RawKeyWatch&) = delete;
   RawKeyWatch& operator=(const RawKeyWatch&) = delete;
 
   /// How often a key went up more than down so far. A round trip.
-  [[nodiscard]] std::map<xcb_keycode_t, int> releases(XServer& server) const;
+  [[nodiscard]] std::map<xcb_keycode_t, int> releases(Server& server) const;
 
  private:
   void count(const xcb_generic_event_t& event);
 
-  XDisplay& display_;
+  Display& display_;
   std::uint64_t connection_ = 0;
   std::uint8_t extension_ = 0;
   std::map<xcb_keycode_t, int> releases_;
 };
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::x11

@@ -1,4 +1,4 @@
-#include "platform/linux/x11/x_display.h"
+#include "platform/linux/x11/connection.h"
 
 #include <poll.h>
 #include <sys/socket.h>
@@ -15,48 +15,13 @@
 #include <thread>
 #include <utility>
 
-#include "platform/linux/input/raw_keys.h"
-#include "platform/linux/input/xkb.h"
+#include "platform/linux/x11/raw_keys.h"
+#include "platform/linux/x11/xkb.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::x11 {
 namespace {
 
 using SteadyClock = std::chrono::steady_clock;
-
-constexpr std::array<std::string_view, kAtomCount> kAtomNames = {
-    "_NET_ACTIVE_WINDOW",
-    "_NET_CLIENT_LIST",
-    "_NET_FRAME_EXTENTS",
-    "_NET_SHOWING_DESKTOP",
-    "_NET_SUPPORTING_WM_CHECK",
-    "_NET_WM_NAME",
-    "_NET_WM_PID",
-    "_NET_WM_PING",
-    "_NET_WM_STATE",
-    "_NET_WM_STATE_HIDDEN",
-    "_NET_WM_STATE_SHADED",
-    "_NET_WM_WINDOW_OPACITY",
-    "_NET_WM_WINDOW_TYPE",
-    "_NET_WM_WINDOW_TYPE_COMBO",
-    "_NET_WM_WINDOW_TYPE_DESKTOP",
-    "_NET_WM_WINDOW_TYPE_DIALOG",
-    "_NET_WM_WINDOW_TYPE_DND",
-    "_NET_WM_WINDOW_TYPE_DOCK",
-    "_NET_WM_WINDOW_TYPE_DROPDOWN_MENU",
-    "_NET_WM_WINDOW_TYPE_MENU",
-    "_NET_WM_WINDOW_TYPE_NORMAL",
-    "_NET_WM_WINDOW_TYPE_NOTIFICATION",
-    "_NET_WM_WINDOW_TYPE_POPUP_MENU",
-    "_NET_WM_WINDOW_TYPE_SPLASH",
-    "_NET_WM_WINDOW_TYPE_TOOLBAR",
-    "_NET_WM_WINDOW_TYPE_TOOLTIP",
-    "_NET_WM_WINDOW_TYPE_UTILITY",
-    "_GTK_APPLICATION_ID",
-    "_GTK_FRAME_EXTENTS",
-    "_TARQO_BORROWED_KEYS",
-    "WM_CHANGE_STATE",
-    "WM_PROTOCOLS",
-};
 
 bool isAtLeast(std::uint32_t major, std::uint32_t minor, std::uint32_t wantedMajor,
                std::uint32_t wantedMinor) {
@@ -78,7 +43,7 @@ const xcb_screen_t* preferredScreen(xcb_connection_t* connection, int number) {
   return screens.rem > 0 ? screens.data : nullptr;
 }
 
-/// Host and number of a display; none when it is no display's name.
+/// Host and number of a display; nullopt when it is no display's name.
 std::optional<std::pair<std::string, int>> serverOf(const std::string& name) {
   char* host = nullptr;
   int number = 0;
@@ -98,8 +63,8 @@ bool isSameDisplay(const std::string& one, const std::string& other) {
   return one == other || (server && server == serverOf(other));
 }
 
-std::unique_ptr<XServer> XServer::connect() {
-  std::unique_ptr<XServer> server(new XServer());
+std::unique_ptr<Server> Server::connect() {
+  std::unique_ptr<Server> server(new Server());
   int number = 0;
   server->connection_.reset(xcb_connect(nullptr, &number));
   if (xcb_connection_has_error(server->raw()) != 0) {
@@ -114,7 +79,7 @@ std::unique_ptr<XServer> XServer::connect() {
   return server->usable() ? std::move(server) : nullptr;
 }
 
-void XServer::readExtensions() {
+void Server::readExtensions() {
   xcb_connection_t* c = raw();
   const std::array<xcb_extension_t*, 6> all = {&xcb_composite_id, &xcb_randr_id, &xcb_res_id,
                                                &xcb_shm_id,       &xcb_test_id,  &xcb_xkb_id};
@@ -157,7 +122,7 @@ void XServer::readExtensions() {
   extensions_.rawKeys = canTellRawKeys(*this);
 }
 
-void XServer::readAtoms() {
+void Server::readAtoms() {
   std::array<xcb_intern_atom_cookie_t, kAtomCount> cookies{};
   for (std::size_t i = 0; i < kAtomCount; ++i) {
     const std::string_view name = kAtomNames[i];
@@ -169,9 +134,9 @@ void XServer::readAtoms() {
   }
 }
 
-bool XServer::usable() const { return !stuck_ && xcb_connection_has_error(raw()) == 0; }
+bool Server::usable() const { return !stuck_ && xcb_connection_has_error(raw()) == 0; }
 
-bool XServer::waitForInput(SteadyClock::time_point deadline) {
+bool Server::waitForInput(SteadyClock::time_point deadline) {
   const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
       std::max(deadline - SteadyClock::now(), SteadyClock::duration::zero()));
   pollfd input{xcb_get_file_descriptor(raw()), POLLIN, 0};
@@ -183,12 +148,12 @@ bool XServer::waitForInput(SteadyClock::time_point deadline) {
   return !stuck_;
 }
 
-void* XServer::takeReply(unsigned int sequence) {
+void* Server::takeReply(unsigned int sequence) {
   if (!usable()) {
     return nullptr;
   }
   xcb_flush(raw());
-  const auto deadline = SteadyClock::now() + kXTimeout;
+  const auto deadline = SteadyClock::now() + kTimeout;
   void* reply = nullptr;
   xcb_generic_error_t* error = nullptr;
   while (xcb_poll_for_reply(raw(), sequence, &reply, &error) == 0) {
@@ -200,11 +165,11 @@ void* XServer::takeReply(unsigned int sequence) {
   return reply;
 }
 
-bool XServer::sync() {
+bool Server::sync() {
   return take<xcb_get_input_focus_reply_t>(xcb_get_input_focus(raw())) != nullptr;
 }
 
-bool XServer::succeeded(xcb_void_cookie_t cookie) {
+bool Server::succeeded(xcb_void_cookie_t cookie) {
   if (!sync()) {
     return false;
   }
@@ -217,7 +182,7 @@ bool XServer::succeeded(xcb_void_cookie_t cookie) {
   return known && !failed;
 }
 
-xcb_window_t XServer::hiddenWindow() {
+xcb_window_t Server::hiddenWindow() {
   if (hiddenWindow_ == XCB_NONE) {
     hiddenWindow_ = xcb_generate_id(raw());
     const std::uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE;
@@ -228,18 +193,18 @@ xcb_window_t XServer::hiddenWindow() {
   return hiddenWindow_;
 }
 
-xcb_timestamp_t XServer::time() {
+xcb_timestamp_t Server::time() {
   const xcb_window_t window = hiddenWindow();
   dropEvents();
-  // Changing a property is the way in which the protocol tells a client the time.
+  // A client learns the server's time by changing a property: the event of the change carries it.
   xcb_change_property(raw(), XCB_PROP_MODE_APPEND, window, XCB_ATOM_WM_NAME, XCB_ATOM_STRING, 8, 0,
                       nullptr);
   if (!sync()) {
     return XCB_CURRENT_TIME;
   }
   xcb_timestamp_t now = XCB_CURRENT_TIME;
-  while (const XReply<xcb_generic_event_t> event{xcb_poll_for_queued_event(raw())}) {
-    see(*event);
+  while (const Reply<xcb_generic_event_t> event{xcb_poll_for_queued_event(raw())}) {
+    handle(*event);
     if ((event->response_type & 0x7f) == XCB_PROPERTY_NOTIFY) {
       now = reinterpret_cast<const xcb_property_notify_event_t*>(event.get())->time;
     }
@@ -247,35 +212,35 @@ xcb_timestamp_t XServer::time() {
   return now;
 }
 
-void XServer::see(const xcb_generic_event_t& event) const {
+void Server::handle(const xcb_generic_event_t& event) const {
   if (handler_) {
     handler_(event);
   }
 }
 
-void XServer::dropEvents() {
-  while (const XReply<xcb_generic_event_t> event{xcb_poll_for_event(raw())}) {
-    see(*event);
+void Server::dropEvents() {
+  while (const Reply<xcb_generic_event_t> event{xcb_poll_for_event(raw())}) {
+    handle(*event);
   }
 }
 
-void XServer::grab() {
+void Server::grab() {
   if (grabs_++ == 0) {
     xcb_grab_server(raw());
   }
 }
 
-void XServer::ungrab() {
+void Server::ungrab() {
   if (--grabs_ == 0) {
     xcb_ungrab_server(raw());
     xcb_flush(raw());
   }
 }
 
-XServer* XDisplay::server() {
+Server* Display::server() {
   if (server_) {
     server_->dropEvents();
-    // Whoever keeps it to himself has it in hand, and finds out by its empty answers.
+    // Whoever holds a grab keeps a reference to it, and notices the loss by its empty answers.
     if (server_->usable() || server_->grabs_ > 0) {
       return server_.get();
     }
@@ -285,16 +250,16 @@ XServer* XDisplay::server() {
     auto patience = std::chrono::milliseconds::zero();
     if (!connecting_.valid()) {
       // Connecting has no time limit of its own, so it has a thread that may be left behind.
-      std::promise<std::unique_ptr<XServer>> result;
+      std::promise<std::unique_ptr<Server>> result;
       connecting_ = result.get_future();
       std::thread([promise = std::move(result)]() mutable {
         try {
-          promise.set_value(XServer::connect());
+          promise.set_value(Server::connect());
         } catch (const std::exception&) {
           return;  // Whoever waits finds the promise broken.
         }
       }).detach();
-      patience = kXTimeout;
+      patience = kTimeout;
     }
     if (connecting_.wait_for(patience) == std::future_status::ready) {
       server_ = connecting_.get();
@@ -308,4 +273,4 @@ XServer* XDisplay::server() {
   return server_.get();
 }
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::x11
