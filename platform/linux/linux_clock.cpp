@@ -28,7 +28,7 @@ void LinuxClock::background(std::function<void()> body) {
       try {
         body();
       } catch (...) {
-        // What it throws is lost; that it is over counts.
+        // Exceptions are swallowed; completion is still signalled.
       }
       const std::lock_guard lock(bodies->mutex);
       ++bodies->count;

@@ -1,4 +1,4 @@
-// The clocks of the system, and threads of their own for bodies that may hang.
+// The clocks of the system, and threads for bodies that may hang.
 #pragma once
 
 #include <condition_variable>
@@ -15,16 +15,16 @@ class LinuxClock final : public Clock {
   WallTime wall() override;
   void sleep(Duration duration) override;
 
-  /// Sleeps: no thread but the main one has a loop, and no completion is meant for the caller's.
+  /// Sleeps: only the main thread has a loop, and no completion is meant for any other.
   void turn(Duration slice) override;
 
   void turnWhileBusy(Duration slice) override;
 
-  /// A body whose thread cannot be made is not run; what it throws is lost.
+  /// A body whose thread cannot be started is not run. Exceptions of a body are swallowed.
   void background(std::function<void()> body) override;
 
  private:
-  /// Shared with every body: one that nobody waits for any more may return after this is gone.
+  /// Shared with every body, since a body may return after the clock is gone.
   struct Bodies {
     std::mutex mutex;
     std::condition_variable returned;
@@ -32,7 +32,7 @@ class LinuxClock final : public Clock {
   };
 
   std::shared_ptr<Bodies> bodies_ = std::make_shared<Bodies>();
-  unsigned seen_ = 0;  ///< What `count` was when somebody last waited; guarded by its mutex.
+  unsigned seen_ = 0;  ///< `count` at the end of the last wait; guarded by its mutex.
 };
 
 }  // namespace tarqo::lnx

@@ -31,22 +31,22 @@ class LinuxPlatform final : public Backend {
   MainLoop& mainLoop() override { return mainLoop_; }
 
  private:
-  x11::Display display_;
-  apps::Applications applications_{display_};
+  LinuxClock clock_;
+  x11::Display display_{clock_};
+  apps::Applications applications_{display_, clock_};
   x11::DisplayWindowLocator locator_{display_};
   LinuxMainLoop mainLoop_;
   AtspiEvents events_{mainLoop_};
-  input::LinuxInputEvents inputEvents_{display_};
+  input::LinuxInputEvents inputEvents_{display_, clock_};
   LinuxAccessibility accessibility_{locator_, events_, &inputEvents_};
   apps::LinuxWorkspace workspace_{applications_};
-  apps::LinuxBundles bundles_{applications_};
+  apps::LinuxBundles bundles_{applications_, clock_};
   apps::LinuxProcesses processes_;
-  capture::LinuxScreenCapture capture_;
+  capture::LinuxScreenCapture capture_{clock_};
   LinuxPermissions permissions_{capture_};
   LinuxWindowServer windowServer_{applications_};
-  ocr::TesseractTextRecognizer recognizer_;
+  ocr::TesseractTextRecognizer recognizer_{clock_};
   png::PngImages images_;
-  LinuxClock clock_;
   LinuxRandom random_;
 };
 

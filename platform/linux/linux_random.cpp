@@ -6,8 +6,7 @@ namespace tarqo::lnx {
 
 std::uint64_t LinuxRandom::next() {
   std::uint64_t number = 0;
-  // So few bytes come whole or, when a signal arrives before the system has gathered any, not at
-  // all.
+  // Reads of up to 256 bytes are never short. EINTR comes only before the pool is seeded.
   while (::getrandom(&number, sizeof(number), 0) != sizeof(number)) {
   }
   return number;

@@ -23,7 +23,7 @@ class BoxGrid {
   void grow(std::size_t item, const PixelBox& before, const PixelBox& box);
 
   /// Calls `deed` with each item that has pixels in common with the box, and with some that are
-  /// only close to it; with those that lie in several cells several times.
+  /// only close to it. An item that spans cells is visited once per cell.
   template <typename Deed>
   void forNear(const PixelBox& box, const Deed& deed) const {
     const PixelBox cells = cellsOf(box);
@@ -40,8 +40,8 @@ class BoxGrid {
   /// About as high as a glyph: smaller ones make long lines cost, larger ones hold more specks.
   static constexpr int kCellPx = 16;
 
-  /// The columns and rows of the cells a box touches; none when the box is empty. What sticks out
-  /// of the picture counts as on its edge.
+  /// The columns and rows of the cells a box touches; an empty box when the box is empty. Parts
+  /// outside the picture count as on its edge.
   [[nodiscard]] PixelBox cellsOf(const PixelBox& box) const;
   [[nodiscard]] std::size_t cellAt(int x, int y) const {
     return static_cast<std::size_t>(y) * static_cast<std::size_t>(columns_) +

@@ -93,7 +93,7 @@ struct ShadedLine {
   bool isLightText = false;
 };
 
-/// The line by its luminance, or by a channel where that tells ink from ground much better.
+/// The line by its luminance, or by a channel that separates ink from ground much better.
 ShadedLine clearestLine(const png::BgrxView& image, const PixelBox& box) {
   ShadedLine clearest(image, box, kLuminance);
   int least = kClearer * clearest.contrast;
@@ -107,7 +107,7 @@ ShadedLine clearestLine(const png::BgrxView& image, const PixelBox& box) {
   return clearest;
 }
 
-/// The ink in a black-on-white line, in its own pixels; empty when there is none.
+/// The ink in a black-on-white line, in its own pixels; empty when the line has no ink.
 PixelBox inkBoxOf(const GrayImage& line) {
   PixelBox box;
   for (int y = 0; y < line.heightPx; ++y) {

@@ -40,10 +40,10 @@ struct LineImage {
   int marginPx = 0;  ///< Before enlarging.
 };
 /// By its luminance; where ink and ground are about equally light, by the channel in which they
-/// differ most. None when nothing in the box differs from what is around it.
+/// differ most. Nullopt when nothing in the box differs from what is around it.
 [[nodiscard]] std::optional<LineImage> lineImage(const png::BgrxView& image, const PixelBox& box);
 
-/// Enlarged smoothly: by linear steps letters lose more of their shape.
+/// Enlarged by cubic interpolation: with linear interpolation letters lose more of their shape.
 [[nodiscard]] GrayImage enlarged(const GrayImage& image, double scale);
 
 }  // namespace tarqo::ocr

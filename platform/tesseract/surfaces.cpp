@@ -116,8 +116,7 @@ class FlatRuns {
   /// A shape found by `findShapes`.
   [[nodiscard]] bool isShape(const Run& run) const { return setOf(run).isShape; }
 
-  /// Takes for shapes, no longer for surfaces, what looks so and has none of the ink standing on
-  /// it; whether there are any.
+  /// Reclassifies surfaces that look like a shape and carry no ink. Returns whether there were any.
   bool findShapes(const std::vector<InkPart>& ink) {
     for (const InkPart& part : ink) {
       if (part.surface >= 0 && !part.divides && part.box.height() >= kMinGlyphPx) {

@@ -1,8 +1,8 @@
 // What stands out from the flat surfaces of a picture: glyphs, icons, borders.
 //
 // Windows are drawn as text on surfaces of one colour or of slowly changing colours. Finding these
-// surfaces tells ink from ground whatever the colours are, also light on dark, on a selected row or
-// on a gradient, where a threshold for the whole picture loses the text.
+// surfaces separates ink from ground whatever the colours are, even light on dark, on a selected
+// row or on a gradient, where one threshold for the whole picture loses the text.
 //
 // Any thread; some 10 ms for a window of 1280x800 pixels.
 #pragma once
@@ -33,12 +33,12 @@ struct PixelBox {
 struct InkPart {
   PixelBox box;
   int areaPx = 0;
-  int surface = -1;      ///< Which surface it stands on, by a number of its own; -1: on none.
+  int surface = -1;      ///< The number of the surface it stands on; -1 when on no surface.
   bool divides = false;  ///< It touches several surfaces, as the border of a button does.
   bool isSolid = false;  ///< It has an area like a surface in it, as large letters and icons do.
 };
 
-/// The parts by their tops; none in a picture without pixels.
+/// The parts by their tops; empty for a picture without pixels.
 [[nodiscard]] std::vector<InkPart> findInk(const png::BgrxView& image);
 
 }  // namespace tarqo::ocr

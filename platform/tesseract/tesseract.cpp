@@ -31,7 +31,7 @@ std::string trimmed(const std::string& text) {
                                     : text.substr(first, text.find_last_not_of(blanks) - first + 1);
 }
 
-/// A function of the loaded library, empty when it has none of that name.
+/// A function of the loaded library; null when the library lacks it.
 template <typename Function>
 void resolve(void* library, const char* name, Function*& function) {
   function = reinterpret_cast<Function*>(dlsym(library, name));
@@ -70,7 +70,7 @@ struct Tesseract::Library {
   /// Of the OpenMP library, when Tesseract was built with it.
   void (*setParallelLevels)(int) = nullptr;
 
-  /// None when there is no such library, or one that lacks a function.
+  /// Null when the library is missing, or lacks a function.
   static std::unique_ptr<const Library> load();
 
  private:
@@ -89,7 +89,7 @@ struct Tesseract::Engine {
 
   /// Whether every one of the languages was loaded: the library is content with one of them.
   [[nodiscard]] bool load(const std::string& dataFolder, const char* languages, int count) const;
-  /// None when it takes longer than `limit`.
+  /// Empty when it takes longer than `limit`.
   [[nodiscard]] std::vector<ReadText> read(const GrayImage& image, TessPageSegMode layout,
                                            std::chrono::milliseconds limit) const;
   [[nodiscard]] std::vector<ReadText> collect(TessPageIteratorLevel level) const;
@@ -233,7 +233,7 @@ std::string Tesseract::whatIsMissing() const {
                    packages + " and observe again.";
 }
 
-/// The recogniser of a language, made when there is none; null when that fails.
+/// The recogniser of a language, made when first needed; null when that fails.
 const Tesseract::Engine* Tesseract::engineFor(Language language) {
   if (language == Language::koreanAndEnglish) {
     return both_.get();

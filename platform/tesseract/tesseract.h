@@ -1,9 +1,9 @@
 // The Tesseract library, loaded when text is to be read for the first time.
 //
-// Linked ordinarily it and what it pulls in cost every start of the helper 6 ms and 10 MB, and few
-// sessions read text from pictures; so it is loaded by name, through its C interface. It keeps to
-// the calling thread: its own loops over four threads make it three times slower, as each has too
-// little to do. Nothing it has to say reaches the standard streams.
+// Linked ordinarily, it and its own libraries would cost every start of the helper 6 ms and 10 MB,
+// and few sessions read text from pictures; so it is loaded by name, through its C interface. It
+// runs on the calling thread alone: with its own four threads it is three times slower, as each has
+// too little to do. None of its messages reaches the standard streams.
 //
 // One thread at a time.
 #pragma once
@@ -40,17 +40,17 @@ class Tesseract {
 
   enum class Language { koreanAndEnglish, korean, english };
 
-  /// A picture of one line as lines of text: one, or none when it is blank; several where the
-  /// picture holds more than it should. After `prepare` only, as everything that follows. Takes
-  /// some 40 ms; the first time in one language alone 50 ms more. None when that takes longer than
-  /// `limit`, of which the library takes notice between two words.
+  /// Reads a picture of one line of text. Returns one text; several where the picture holds more
+  /// than a line; empty when it is blank, or when reading takes longer than `limit`, which the
+  /// library checks between two words. Takes some 40 ms, and 50 ms more for the first line in one
+  /// language alone. Requires `prepare`, as do the functions below.
   [[nodiscard]] std::vector<ReadText> readLine(const GrayImage& image, Language language,
                                                std::chrono::milliseconds limit);
 
-  /// The words of the line read last in both languages. Korean may be torn apart in them.
+  /// The words of the line read last in both languages. Korean words may be torn apart.
   [[nodiscard]] std::vector<ReadText> lastWords() const;
 
-  /// The lines that stand anywhere in a picture, without those that are blank. None when that takes
+  /// The lines that stand anywhere in a picture, without blank ones. Empty when reading takes
   /// longer than `limit`, as above.
   [[nodiscard]] std::vector<ReadText> readScattered(const GrayImage& image,
                                                     std::chrono::milliseconds limit);
@@ -65,8 +65,8 @@ class Tesseract {
   std::string dataFolder_;
   std::unique_ptr<const Library> library_;
   std::unique_ptr<const Engine> both_;
-  std::unique_ptr<const Engine> korean_;   ///< None before it is needed.
-  std::unique_ptr<const Engine> english_;  ///< None before it is needed.
+  std::unique_ptr<const Engine> korean_;   ///< Null before it is needed.
+  std::unique_ptr<const Engine> english_;  ///< Null before it is needed.
 };
 
 }  // namespace tarqo::ocr

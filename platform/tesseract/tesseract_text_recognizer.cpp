@@ -17,15 +17,14 @@ namespace tarqo::ocr {
 namespace {
 
 using std::chrono::milliseconds;
-using Clock = std::chrono::steady_clock;
 
-/// Text in photos is read from twice the size, as long as that is no matter of many seconds.
+/// Text in photos is read at twice the size, unless that would take many seconds.
 constexpr double kPictureScale = 2;
 constexpr int kMaxEnlargedPx = 2'000'000;
 /// Tesseract refuses images that are longer on a side.
 constexpr int kMaxSidePx = 32767;
-/// A picture that takes longer is no text but a texture: of noise Tesseract makes hundreds of
-/// lines.
+/// A picture that takes longer holds a texture, not text: Tesseract sees hundreds of lines in
+/// noise.
 constexpr milliseconds kPictureLimit(3000);
 /// What it sees in textures and icons scores less.
 constexpr float kMinPictureConfidence = 75;
@@ -41,8 +40,9 @@ bool isInsideOneOf(const std::vector<PixelBox>& boxes, const PixelBox& box) {
 /// Reads the most promising regions first, until the time is up.
 class PictureReader {
  public:
-  PictureReader(Tesseract& tesseract, const png::BgrxView& image, Clock::time_point end)
-      : tesseract_(tesseract), image_(image), end_(end) {}
+  /// Reads until `end` on the clock.
+  PictureReader(Clock& clock, Instant end, Tesseract& tesseract, const png::BgrxView& image)
+      : clock_(clock), end_(end), tesseract_(tesseract), image_(image) {}
 
   [[nodiscard]] std::vector<RecognizedLine> read() {
     TextRegions regions = findTextRegions(image_);
@@ -83,11 +83,11 @@ class PictureReader {
     std::vector<ReadText> words;
   };
 
-  [[nodiscard]] bool isTimeUp() const { return Clock::now() >= end_; }
+  [[nodiscard]] bool isTimeUp() const { return clock_.now() >= end_; }
 
-  /// At least a little: none would set Tesseract no limit.
+  /// At least 1 ms: for Tesseract 0 means no limit.
   [[nodiscard]] milliseconds timeLeft() const {
-    return std::max(std::chrono::duration_cast<milliseconds>(end_ - Clock::now()), milliseconds(1));
+    return std::max(std::chrono::duration_cast<milliseconds>(end_ - clock_.now()), milliseconds(1));
   }
 
   /// Whether there is text in the box that is as sure as that.
@@ -123,8 +123,8 @@ class PictureReader {
     }
   }
 
-  /// Reads doubtful lines again in one language: later than the others for the first time, which
-  /// tells more when the time does not last for both.
+  /// Reads doubtful lines again in one language. After all others have been read once, which is the
+  /// better use of the time when it does not suffice for both.
   void lookTwice() {
     for (const Doubt& doubt : doubts_) {
       const std::optional<LineImage> line = lineImage(image_, doubt.box);
@@ -174,9 +174,10 @@ class PictureReader {
          std::clamp(confidence / 100, 0.0F, 1.0F)});
   }
 
+  Clock& clock_;
+  const Instant end_;
   Tesseract& tesseract_;
   const png::BgrxView& image_;
-  const Clock::time_point end_;
   std::vector<RecognizedLine> lines_;
   std::vector<Doubt> doubts_;
 };
@@ -185,7 +186,7 @@ class PictureReader {
 
 std::variant<std::vector<RecognizedLine>, std::string> TesseractTextRecognizer::recognize(
     const Image& image) {
-  const Clock::time_point end = Clock::now() + limit_;
+  const Instant end = clock_.now() + limit_;
   try {
     const auto pixels = png::bgrxOf(image);
     if (!pixels || pixels->widthPx <= 0 || pixels->heightPx <= 0) {
@@ -194,7 +195,7 @@ std::variant<std::vector<RecognizedLine>, std::string> TesseractTextRecognizer::
     if (auto missing = tesseract_.prepare()) {
       return std::move(*missing);
     }
-    return PictureReader(tesseract_, *pixels, end).read();
+    return PictureReader(clock_, end, tesseract_, *pixels).read();
   } catch (const std::exception& error) {
     return std::string("Text in pictures cannot be read: ") + error.what();
   } catch (...) {

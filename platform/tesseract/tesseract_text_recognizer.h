@@ -7,6 +7,7 @@
 #include <variant>
 #include <vector>
 
+#include "platform/clock.h"
 #include "platform/tesseract/tesseract.h"
 #include "platform/text_recognizer.h"
 
@@ -20,14 +21,16 @@ class TesseractTextRecognizer final : public TextRecognizer {
  public:
   static constexpr std::chrono::milliseconds kLimit{10'000};
 
-  /// `dataFolder` holds the language data; Tesseract's own folder when it is empty.
-  explicit TesseractTextRecognizer(std::string dataFolder = {},
+  /// `clock` is kept by reference and outlives this. `dataFolder` holds the language data;
+  /// Tesseract's own folder when it is empty.
+  explicit TesseractTextRecognizer(Clock& clock, std::string dataFolder = {},
                                    std::chrono::milliseconds limit = kLimit)
-      : tesseract_(std::move(dataFolder)), limit_(limit) {}
+      : clock_(clock), tesseract_(std::move(dataFolder)), limit_(limit) {}
 
   std::variant<std::vector<RecognizedLine>, std::string> recognize(const Image& image) override;
 
  private:
+  Clock& clock_;
   Tesseract tesseract_;
   std::chrono::milliseconds limit_;
 };

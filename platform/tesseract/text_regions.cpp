@@ -9,7 +9,7 @@
 namespace tarqo::ocr {
 namespace {
 
-/// Taller ink is no glyph of a line but a picture, if it fills its place.
+/// Taller ink is not a glyph of a line; it is a picture if it fills its place.
 constexpr int kMaxGlyphPx = 120;
 constexpr double kPictureFill = 0.3;
 constexpr int kMinPicturePx = 24;
@@ -163,7 +163,7 @@ class LineIndex {
   BoxGrid grid_;
 };
 
-/// Gives parts of glyphs to their lines; what belongs to none stays by itself.
+/// Joins parts of glyphs to their lines; parts that belong to no line stay as they are.
 std::vector<Group> absorbParts(std::vector<Group> groups, const PixelBox& picture) {
   std::ranges::sort(groups, {}, [](const Group& group) { return group.box.height(); });
   // Found in the groups as they were: a line that grew with each speck would creep into the next.

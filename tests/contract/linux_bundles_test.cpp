@@ -12,6 +12,8 @@
 #include <string>
 #include <thread>
 
+#include "platform/linux/linux_clock.h"
+
 namespace tarqo::lnx::apps {
 namespace {
 
@@ -60,9 +62,10 @@ class LinuxBundlesWhileEntriesChange : public testing::Test {
     return "nothing";
   }
 
-  x11::Display display;
-  Applications applications{display};
-  LinuxBundles bundles{applications};
+  LinuxClock clock;
+  x11::Display display{clock};
+  Applications applications{display, clock};
+  LinuxBundles bundles{applications, clock};
 
  private:
   [[nodiscard]] fs::path fileOf(const std::string& id) const {

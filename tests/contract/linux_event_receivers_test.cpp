@@ -12,6 +12,7 @@
 #include "platform/linux/input/event_receivers.h"
 #include "platform/linux/input/keyboard_map.h"
 #include "platform/linux/input/linux_input_events.h"
+#include "platform/linux/linux_clock.h"
 #include "platform/linux/x11/focus.h"
 #include "tests/contract/x_witness.h"
 
@@ -109,8 +110,9 @@ class LinuxEventReceivers : public testing::Test {
   const MouseEvent up{MouseEventType::leftUp, kInside, 1};
 
   ManagerAtRest manager;
-  x11::Display display;
-  LinuxInputEvents events{display};
+  LinuxClock clock;
+  x11::Display display{clock};
+  LinuxInputEvents events{display, clock};
   std::unique_ptr<EventSource> source = events.makeSource("");
   XWitness witness{kPlace};
   XUser user;

@@ -4,6 +4,7 @@
 #include <signal.h>
 
 #include "platform/linux/input/linux_input_events.h"
+#include "platform/linux/linux_clock.h"
 
 namespace tarqo::lnx::input {
 namespace {
@@ -37,8 +38,9 @@ class LinuxInputRows : public testing::Test {
   const MouseEvent down{MouseEventType::leftDown, {2, 2}, 1};
   const MouseEvent up{MouseEventType::leftUp, {2, 2}, 1};
 
-  x11::Display display;
-  LinuxInputEvents events{display};
+  LinuxClock clock;
+  x11::Display display{clock};
+  LinuxInputEvents events{display, clock};
 };
 
 TEST_F(LinuxInputRows, KeepSignalsWaitingWhileAButtonIsDown) {

@@ -25,6 +25,7 @@
 #include <vector>
 
 #include "platform/linux/input/linux_input_events.h"
+#include "platform/linux/linux_clock.h"
 #include "platform/linux/x11/connection.h"
 #include "platform/unicode.h"
 
@@ -167,8 +168,9 @@ class Driver {
   }
 
   Pid receiver_ = 0;
-  lnx::x11::Display display_;
-  lnx::input::LinuxInputEvents events_{display_};
+  lnx::LinuxClock clock_;
+  lnx::x11::Display display_{clock_};
+  lnx::input::LinuxInputEvents events_{display_, clock_};
   /// Keeps a button down from one line to the next.
   std::unique_ptr<EventSource> pointer_ = events_.makeSource("");
 };

@@ -11,6 +11,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "platform/clock.h"
 #include "platform/linux/apps/desktop_entries.h"
 #include "platform/linux/apps/process_to_entry.h"
 #include "platform/linux/x11/window_reader.h"
@@ -20,8 +21,8 @@ namespace tarqo::lnx::apps {
 
 class Applications {
  public:
-  /// `display` is kept by reference and outlives this.
-  explicit Applications(x11::Display& display) : display_(display) {}
+  /// `display` and `clock` are kept by reference and outlive this.
+  Applications(x11::Display& display, Clock& clock) : display_(display), entries_(clock) {}
 
   [[nodiscard]] x11::Display& display() { return display_; }
   [[nodiscard]] DesktopEntries& entries() { return entries_; }

@@ -67,7 +67,7 @@ void completeForThisMachine(DesktopEntry& entry, const std::vector<std::string>&
     entry.program = resolvedProgram(entry.command[programPosition(entry.command)]);
   }
   const bool wanted = entry.tryExec.empty() || !resolvedProgram(entry.tryExec).empty();
-  // What runs in a terminal shows the terminal's window and none of its own.
+  // A program that runs in a terminal has no window but the terminal's.
   entry.launchable = !entry.hidden && !entry.noDisplay && !entry.terminal && wanted &&
                      !entry.program.empty() && isShownIn(entry, desktops);
 }
@@ -171,7 +171,7 @@ bool DesktopEntries::upToDate() {
   if (folders_.empty()) {
     return false;
   }
-  const auto now = std::chrono::steady_clock::now();
+  const Instant now = clock_.now();
   if (now - checkedAt_ < kCheckInterval) {
     return true;
   }
@@ -186,7 +186,7 @@ bool DesktopEntries::upToDate() {
 }
 
 void DesktopEntries::read() {
-  const auto now = std::chrono::steady_clock::now();
+  const Instant now = clock_.now();
   const auto locales = userLocales();
   const auto desktops = splitList(variable("XDG_CURRENT_DESKTOP", ""), ':');
   std::vector<Folder> folders;

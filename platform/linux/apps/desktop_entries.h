@@ -5,7 +5,6 @@
 
 #include <sys/stat.h>
 
-#include <chrono>
 #include <memory>
 #include <optional>
 #include <string>
@@ -13,6 +12,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "platform/clock.h"
 #include "platform/linux/apps/desktop_entry.h"
 
 namespace tarqo::lnx::apps {
@@ -42,7 +42,8 @@ using FoundEntry = std::shared_ptr<const DesktopEntry>;
 
 class DesktopEntries {
  public:
-  DesktopEntries() = default;
+  /// `clock` is kept by reference and outlives this.
+  explicit DesktopEntries(Clock& clock) : clock_(clock) {}
   DesktopEntries(const DesktopEntries&) = delete;
   DesktopEntries& operator=(const DesktopEntries&) = delete;
 
@@ -65,8 +66,9 @@ class DesktopEntries {
   [[nodiscard]] bool upToDate();
   void read();
 
+  Clock& clock_;
   std::vector<Folder> folders_;
-  std::chrono::steady_clock::time_point checkedAt_;
+  Instant checkedAt_ = kDistantPast;
   Entries entries_;
   std::unordered_map<std::string_view, const DesktopEntry*> byPath_;  ///< Both in `entries_`.
 };

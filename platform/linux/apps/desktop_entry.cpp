@@ -93,8 +93,8 @@ struct Word {
   bool quoted = false;
 };
 
-/// Whether a backslash takes away the meaning of the character behind it, as in a shell: of any
-/// outside quotes, of a few inside double ones, of none inside single ones.
+/// Whether a backslash escapes the character behind it, as in a shell: any character outside
+/// quotes, a few in double quotes, no character in single quotes.
 bool isEscape(char quote, char next) {
   constexpr std::string_view kEscapedInQuotes = "\"`$\\\n";
   return quote == 0 || (quote == '"' && kEscapedInQuotes.find(next) != std::string_view::npos);
@@ -128,7 +128,7 @@ std::vector<Word> wordsOf(std::string_view line) {
   return quote != 0 ? std::vector<Word>() : words;
 }
 
-/// How many words an option of "env" takes up; 0 for what is none of its options.
+/// How many words an option of "env" takes up; 0 for a word that is not an option.
 std::size_t lengthOfEnvOption(const std::string& word) {
   if (word.size() < 2 || word[0] != '-') {
     return word == "-" ? 1 : 0;

@@ -10,14 +10,14 @@
 namespace tarqo::lnx::apps {
 
 struct DesktopEntry {
-  std::string id;    ///< `entryIdOf` the file, of which the folder of entries is known to the index
-                     ///< only: `parseDesktopEntry` takes the file's name for it.
+  std::string id;    ///< `entryIdOf` its file. `parseDesktopEntry` does not know the folder of
+                     ///< entries, and uses the file's name alone; `DesktopEntries` corrects it.
   std::string path;  ///< Absolute.
   std::string name;  ///< In the user's language where the entry has it.
   std::string icon;
   std::string exec;  ///< As it stands in the file, unescaped: with quotes and field codes.
   std::string tryExec;
-  std::string folder;  ///< To be the working folder; empty where the entry does not care.
+  std::string folder;  ///< To be the working folder; empty when the entry names no folder.
   std::string windowClass;
   std::vector<std::string> onlyShowIn;
   std::vector<std::string> notShowIn;
@@ -42,13 +42,13 @@ struct DesktopEntry {
 /// value of a locale variable: "ko_KR.UTF-8@x" gives "ko_KR@x", "ko_KR", "ko@x", "ko".
 [[nodiscard]] std::vector<std::string> localeNames(std::string_view locale);
 
-/// The application entry in the text of a file; none when it is no entry of an application. Where a
-/// key is missing, its field keeps the initial value.
+/// The application entry in the text of a file; nullopt when the file is not the entry of an
+/// application. The field of a missing key keeps its initial value.
 [[nodiscard]] std::optional<DesktopEntry> parseDesktopEntry(
     std::string_view text, const std::string& path, const std::vector<std::string>& locales);
 
 /// The program of an entry with its arguments, opening no file: quotes taken off, field codes
-/// filled in or left out. Empty when the entry has none or its quotes do not match.
+/// filled in or left out. Empty when the entry has no program or its quotes do not match.
 [[nodiscard]] std::vector<std::string> commandOf(const DesktopEntry& entry);
 
 /// Where in a command its program stands: behind an "env", its options and the variables it sets.

@@ -1,7 +1,6 @@
 #include "platform/linux/apps/launcher.h"
 
 #include <algorithm>
-#include <chrono>
 #include <cstring>
 #include <exception>
 #include <optional>
@@ -16,8 +15,6 @@
 
 namespace tarqo::lnx::apps {
 namespace {
-
-using SteadyClock = std::chrono::steady_clock;
 
 /// Shorter than callers wait, so that they still get what has come of it by then.
 constexpr std::chrono::seconds kWindowTime{9};
@@ -72,11 +69,12 @@ std::string failureText(const DesktopEntry& entry, const ChildEnd& end) {
 /// Watches for what comes of a launch. Has a connection of its own: the worker uses the other one.
 class LaunchWatch {
  public:
-  LaunchWatch(const DesktopEntry& entry, Pid child) : entry_(entry), child_(child) {}
+  LaunchWatch(Clock& clock, const DesktopEntry& entry, Pid child)
+      : clock_(clock), entry_(entry), child_(child) {}
 
   OpenedApplication result() {
-    const auto deadline = SteadyClock::now() + kWindowTime;
-    while (SteadyClock::now() < deadline) {
+    const Instant deadline = clock_.now() + kWindowTime;
+    while (clock_.now() < deadline) {
       if (auto application = withWindow()) {
         return {std::move(application), std::nullopt};
       }
@@ -86,7 +84,7 @@ class LaunchWatch {
           return {std::nullopt, failureText(entry_, end_)};
         }
       }
-      std::this_thread::sleep_for(kPollInterval);
+      clock_.sleep(kPollInterval);
     }
     return {ended_ ? std::nullopt : applications_.running(child_), std::nullopt};
   }
@@ -110,15 +108,16 @@ class LaunchWatch {
     return std::nullopt;
   }
 
+  Clock& clock_;
   const DesktopEntry& entry_;
   Pid child_;
-  x11::Display display_;
-  Applications applications_{display_};
+  x11::Display display_{clock_};
+  Applications applications_{display_, clock_};
   bool ended_ = false;
   ChildEnd end_;
 };
 
-void runLaunch(const DesktopEntry& entry, const SpawnRequest& request,
+void runLaunch(Clock& clock, const DesktopEntry& entry, const SpawnRequest& request,
                const OpenCompletion& completion) {
   const Spawned child = spawn(request);
   if (child.pid == 0) {
@@ -130,7 +129,7 @@ void runLaunch(const DesktopEntry& entry, const SpawnRequest& request,
   }
   bool ended = false;
   if (completion) {
-    LaunchWatch watch(entry, child.pid);
+    LaunchWatch watch(clock, entry, child.pid);
     completion(watch.result());
     ended = watch.childHasEnded();
   }
@@ -141,13 +140,13 @@ void runLaunch(const DesktopEntry& entry, const SpawnRequest& request,
 
 }  // namespace
 
-void launch(const DesktopEntry& entry, const std::vector<std::string>& extraArguments,
+void launch(Clock& clock, const DesktopEntry& entry, const std::vector<std::string>& extraArguments,
             OpenCompletion completion) {
   try {
-    std::thread([entry, request = requestOf(entry, extraArguments),
+    std::thread([&clock, entry, request = requestOf(entry, extraArguments),
                  completion = std::move(completion)] {
       try {
-        runLaunch(entry, request, completion);
+        runLaunch(clock, entry, request, completion);
       } catch (const std::exception&) {
         return;
       }

@@ -61,7 +61,7 @@ std::optional<std::string> LinuxBundles::pathForIdentifier(std::string_view bund
 bool LinuxBundles::showExisting(const std::string& bundleId, bool activates,
                                 const OpenCompletion& completion) {
   const std::vector<RunningApplication> running = applications_.running();
-  // Only now, since a server that is lost meanwhile is given up by the next who asks for it.
+  // Not before `running`: that replaces a server that was lost, which would end this reference.
   x11::Server* server = applications_.display().server();
   if (server == nullptr) {
     return false;
@@ -92,14 +92,14 @@ void LinuxBundles::open(const std::string& path, bool activates, OpenCompletion 
     return;
   }
   if (!showExisting(entry->id, activates, completion)) {
-    launch(*entry, {}, std::move(completion));
+    launch(clock_, *entry, {}, std::move(completion));
   }
 }
 
 void LinuxBundles::openSite(const std::string& bundleId, const std::string& site) {
   const FoundEntry entry = applications_.entries().byId(bundleId);
   if (entry != nullptr && entry->launchable) {
-    launch(*entry, {"--new-window", site}, nullptr);
+    launch(clock_, *entry, {"--new-window", site}, nullptr);
   }
 }
 

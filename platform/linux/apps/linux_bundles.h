@@ -2,22 +2,26 @@
 #pragma once
 
 #include "platform/bundles.h"
+#include "platform/clock.h"
 #include "platform/linux/apps/applications.h"
 
 namespace tarqo::lnx::apps {
 
-/// A bundle is a ".desktop" file, its identifier the name of that file without the ending. Entries
-/// that another folder's entry of the same name overrules do not count, nor do those that no user
-/// can launch into a window: hidden, not for display here, without a program, or run in a terminal.
+/// A bundle is a ".desktop" file; its identifier is the name of that file without the ending. Left
+/// out are entries that another folder's entry of the same name overrules, and those that a user
+/// cannot launch into a window: hidden, not for display here, without a program, or run in a
+/// terminal.
 class LinuxBundles final : public Bundles {
  public:
-  explicit LinuxBundles(Applications& applications) : applications_(applications) {}
+  /// `clock` outlives every launch.
+  LinuxBundles(Applications& applications, Clock& clock)
+      : applications_(applications), clock_(clock) {}
 
   std::vector<std::string> applicationFolders() override;
   std::vector<std::string> bundlesIn(const std::string& folder) override;
   std::optional<Bundle> bundleAt(const std::string& path) override;
 
-  /// None: entries do not tell a version.
+  /// Always nullopt: entries have no version.
   std::optional<std::string> infoText(const std::string& path, std::string_view key) override;
   std::string displayName(const std::string& path) override;
   std::optional<std::string> recordedBundleOf(Pid pid) override;
@@ -39,6 +43,7 @@ class LinuxBundles final : public Bundles {
                                   const OpenCompletion& completion);
 
   Applications& applications_;
+  Clock& clock_;
   FoundEntry found_;  ///< By `pathForIdentifier`, the last time.
 };
 

@@ -22,7 +22,7 @@ class LinuxWorkspace final : public Workspace {
   void unhide(const ApplicationId& application) override;
   void activate(const ApplicationId& application) override;
 
-  /// By the server's keyboard focus: the window that a manager calls active changes later.
+  /// By the server's keyboard focus: managers update the window that they call active later.
   std::optional<Pid> frontmostApplication() override;
 
  private:

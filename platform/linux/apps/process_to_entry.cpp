@@ -15,8 +15,8 @@ bool equalIgnoringCase(std::string_view a, std::string_view b) {
   });
 }
 
-/// The first entry that satisfies a condition; those that a user may launch are asked first,
-/// because services and settings pages often share the program of an application.
+/// The first entry that satisfies a condition. Entries that a user may launch come first, because
+/// services and settings pages often share the program of an application.
 template <typename Condition>
 const DesktopEntry* firstWhere(const std::vector<DesktopEntry>& entries, Condition holds) {
   const DesktopEntry* found = nullptr;
@@ -78,7 +78,7 @@ struct Fit {
 std::string_view fileName(std::string_view path) { return path.substr(path.rfind('/') + 1); }
 
 /// Whether the process runs the command by its name, whichever program answers to that: an
-/// interpreter of a private environment, say. Only a command that names a file is telling enough.
+/// interpreter of a private environment, say. Only a command that names a file is specific enough.
 bool runsByName(const std::vector<std::string>& command, std::size_t program,
                 const std::vector<std::string>& commandLine) {
   return !commandLine.empty() && fileName(commandLine.front()) == fileName(command[program]) &&
@@ -86,7 +86,7 @@ bool runsByName(const std::vector<std::string>& command, std::size_t program,
                      [](const std::string& word) { return word.starts_with('/'); });
 }
 
-/// None when another program runs, or the same one (an interpreter, say) with something else.
+/// Nullopt when another program runs, or the same one (an interpreter, say) with something else.
 std::optional<Fit> fitOf(const DesktopEntry& entry, const ProcessEvidence& evidence) {
   // An entry that is not for users, a window manager's for example, has no claim to whatever runs
   // its program.

@@ -10,7 +10,7 @@
 
 namespace tarqo::lnx::apps {
 
-/// What is known of a process; what is not is empty.
+/// What is known of a process. Empty fields are unknown.
 struct ProcessEvidence {
   std::string program;                   ///< Links resolved.
   std::vector<std::string> commandLine;  ///< The program's name first.
@@ -18,7 +18,7 @@ struct ProcessEvidence {
   std::vector<std::string> pathArguments;
   std::string controlGroup;
   bool leadsControlGroup = false;  ///< Its parent is in another one.
-  std::string launchedEntry;       ///< The entry's path, as its launcher wrote it down.
+  std::string launchedEntry;       ///< The entry's path, as its launcher recorded it.
   bool ownsWindows = false;
   std::string gtkApplicationId;
   std::string instanceName;  ///< WM_CLASS, first part.
@@ -30,12 +30,13 @@ struct ProcessEvidence {
 [[nodiscard]] std::vector<std::string> entryIdsOfControlGroup(std::string_view controlGroup);
 
 /// The one of `entries` that started the process, by the record of a desktop environment or the
-/// system: what tells an application even before it shows a window. Null when none is recorded.
+/// system: that identifies an application even before it shows a window. Null when no launch is
+/// recorded.
 [[nodiscard]] const DesktopEntry* recordedEntry(const std::vector<DesktopEntry>& entries,
                                                 const ProcessEvidence& evidence);
 
 /// The one of `entries` that a process belongs to, by any evidence, the strongest first; null when
-/// none fits.
+/// no entry fits.
 [[nodiscard]] const DesktopEntry* matchingEntry(const std::vector<DesktopEntry>& entries,
                                                 const ProcessEvidence& evidence);
 

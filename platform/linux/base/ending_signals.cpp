@@ -10,11 +10,11 @@ namespace {
 
 constexpr std::array kSignals{SIGTERM, SIGINT, SIGHUP};
 
-// The only thing that a signal handler can reach. 0: none has come.
+// The only thing that a signal handler can reach. 0 while no signal has come.
 std::atomic<int> arrived{0};
 static_assert(std::atomic<int>::is_always_lock_free);
 
-// How many keep the signals waiting. They are the process's, so this can be nobody's member.
+// How many objects keep the signals waiting. Signals belong to the process, so this is global too.
 std::atomic<int> holders{0};
 
 void remember(int number) { arrived.store(number); }

@@ -3,7 +3,6 @@
 #include <xcb/composite.h>
 
 #include <chrono>
-#include <thread>
 
 #include "platform/linux/capture/window_pixels.h"
 #include "platform/linux/x11/window_reader.h"
@@ -45,7 +44,7 @@ bool LinuxScreenCapture::redirect(x11::Server& server, const x11::Windows& windo
   }
   redirected_ = wanted;
   if (isPartlyUnseen(windows, window)) {
-    std::this_thread::sleep_for(kRepaintTime);
+    clock_.sleep(kRepaintTime);
   }
   return true;
 }

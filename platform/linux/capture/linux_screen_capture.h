@@ -24,6 +24,9 @@ namespace tarqo::lnx::capture {
 /// Any thread: it has a connection of its own, and one caller at a time uses it.
 class LinuxScreenCapture final : public ScreenCapture {
  public:
+  /// `clock` is kept by reference; see `x11::Display` for how long.
+  explicit LinuxScreenCapture(Clock& clock) : clock_(clock), display_(clock) {}
+
   std::vector<CaptureTechnique> techniques() override { return {CaptureTechnique::windowImage}; }
   bool listsShareableWindows() override { return false; }
 
@@ -54,6 +57,7 @@ class LinuxScreenCapture final : public ScreenCapture {
   [[nodiscard]] static std::optional<Image> redirectedImage(x11::Server& server,
                                                             const x11::Window& window);
 
+  Clock& clock_;
   std::mutex mutex_;
   x11::Display display_;
   Redirected redirected_;

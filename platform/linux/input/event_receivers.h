@@ -1,5 +1,6 @@
 // Who gets an event: the process that keystrokes go to, or whose window lies under the pointer, or
-// whoever has grabbed the device. By the X server alone: what a window manager says of it is late.
+// whoever has grabbed the device. Only the X server is asked: what a window manager reports is
+// late.
 //
 // X11 has no request that names who has grabbed a device. But the server checks for another
 // client's grab, of the core protocol or of XInput 2, before it checks whether a window is shown:

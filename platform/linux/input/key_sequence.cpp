@@ -3,7 +3,6 @@
 #include <X11/keysym.h>
 
 #include <algorithm>
-#include <thread>
 
 #include "platform/linux/input/keysyms.h"
 #include "platform/linux/x11/server_grab.h"
@@ -19,8 +18,13 @@ KeySymbols keySymbols(xcb_keysym_t keysym) {
 
 }  // namespace
 
-KeySequence::KeySequence(x11::Display& display, FakeKeyboard& keyboard, std::string_view text)
-    : display_(display), keyboard_(keyboard), text_(keysymsOfText(text)), remapped_(display) {}
+KeySequence::KeySequence(x11::Display& display, Clock& clock, FakeKeyboard& keyboard,
+                         std::string_view text)
+    : display_(display),
+      clock_(clock),
+      keyboard_(keyboard),
+      text_(keysymsOfText(text)),
+      remapped_(display, clock) {}
 
 x11::Server* KeySequence::begin() {
   exitIfSignalled();
@@ -64,7 +68,7 @@ bool KeySequence::isUnchanged(x11::Server& server) {
 
 bool KeySequence::reread() {
   // Applications get as much time as after a change of ours.
-  std::this_thread::sleep_for(kBeforeFirstUse);
+  clock_.sleep(kBeforeFirstUse);
   remapped_.renew();
   x11::Server* server = begin();
   return server != nullptr && learn(*server);

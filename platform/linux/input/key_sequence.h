@@ -19,7 +19,7 @@ namespace tarqo::lnx::input {
 class KeySequence {
  public:
   /// `text` is what the sequence will type, so that it can look ahead.
-  KeySequence(x11::Display& display, FakeKeyboard& keyboard, std::string_view text);
+  KeySequence(x11::Display& display, Clock& clock, FakeKeyboard& keyboard, std::string_view text);
   ~KeySequence() { end(); }
   KeySequence(const KeySequence&) = delete;
   KeySequence& operator=(const KeySequence&) = delete;
@@ -76,6 +76,7 @@ class KeySequence {
   void release(x11::Server& server);
 
   x11::Display& display_;
+  Clock& clock_;
   FakeKeyboard& keyboard_;
   std::vector<xcb_keysym_t> text_;
   std::size_t typed_ = 0;  ///< How much of the text has been prepared.

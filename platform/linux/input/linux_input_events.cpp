@@ -7,7 +7,6 @@
 #include <cmath>
 #include <cstdlib>
 #include <functional>
-#include <thread>
 
 #include "platform/linux/input/event_receivers.h"
 #include "platform/linux/input/fake_keyboard.h"
@@ -20,8 +19,8 @@ namespace tarqo::lnx::input {
 
 /// Server state changed by one group of events; restored on destruction.
 struct EventGroup {
-  EventGroup(x11::Display& display, const std::string& text)
-      : keyboard(display), keys(display, keyboard, text), buttons(display, keyboard) {}
+  EventGroup(x11::Display& display, Clock& clock, const std::string& text)
+      : keyboard(display), keys(display, clock, keyboard, text), buttons(display, keyboard) {}
 
   void end() {
     buttons.releaseAll();
@@ -40,9 +39,9 @@ constexpr std::uint8_t kRightButton = 3;
 constexpr std::uint8_t kWheelUp = 4;
 constexpr std::uint8_t kWheelDown = 5;
 
-/// Chromium looks up what a first click scrolls, in one to two frames of its drawing, and forgets
-/// most of the clicks that come meanwhile: 10 clicks at once often moved a page by one. From 20 ms
-/// on none was lost; this is more, for a busy machine.
+/// After the first click of the wheel Chromium takes one to two frames of its drawing to find out
+/// what to scroll, and loses most of the clicks that come meanwhile: 10 clicks at once often moved
+/// a page by one. With 20 ms between no click was lost; this is more, for a busy machine.
 constexpr std::chrono::milliseconds kAfterFirstClick{50};
 
 constexpr std::chrono::milliseconds kGrabPasses{150};
@@ -53,8 +52,8 @@ constexpr int kMaxRenewals = 5;
 
 class GroupSource final : public EventSource {
  public:
-  GroupSource(x11::Display& display, const std::string& text)
-      : group_(std::make_shared<EventGroup>(display, text)) {}
+  GroupSource(x11::Display& display, Clock& clock, const std::string& text)
+      : group_(std::make_shared<EventGroup>(display, clock, text)) {}
   GroupSource(const GroupSource&) = delete;
   GroupSource& operator=(const GroupSource&) = delete;
   /// Restores what the group changed, even when an event of it still exists.
@@ -109,9 +108,9 @@ void fakeMouse(x11::Server& server, const MouseEvent& event, HeldButtons& button
 /// when it would go elsewhere. Somebody's grab of the device may be that of a window manager which
 /// is about to pass an event on, or of a menu that is about to close, so it is waited for during
 /// `kGrabPasses`.
-bool doJudged(x11::Display& display, const std::function<Reach(x11::Server&)>& judge,
+bool doJudged(x11::Display& display, Clock& clock, const std::function<Reach(x11::Server&)>& judge,
               const std::function<void(x11::Server&)>& deed) {
-  const auto deadline = std::chrono::steady_clock::now() + kGrabPasses;
+  const Instant deadline = clock.now() + kGrabPasses;
   for (;;) {
     x11::Server* server = display.server();
     if (server == nullptr) {
@@ -124,15 +123,15 @@ bool doJudged(x11::Display& display, const std::function<Reach(x11::Server&)>& j
         deed(*server);
         return true;
       }
-      if (reach == Reach::elsewhere || std::chrono::steady_clock::now() >= deadline) {
+      if (reach == Reach::elsewhere || clock.now() >= deadline) {
         return false;
       }
     }
-    std::this_thread::sleep_for(kGrabPoll);
+    clock.sleep(kGrabPoll);
   }
 }
 
-/// Where the event goes, judged for `receiver`; without one, whoever gets it is right.
+/// Where the event goes. Without a `receiver` it counts as reached, whoever gets the event.
 Reach reachOf(x11::Server& server, std::optional<Pid> receiver, const InputEvent& event) {
   if (!receiver) {
     return Reach::receiver;
@@ -149,8 +148,8 @@ Reach reachOf(x11::Server& server, std::optional<Pid> receiver, const InputEvent
 /// Posts each kind of event in its own way; false when it would have gone elsewhere.
 class Deliverer {
  public:
-  Deliverer(x11::Display& display, std::optional<Pid> receiver, const XEvent& event)
-      : display_(display), receiver_(receiver), event_(event) {}
+  Deliverer(x11::Display& display, Clock& clock, std::optional<Pid> receiver, const XEvent& event)
+      : display_(display), clock_(clock), receiver_(receiver), event_(event) {}
 
   bool operator()(const MouseEvent& mouse) const {
     return judged([&](x11::Server& server) { fakeMouse(server, mouse, event_.group().buttons); });
@@ -167,7 +166,7 @@ class Deliverer {
       return false;
     }
     if (clicks > 1) {
-      std::this_thread::sleep_for(kAfterFirstClick);
+      clock_.sleep(kAfterFirstClick);
     }
     return clicks == 1 || turn(clicks - 1);
   }
@@ -178,8 +177,8 @@ class Deliverer {
  private:
   bool judged(const std::function<void(x11::Server&)>& deed) const {
     return doJudged(
-        display_, [&](x11::Server& server) { return reachOf(server, receiver_, event_.event()); },
-        deed);
+        display_, clock_,
+        [&](x11::Server& server) { return reachOf(server, receiver_, event_.event()); }, deed);
   }
 
   template <typename Event>
@@ -201,6 +200,7 @@ class Deliverer {
   }
 
   x11::Display& display_;
+  Clock& clock_;
   std::optional<Pid> receiver_;
   const XEvent& event_;
 };
@@ -213,7 +213,7 @@ int wheelClicks(std::int32_t pixels) {
 }
 
 std::unique_ptr<EventSource> LinuxInputEvents::makeSource(const std::string& text) {
-  return std::make_unique<GroupSource>(display_, text);
+  return std::make_unique<GroupSource>(display_, clock_, text);
 }
 
 std::unique_ptr<CreatedEvent> LinuxInputEvents::create(EventSource* source,
@@ -239,7 +239,7 @@ std::unique_ptr<CreatedEvent> LinuxInputEvents::create(EventSource* source,
 std::shared_ptr<EventGroup> LinuxInputEvents::looseGroup() {
   std::shared_ptr<EventGroup> group = loose_.lock();
   if (!group) {
-    group = std::make_shared<EventGroup>(display_, "");
+    group = std::make_shared<EventGroup>(display_, clock_, "");
     loose_ = group;
   }
   return group;
@@ -259,7 +259,7 @@ bool LinuxInputEvents::deliver(std::optional<Pid> receiver, const CreatedEvent& 
   if (server == nullptr || !server->extensions().test || created == nullptr) {
     return false;
   }
-  const Deliverer deliverer{display_, receiver, *created};
+  const Deliverer deliverer{display_, clock_, receiver, *created};
   const bool delivered = std::visit(deliverer, created->event());
   server = display_.server();
   return delivered && server != nullptr && server->sync();

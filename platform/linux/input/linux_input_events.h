@@ -2,6 +2,7 @@
 // would.
 #pragma once
 
+#include "platform/clock.h"
 #include "platform/input_events.h"
 #include "platform/linux/x11/connection.h"
 
@@ -30,7 +31,7 @@ inline constexpr int kPixelsPerClick = 40;
 /// ms, and is judged twice; typing on a keyboard that has been changed takes 40 ms or more.
 class LinuxInputEvents final : public InputEvents {
  public:
-  explicit LinuxInputEvents(x11::Display& display) : display_(display) {}
+  LinuxInputEvents(x11::Display& display, Clock& clock) : display_(display), clock_(clock) {}
 
   std::unique_ptr<EventSource> makeSource(const std::string& text) override;
   std::unique_ptr<CreatedEvent> create(EventSource* source, const InputEvent& event) override;
@@ -45,6 +46,7 @@ class LinuxInputEvents final : public InputEvents {
   std::shared_ptr<EventGroup> looseGroup();
 
   x11::Display& display_;
+  Clock& clock_;
   std::weak_ptr<EventGroup> loose_;
 };
 

@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <thread>
 #include <utility>
 
 #include "platform/linux/x11/properties.h"
@@ -175,22 +174,22 @@ bool RemappedKeys::map(const std::vector<KeySymbols>& wanted, std::size_t urgent
     keys_->at(key).mapped = change.to;
   }
   const bool done = rebind(*server, changes);
-  std::this_thread::sleep_for(kBeforeFirstUse);
+  clock_.sleep(kBeforeFirstUse);
   return done;
 }
 
 void RemappedKeys::markUsed(xcb_keycode_t key) {
   if (keys_ && keys_->contains(key)) {
-    keys_->at(key).lastUse = SteadyClock::now();
+    keys_->at(key).lastUse = clock_.now();
   }
 }
 
 void RemappedKeys::awaitReaders(const std::vector<const Key*>& keys) {
-  SteadyClock::time_point lastUse;
+  Instant lastUse = kDistantPast;
   for (const Key* key : keys) {
     lastUse = std::max(lastUse, key->lastUse);
   }
-  std::this_thread::sleep_until(lastUse + kAfterLastUse);
+  clock_.sleep(std::max(lastUse + kAfterLastUse - clock_.now(), Duration::zero()));
 }
 
 void RemappedKeys::note(x11::Server& server, const std::map<xcb_keycode_t, KeyChange>& changes) {

@@ -10,6 +10,7 @@
 #include <optional>
 #include <vector>
 
+#include "platform/clock.h"
 #include "platform/linux/input/keyboard_map.h"
 
 namespace tarqo::lnx::input {
@@ -25,7 +26,7 @@ inline constexpr std::chrono::milliseconds kAfterLastUse{100};
 
 class RemappedKeys {
  public:
-  explicit RemappedKeys(x11::Display& display) : display_(display) {}
+  RemappedKeys(x11::Display& display, Clock& clock) : display_(display), clock_(clock) {}
   RemappedKeys(const RemappedKeys&) = delete;
   RemappedKeys& operator=(const RemappedKeys&) = delete;
   /// Restores every key, `kAfterLastUse` after its last use.
@@ -51,7 +52,7 @@ class RemappedKeys {
   /// and `kBeforeFirstUse` after the change.
   [[nodiscard]] bool map(const std::vector<KeySymbols>& wanted, std::size_t urgent);
 
-  /// The key that is mapped to these symbols; nullopt when there is none.
+  /// The key that is mapped to these symbols; nullopt when no key is.
   [[nodiscard]] std::optional<xcb_keycode_t> find(const KeySymbols& symbols) const;
 
   /// Notes that a key is used now.
@@ -61,23 +62,22 @@ class RemappedKeys {
   void restore();
 
  private:
-  using SteadyClock = std::chrono::steady_clock;
-
   struct Key {
     KeySymbols own;
     std::optional<KeySymbols> mapped;  ///< Absent while the key is as it was.
-    SteadyClock::time_point lastUse;
+    Instant lastUse = kDistantPast;
 
     [[nodiscard]] const KeySymbols& now() const { return mapped ? *mapped : own; }
   };
 
   void findKeys(x11::Server& server);
   /// Waits until none of the keys has been used for `kAfterLastUse`.
-  static void awaitReaders(const std::vector<const Key*>& keys);
+  void awaitReaders(const std::vector<const Key*>& keys);
   /// Notes which keys are remapped, and which are about to be.
   void note(x11::Server& server, const std::map<xcb_keycode_t, KeyChange>& changes);
 
   x11::Display& display_;
+  Clock& clock_;
   std::optional<std::map<xcb_keycode_t, Key>> keys_;
 };
 

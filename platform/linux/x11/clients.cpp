@@ -37,9 +37,9 @@ std::unordered_map<std::uint32_t, Pid> clientPids(Server& server,
 }
 
 std::optional<Pid> ownerOf(Server& server, xcb_window_t window) {
-  const auto said = requestProperty(server, window, server.atom(Atom::netWmPid), 1);
+  const auto statedCookie = requestProperty(server, window, server.atom(Atom::netWmPid), 1);
   const auto pids = clientPids(server, {&window, 1});
-  const auto property = server.take<xcb_get_property_reply_t>(said);
+  const auto property = server.take<xcb_get_property_reply_t>(statedCookie);
   if (const auto known = pids.find(clientOf(server, window)); known != pids.end()) {
     return known->second;
   }

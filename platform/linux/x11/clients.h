@@ -11,16 +11,17 @@
 
 namespace tarqo::lnx::x11 {
 
-/// The processes of the clients that made the windows, by the bits that name the client in the
-/// number of a window (`clientOf`); without those of whom the server does not tell.
+/// The processes that made the windows, by the bits that name the client in the number of a window
+/// (`clientOf`). Clients whose process the server does not know are missing, as are those of other
+/// machines.
 [[nodiscard]] std::unordered_map<std::uint32_t, Pid> clientPids(
     Server& server, std::span<const xcb_window_t> windows);
 
 /// The bits in the number of a window that name the client.
 [[nodiscard]] std::uint32_t clientOf(Server& server, xcb_window_t window);
 
-/// The process that made the window, as the server knows it, else as the window says; none when
-/// neither tells. A round trip.
+/// The process that made the window, as the server knows it, else as the window itself states;
+/// nullopt when neither does. A round trip.
 [[nodiscard]] std::optional<Pid> ownerOf(Server& server, xcb_window_t window);
 
 }  // namespace tarqo::lnx::x11

@@ -1,13 +1,7 @@
 #include "platform/linux/x11/connection.h"
 
 #include <poll.h>
-#include <sys/socket.h>
-#include <xcb/composite.h>
-#include <xcb/randr.h>
-#include <xcb/res.h>
-#include <xcb/shm.h>
 #include <xcb/xcbext.h>
-#include <xcb/xtest.h>
 
 #include <algorithm>
 #include <exception>
@@ -15,25 +9,8 @@
 #include <thread>
 #include <utility>
 
-#include "platform/linux/x11/raw_keys.h"
-#include "platform/linux/x11/xkb.h"
-
 namespace tarqo::lnx::x11 {
 namespace {
-
-using SteadyClock = std::chrono::steady_clock;
-
-bool isAtLeast(std::uint32_t major, std::uint32_t minor, std::uint32_t wantedMajor,
-               std::uint32_t wantedMinor) {
-  return std::pair(major, minor) >= std::pair(wantedMajor, wantedMinor);
-}
-
-/// Sending a file descriptor over any other socket ends the connection.
-bool isLocalSocket(int socket) {
-  int domain = 0;
-  socklen_t size = sizeof(domain);
-  return ::getsockopt(socket, SOL_SOCKET, SO_DOMAIN, &domain, &size) == 0 && domain == AF_UNIX;
-}
 
 const xcb_screen_t* preferredScreen(xcb_connection_t* connection, int number) {
   xcb_screen_iterator_t screens = xcb_setup_roots_iterator(xcb_get_setup(connection));
@@ -63,8 +40,8 @@ bool isSameDisplay(const std::string& one, const std::string& other) {
   return one == other || (server && server == serverOf(other));
 }
 
-std::unique_ptr<Server> Server::connect() {
-  std::unique_ptr<Server> server(new Server());
+std::unique_ptr<Server> Server::connect(Clock& clock) {
+  std::unique_ptr<Server> server(new Server(clock));
   int number = 0;
   server->connection_.reset(xcb_connect(nullptr, &number));
   if (xcb_connection_has_error(server->raw()) != 0) {
@@ -74,52 +51,9 @@ std::unique_ptr<Server> Server::connect() {
   if (server->screen_ == nullptr) {
     return nullptr;
   }
-  server->readExtensions();
+  server->extensions_ = readExtensions(*server);
   server->readAtoms();
   return server->usable() ? std::move(server) : nullptr;
-}
-
-void Server::readExtensions() {
-  xcb_connection_t* c = raw();
-  const std::array<xcb_extension_t*, 6> all = {&xcb_composite_id, &xcb_randr_id, &xcb_res_id,
-                                               &xcb_shm_id,       &xcb_test_id,  &xcb_xkb_id};
-  for (xcb_extension_t* extension : all) {
-    xcb_prefetch_extension_data(c, extension);
-  }
-  // A request of an extension that the server lacks would end the connection.
-  const auto present = [c](xcb_extension_t* extension) {
-    const xcb_query_extension_reply_t* found = xcb_get_extension_data(c, extension);
-    return found != nullptr && found->present != 0;
-  };
-  if (present(&xcb_composite_id)) {
-    const auto version =
-        take<xcb_composite_query_version_reply_t>(xcb_composite_query_version(c, 0, 4));
-    extensions_.composite =
-        version && isAtLeast(version->major_version, version->minor_version, 0, 2);
-  }
-  if (present(&xcb_randr_id)) {
-    const auto version = take<xcb_randr_query_version_reply_t>(xcb_randr_query_version(c, 1, 5));
-    extensions_.randrMonitors =
-        version && isAtLeast(version->major_version, version->minor_version, 1, 5);
-  }
-  if (present(&xcb_res_id)) {
-    const auto version = take<xcb_res_query_version_reply_t>(xcb_res_query_version(c, 1, 2));
-    extensions_.resourcePids =
-        version && isAtLeast(version->server_major, version->server_minor, 1, 2);
-  }
-  if (present(&xcb_shm_id)) {
-    const auto version = take<xcb_shm_query_version_reply_t>(xcb_shm_query_version(c));
-    extensions_.shmDescriptors = version &&
-                                 isAtLeast(version->major_version, version->minor_version, 1, 2) &&
-                                 isLocalSocket(xcb_get_file_descriptor(c));
-  }
-  extensions_.test = present(&xcb_test_id);
-  if (present(&xcb_xkb_id)) {
-    const auto use = take<xcb_xkb_use_extension_reply_t>(
-        xcb_xkb_use_extension(c, XCB_XKB_MAJOR_VERSION, XCB_XKB_MINOR_VERSION));
-    extensions_.keyboard = use && use->supported != 0;
-  }
-  extensions_.rawKeys = canTellRawKeys(*this);
 }
 
 void Server::readAtoms() {
@@ -136,12 +70,12 @@ void Server::readAtoms() {
 
 bool Server::usable() const { return !stuck_ && xcb_connection_has_error(raw()) == 0; }
 
-bool Server::waitForInput(SteadyClock::time_point deadline) {
+bool Server::waitForInput(Instant deadline) {
   const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
-      std::max(deadline - SteadyClock::now(), SteadyClock::duration::zero()));
+      std::max(deadline - clock_.now(), Duration::zero()));
   pollfd input{xcb_get_file_descriptor(raw()), POLLIN, 0};
-  // Rounded up, so that the last fraction of a millisecond is no busy loop. An interrupted wait
-  // counts as input: the caller looks again.
+  // Rounded up: a wait of 0 ms would make the last fraction of a millisecond a busy loop. An
+  // interrupted wait counts as input, since the caller checks again.
   if (::poll(&input, 1, static_cast<int>(left.count()) + 1) == 0) {
     stuck_ = true;
   }
@@ -153,7 +87,7 @@ void* Server::takeReply(unsigned int sequence) {
     return nullptr;
   }
   xcb_flush(raw());
-  const auto deadline = SteadyClock::now() + kTimeout;
+  const Instant deadline = clock_.now() + kTimeout;
   void* reply = nullptr;
   xcb_generic_error_t* error = nullptr;
   while (xcb_poll_for_reply(raw(), sequence, &reply, &error) == 0) {
@@ -247,14 +181,14 @@ Server* Display::server() {
     server_.reset();
   }
   try {
-    auto patience = std::chrono::milliseconds::zero();
+    Duration patience = Duration::zero();
     if (!connecting_.valid()) {
       // Connecting has no time limit of its own, so it has a thread that may be left behind.
       std::promise<std::unique_ptr<Server>> result;
       connecting_ = result.get_future();
-      std::thread([promise = std::move(result)]() mutable {
+      std::thread([&clock = clock_, promise = std::move(result)]() mutable {
         try {
-          promise.set_value(Server::connect());
+          promise.set_value(Server::connect(clock));
         } catch (const std::exception&) {
           return;  // Whoever waits finds the promise broken.
         }

@@ -7,7 +7,6 @@
 #include <xcb/xcb.h>
 
 #include <array>
-#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -16,30 +15,20 @@
 #include <memory>
 #include <string>
 
+#include "platform/clock.h"
 #include "platform/linux/x11/atoms.h"
+#include "platform/linux/x11/extensions.h"
 
 namespace tarqo::lnx::x11 {
 
-/// The longest wait for the server, for a connection as for an answer. A server that is slower is
-/// treated as lost.
-inline constexpr std::chrono::milliseconds kTimeout{2000};
+/// The longest wait for a connection or an answer. A server that is slower counts as lost.
+inline constexpr Duration kTimeout = std::chrono::seconds(2);
 
 struct FreeMemory {
   void operator()(void* memory) const { std::free(memory); }
 };
 template <typename T>
 using Reply = std::unique_ptr<T, FreeMemory>;
-
-/// Which extensions the server has, in a version that serves.
-struct Extensions {
-  bool composite = false;
-  bool keyboard = false;  ///< XKB.
-  bool randrMonitors = false;
-  bool rawKeys = false;  ///< XInput 2.1, which reports every key whoever has grabbed the keyboard.
-  bool resourcePids = false;
-  bool shmDescriptors = false;  ///< Shared memory passed as a file descriptor, over a local socket.
-  bool test = false;
-};
 
 struct CloseConnection {
   void operator()(xcb_connection_t* connection) const { xcb_disconnect(connection); }
@@ -53,6 +42,7 @@ class Server {
 
   [[nodiscard]] xcb_connection_t* raw() const { return connection_.get(); }
   [[nodiscard]] xcb_window_t root() const { return screen_->root; }
+  [[nodiscard]] Clock& clock() const { return clock_; }
   [[nodiscard]] const xcb_screen_t& screen() const { return *screen_; }
   [[nodiscard]] const Extensions& extensions() const { return extensions_; }
   [[nodiscard]] xcb_atom_t atom(Atom name) const { return atoms_[static_cast<std::size_t>(name)]; }
@@ -95,19 +85,19 @@ class Server {
   friend class Display;
   using Connection = std::unique_ptr<xcb_connection_t, CloseConnection>;
 
-  Server() = default;
+  explicit Server(Clock& clock) : clock_(clock) {}
 
   /// Connects, and reads atoms and extensions; null when that fails. Waits without limit.
-  static std::unique_ptr<Server> connect();
-  void readExtensions();
+  static std::unique_ptr<Server> connect(Clock& clock);
   void readAtoms();
   void grab();
   void ungrab();
   void handle(const xcb_generic_event_t& event) const;
   [[nodiscard]] void* takeReply(unsigned int sequence);
   /// False when nothing arrived before `deadline`; the server then counts as lost.
-  bool waitForInput(std::chrono::steady_clock::time_point deadline);
+  bool waitForInput(Instant deadline);
 
+  Clock& clock_;
   Connection connection_;
   const xcb_screen_t* screen_ = nullptr;
   Extensions extensions_;
@@ -126,12 +116,17 @@ class Server {
 /// The display that DISPLAY names.
 class Display {
  public:
+  /// `clock` is kept by reference. It outlives this, and every attempt to connect: one that hangs
+  /// goes on by itself.
+  explicit Display(Clock& clock) : clock_(clock) {}
+
   /// The server, connected if need be; null when none can be reached. Waits up to `kTimeout` for a
   /// new connection; while that is still pending, later calls return at once. A lost connection is
   /// replaced, which ends all references to it, but never within a `ServerGrab`.
   [[nodiscard]] Server* server();
 
  private:
+  Clock& clock_;
   std::unique_ptr<Server> server_;
   std::uint64_t connections_ = 0;
   std::future<std::unique_ptr<Server>> connecting_;

@@ -17,7 +17,7 @@ namespace tarqo::lnx::x11 {
 [[nodiscard]] std::vector<xcb_window_t> takeClients(Server& server,
                                                     xcb_get_property_cookie_t cookie);
 
-/// Requests for the focus, and for the pointer, which the focus may follow.
+/// Requests for the focus, and for the pointer, since the focus may follow it.
 struct FocusQuery {
   xcb_get_input_focus_cookie_t focus;
   xcb_query_pointer_cookie_t pointer;

@@ -9,18 +9,16 @@
 namespace tarqo::lnx::x11 {
 namespace {
 
-using SteadyClock = std::chrono::steady_clock;
-
-/// Hears what applications send to the root window, as long as it lives.
-class HearsRoot {
+/// Receives what applications send to the root window, as long as it lives.
+class RootListener {
  public:
-  explicit HearsRoot(Server& server) : server_(server) {
-    // Qt answers to those who listen to the root window itself, the others as the convention says.
+  explicit RootListener(Server& server) : server_(server) {
+    // Qt answers to clients that selected the root's own events, the others as the convention says.
     select(XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_STRUCTURE_NOTIFY);
   }
-  HearsRoot(const HearsRoot&) = delete;
-  HearsRoot& operator=(const HearsRoot&) = delete;
-  ~HearsRoot() {
+  RootListener(const RootListener&) = delete;
+  RootListener& operator=(const RootListener&) = delete;
+  ~RootListener() {
     select(XCB_EVENT_MASK_NO_EVENT);
     xcb_flush(server_.raw());
   }
@@ -67,13 +65,13 @@ bool isPong(Server& server, const xcb_generic_event_t& event, xcb_window_t windo
 
 }  // namespace
 
-bool awaitPong(Server& server, xcb_window_t window, SteadyClock::duration patience) {
+bool awaitPong(Server& server, xcb_window_t window, Duration patience) {
   if (!answersPings(server, window)) {
     return false;
   }
-  const auto deadline = SteadyClock::now() + patience;
+  const Instant deadline = server.clock().now() + patience;
   const xcb_timestamp_t stamp = server.time();
-  const HearsRoot hearing(server);
+  const RootListener listener(server);
   sendPing(server, window, stamp);
   while (server.usable()) {
     while (const Reply<xcb_generic_event_t> event{xcb_poll_for_event(server.raw())}) {
@@ -82,7 +80,7 @@ bool awaitPong(Server& server, xcb_window_t window, SteadyClock::duration patien
       }
     }
     const auto left =
-        std::chrono::duration_cast<std::chrono::milliseconds>(deadline - SteadyClock::now());
+        std::chrono::duration_cast<std::chrono::milliseconds>(deadline - server.clock().now());
     pollfd input{xcb_get_file_descriptor(server.raw()), POLLIN, 0};
     if (left.count() <= 0 || ::poll(&input, 1, static_cast<int>(left.count())) == 0) {
       return false;

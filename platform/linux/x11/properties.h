@@ -1,4 +1,4 @@
-// Properties of X windows: asking for one, and reading the answer.
+// Properties of X windows: requesting one, and reading the reply.
 #pragma once
 
 #include <cstdint>
@@ -15,23 +15,23 @@ namespace tarqo::lnx::x11 {
 inline constexpr std::uint32_t kTextLength = 1024;
 inline constexpr std::uint32_t kListLength = 16384;
 
-/// Null when the window is gone; of no type when it lacks the property.
+/// Null when the window is gone; its type is XCB_NONE when the window lacks the property.
 using Property = Reply<xcb_get_property_reply_t>;
 
-/// Sends the question; the answer is taken from the server later.
+/// Sends the request; its reply is taken from the server later.
 [[nodiscard]] xcb_get_property_cookie_t requestProperty(Server& server, xcb_window_t window,
                                                         xcb_atom_t property, std::uint32_t length);
 
-/// The values of a property of 32-bit values; empty when it is none. Valid as long as the property.
+/// The values of a property of 32-bit values; empty for any other. Valid as long as the property.
 [[nodiscard]] std::span<const std::uint32_t> numbersOf(const Property& property);
 
-/// The bytes of a property of bytes; empty when it is none.
+/// The bytes of a property of bytes; empty for any other.
 [[nodiscard]] std::string bytesOf(const Property& property);
 
 /// The first text of a property, in UTF-8.
 [[nodiscard]] std::string textOf(const Property& property);
 
-/// Four distances; none when the property holds anything else.
+/// Four distances; nullopt when the property holds anything else.
 [[nodiscard]] std::optional<Insets> insetsOf(const Property& property);
 
 }  // namespace tarqo::lnx::x11

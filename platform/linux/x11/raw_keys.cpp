@@ -9,8 +9,8 @@
 namespace tarqo::lnx::x11 {
 namespace {
 
-// Of the XInput extension two requests and one event are needed, so they are written out here
-// rather than taken from a library of their own.
+// Only two requests and one event of the XInput extension are needed, so they are written out here
+// and no further library is linked.
 xcb_extension_t extensionId{"XInputExtension", 0};
 
 constexpr std::uint8_t kSelectEvents = 46;
@@ -75,14 +75,14 @@ void select(Server& server, std::uint32_t mask) {
 
 }  // namespace
 
-bool canTellRawKeys(Server& server) {
+bool reportsRawKeys(Server& server) {
   const xcb_query_extension_reply_t* found = xcb_get_extension_data(server.raw(), &extensionId);
   if (found == nullptr || found->present == 0) {
     return false;
   }
   const auto version =
       server.take<QueryVersionReply>(send(server, QueryVersion{}, kQueryVersion, true));
-  // Before 2.1 whoever grabbed the keyboard was the only one to be told.
+  // Before 2.1 only the client that had grabbed the keyboard received them.
   return version && (version->major > 2 || (version->major == 2 && version->minor >= 1));
 }
 

@@ -1,5 +1,5 @@
-// Keys going down and up as devices report them, whoever receives them and whatever the server
-// makes of them: also the release of a key that it takes for released already.
+// Keys going down and up as devices report them, whoever receives them: even the release of a key
+// that the server considers released already.
 #pragma once
 
 #include <cstdint>
@@ -9,11 +9,11 @@
 
 namespace tarqo::lnx::x11 {
 
-/// Whether a server tells of such events. For the connection itself.
-[[nodiscard]] bool canTellRawKeys(Server& server);
+/// Whether a server reports such events. For reading the extensions of a new connection.
+[[nodiscard]] bool reportsRawKeys(Server& server);
 
 /// Counts the key events of all keyboards while it lives, those of XTEST included. At most one at a
-/// time. Counts nothing on a server that does not tell. Worker thread only.
+/// time. Counts nothing on a server that does not report them. Worker thread only.
 class RawKeyWatch {
  public:
   explicit RawKeyWatch(Display& display);

@@ -1,4 +1,4 @@
-// The X server kept for oneself for a moment.
+// Exclusive use of the X server for a moment.
 #pragma once
 
 #include "platform/linux/x11/connection.h"
@@ -6,8 +6,8 @@
 namespace tarqo::lnx::x11 {
 
 /// Keeps every other client's requests waiting while it lives, so that nothing changes between a
-/// question and what is done on its answer. Events of the user's devices still come in. Whoever
-/// holds one must wait for nobody but the server. May be nested.
+/// query and what is done on its answer. Events of the user's devices still come in. Its holder
+/// must not wait for anybody but the server. May be nested.
 class ServerGrab {
  public:
   explicit ServerGrab(Server& server) : server_(server) { server_.grab(); }

@@ -1,7 +1,7 @@
-// What is asked of the window manager: to activate a window, to minimise one, to show all again.
+// Requests to the window manager: to activate a window, to minimise one, to show all again.
 //
-// Every call sends a request and returns before the manager has followed it, if it does. Worker
-// thread only, or the thread that owns the connection.
+// Every call sends a request and returns before the manager has followed it, which it need not do.
+// The thread that owns the connection.
 #pragma once
 
 #include "platform/linux/x11/connection.h"
@@ -9,8 +9,9 @@
 
 namespace tarqo::lnx::x11 {
 
-/// The window by which an application is brought to the front: its top one that is shown, and only
-/// when there is none and `minimisedToo`, its top minimised one. Null when it has neither.
+/// The window by which an application is brought to the front: its top window that is not
+/// minimised; without one, and if `minimisedToo`, its top minimised window. Null when it has
+/// neither.
 [[nodiscard]] const Window* principalWindow(const Windows& windows, Pid pid, bool minimisedToo);
 
 /// Asks for a window to be brought to the front with the keyboard focus; a minimised one comes back

@@ -13,7 +13,7 @@
 namespace tarqo::lnx::x11 {
 namespace {
 
-/// Clients that a window manager frames more than once are rare; deeper ones are not looked for.
+/// Window managers seldom put more than one frame around a client; deeper clients are not found.
 constexpr int kMaxFrameDepth = 4;
 
 struct TypeRow {
@@ -37,13 +37,13 @@ constexpr std::array kTypes = {
     TypeRow{Atom::netWmWindowTypeDesktop, WindowType::desktop},
 };
 
-/// The questions about a child of the root window.
+/// The requests about a child of the root window.
 struct OutermostQuery {
   xcb_get_window_attributes_cookie_t attributes;
   xcb_get_geometry_cookie_t geometry;
 };
 
-/// What became of them.
+/// Their replies.
 struct Outermost {
   xcb_window_t window = XCB_NONE;
   bool viewable = false;
@@ -53,7 +53,7 @@ struct Outermost {
   std::vector<xcb_window_t> clients;
 };
 
-/// The questions about one window; sent for all windows before any answer is read.
+/// The requests about one window; sent for all windows before any reply is read.
 struct WindowQuery {
   xcb_get_window_attributes_cookie_t attributes;
   xcb_get_geometry_cookie_t geometry;
@@ -121,9 +121,9 @@ double opacityOf(const Property& property) {
   return numbers.empty() ? 1.0 : static_cast<double>(numbers[0]) / 0xffffffff;
 }
 
-/// Reads the answers about a window; false when it is gone or shows nothing. Every answer is
-/// taken, also those that nobody needs any more, because the library keeps what is not.
-bool readAnswers(Server& server, const WindowQuery& query, const Outermost& outermost,
+/// Reads the replies about a window; false when it is gone or shows nothing. Every reply is taken,
+/// needed or not, because the library keeps those that are not taken.
+bool readReplies(Server& server, const WindowQuery& query, const Outermost& outermost,
                  Window& window) {
   const auto attributes = server.take<xcb_get_window_attributes_reply_t>(query.attributes);
   const auto geometry = server.take<xcb_get_geometry_reply_t>(query.geometry);
@@ -319,7 +319,7 @@ class WindowReader {
     }
     const auto pids = clientPids(server_, numbers);
     for (Asked& each : asked) {
-      if (!readAnswers(server_, each.query, *each.outermost, each.window)) {
+      if (!readReplies(server_, each.query, *each.outermost, each.window)) {
         continue;
       }
       if (const auto pid = pids.find(clientOf(server_, each.window.client)); pid != pids.end()) {

@@ -19,7 +19,7 @@
 
 namespace tarqo::lnx::x11 {
 
-/// The window types of the window-manager conventions; `none` when a window states none we know.
+/// The window types of the window-manager conventions; `none` when a window has no type known here.
 enum class WindowType : std::uint8_t {
   none,
   normal,

@@ -1,4 +1,4 @@
-// The XKB requests of XCB, whose header names members "explicit" and so is no C++ as it stands.
+// The XKB requests of XCB. Their header has members named "explicit", a keyword of C++.
 #pragma once
 
 #ifdef __clang__

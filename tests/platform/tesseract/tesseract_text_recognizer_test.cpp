@@ -1,8 +1,6 @@
 #include "platform/tesseract/tesseract_text_recognizer.h"
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -15,6 +13,7 @@
 #include <random>
 #include <sstream>
 
+#include "tests/platform/tesseract/recognizer_support.h"
 #include "tests/platform/tesseract/text_picture.h"
 #include "tests/platform/tesseract/text_score.h"
 
@@ -34,7 +33,7 @@ std::vector<RecognizedLine> linesOf(TesseractTextRecognizer& recognizer, const I
 
 /// From left to right.
 std::vector<std::string> textsIn(const TextPicture& picture) {
-  TesseractTextRecognizer recognizer;
+  TesseractTextRecognizer recognizer(realClock());
   std::vector<RecognizedLine> lines = linesOf(recognizer, picture.image());
   std::ranges::stable_sort(lines, {}, [](const RecognizedLine& line) { return line.box.x; });
   std::vector<std::string> texts;
@@ -50,7 +49,7 @@ class Page : public testing::Test {
   static void SetUpTestSuite() {
     picture_ = std::make_unique<TextPicture>(textpage::kWidthPx, textpage::kHeightPx, 0xFFFFFFU);
     drawn_ = picture_->drawPage();
-    TesseractTextRecognizer recognizer;
+    TesseractTextRecognizer recognizer(realClock());
     lines_ = linesOf(recognizer, picture_->image());
   }
   static void TearDownTestSuite() { picture_.reset(); }
@@ -119,22 +118,6 @@ TEST_F(Page, HasConfidencesBetweenNoneAndFull) {
   }
 }
 
-/// A folder that is removed at the end.
-class Folder {
- public:
-  Folder() {
-    std::string pattern = (fs::temp_directory_path() / "text-test.XXXXXX").string();
-    path_ = mkdtemp(pattern.data());
-  }
-  ~Folder() { fs::remove_all(path_); }
-  Folder(const Folder&) = delete;
-  Folder& operator=(const Folder&) = delete;
-  [[nodiscard]] const fs::path& path() const { return path_; }
-
- private:
-  fs::path path_;
-};
-
 /// What the command of Tesseract reads, line by line.
 std::vector<std::string> readByCommand(const TextPicture& picture) {
   const Folder folder;
@@ -177,7 +160,7 @@ TEST(TextRecognizer, FindsNoLinesWhereThereIsNoText) {
 
 TEST(TextRecognizer, RefusesAPictureOfAnotherKind) {
   class Foreign final : public PixelData {};
-  TesseractTextRecognizer recognizer;
+  TesseractTextRecognizer recognizer(realClock());
   const auto result = recognizer.recognize({10, 10, std::make_shared<Foreign>()});
   EXPECT_EQ(std::get<std::string>(result),
             "Text in pictures cannot be read: this picture has no pixels.");
@@ -208,7 +191,7 @@ TEST(TextRecognizer, ReadsTextThatIsAsLightAsItsGround) {
 
 /// One that has loaded already what the first picture needs.
 std::unique_ptr<TesseractTextRecognizer> recognizerFor(std::chrono::milliseconds limit) {
-  auto recognizer = std::make_unique<TesseractTextRecognizer>(std::string(), limit);
+  auto recognizer = std::make_unique<TesseractTextRecognizer>(realClock(), std::string(), limit);
   (void)recognizer->recognize(TextPicture(10, 10, 0xFFFFFF).image());
   return recognizer;
 }
@@ -304,109 +287,6 @@ TEST(TextRecognizer, KeepsToTheThreadItIsCalledOn) {
   picture.write(20, 20, "One thread is enough");
   EXPECT_EQ(textsIn(picture).size(), 1U);
   EXPECT_EQ(threads(), before);
-}
-
-/// The folder with the language data that is installed.
-fs::path installedData() {
-  for (const fs::path folder : {"/usr/share/tesseract-ocr/5/tessdata", "/usr/share/tessdata"}) {
-    if (fs::exists(folder / "kor.traineddata")) {
-      return folder;
-    }
-  }
-  return {};
-}
-
-void install(const Folder& folder, const std::string& language) {
-  const std::string file = language + ".traineddata";
-  fs::create_symlink(installedData() / file, folder.path() / file);
-}
-
-std::string errorOf(TesseractTextRecognizer& recognizer) {
-  const auto result = recognizer.recognize(TextPicture(100, 50, 0xFFFFFF).image());
-  const auto* error = std::get_if<std::string>(&result);
-  return error != nullptr ? *error : "";
-}
-
-TEST(MissingLanguageData, IsNamedByItsPackages) {
-  const Folder folder;
-  TesseractTextRecognizer recognizer(folder.path());
-  EXPECT_EQ(
-      errorOf(recognizer),
-      "Text in pictures cannot be read: language data of Tesseract is missing. Install the "
-      "package \"tesseract-ocr-kor\" and the package \"tesseract-ocr-eng\" and observe again.");
-}
-
-TEST(MissingLanguageData, IsAnErrorWhenOneLanguageIsThere) {
-  for (const auto& [there, missing] : {std::pair("eng", "kor"), std::pair("kor", "eng")}) {
-    const Folder folder;
-    install(folder, there);
-    TesseractTextRecognizer recognizer(folder.path());
-    EXPECT_EQ(errorOf(recognizer),
-              "Text in pictures cannot be read: language data of Tesseract is missing. Install the "
-              "package \"tesseract-ocr-" +
-                  std::string(missing) + "\" and observe again.");
-  }
-}
-
-TEST(MissingLanguageData, IsFoundOnceItIsInstalled) {
-  const Folder folder;
-  TesseractTextRecognizer recognizer(folder.path());
-  EXPECT_NE(errorOf(recognizer), "");
-  install(folder, "kor");
-  install(folder, "eng");
-  EXPECT_EQ(errorOf(recognizer), "");
-}
-
-/// Sends both standard streams into a file for as long as it lives.
-class CaughtStreams {
- public:
-  CaughtStreams() {
-    std::fflush(nullptr);
-    file_ = fileno(scratch_.get());
-    for (const int stream : {STDOUT_FILENO, STDERR_FILENO}) {
-      kept_.push_back(dup(stream));
-      dup2(file_, stream);
-    }
-  }
-  ~CaughtStreams() {
-    dup2(kept_[0], STDOUT_FILENO);
-    dup2(kept_[1], STDERR_FILENO);
-    close(kept_[0]);
-    close(kept_[1]);
-  }
-  CaughtStreams(const CaughtStreams&) = delete;
-  CaughtStreams& operator=(const CaughtStreams&) = delete;
-
-  [[nodiscard]] std::size_t writtenBytes() const {
-    std::fflush(nullptr);
-    struct stat status {};
-    fstat(file_, &status);
-    return static_cast<std::size_t>(status.st_size);
-  }
-
- private:
-  struct Close {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-  };
-  std::unique_ptr<std::FILE, Close> scratch_{std::tmpfile()};
-  int file_ = -1;
-  std::vector<int> kept_;
-};
-
-TEST(TextRecognizer, WritesNothingToTheStandardStreams) {
-  const Folder folder;
-  TextPicture picture(400, 200, 0xFFFFFF);
-  picture.write(20, 20, "Some words to read");
-  picture.frame({20, 60, 22, 62}, 0).fill({300, 100, 390, 190}, 0x808080);
-  const CaughtStreams streams;
-  {
-    TesseractTextRecognizer lacking(folder.path());
-    (void)lacking.recognize(picture.image());
-    TesseractTextRecognizer recognizer;
-    (void)recognizer.recognize(picture.image());
-    (void)recognizer.recognize(TextPicture(3, 3, 0).image());
-  }
-  EXPECT_EQ(streams.writtenBytes(), 0U);
 }
 
 }  // namespace

@@ -6,16 +6,17 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <thread>
 
 #include "platform/linux/base/spawn.h"
+#include "platform/sim/sim_clock.h"
 
 namespace tarqo::lnx::apps {
 namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::chrono::milliseconds kUntilLookedAtAgain{25};
+/// The folders are checked at most every 20 ms.
+constexpr std::chrono::milliseconds kUntilNextCheck{25};
 
 /// Three folders of entries, the environment pointing at them.
 class EntryFolders : public testing::Test {
@@ -53,14 +54,15 @@ class EntryFolders : public testing::Test {
   void writeLater(const std::string& folder, const std::string& id, const std::string& keys) {
     const fs::path parent = fs::path(write(folder, id, keys)).parent_path();
     fs::last_write_time(parent, fs::last_write_time(parent) + std::chrono::seconds(1));
-    std::this_thread::sleep_for(kUntilLookedAtAgain);
+    clock.sleep(kUntilNextCheck);
   }
 
   [[nodiscard]] fs::path applications(const std::string& folder) const {
     return root_ / folder / "applications";
   }
 
-  DesktopEntries index;
+  sim::VirtualClock clock;
+  DesktopEntries index{clock};
 
  private:
   fs::path root_;
@@ -120,7 +122,7 @@ TEST_F(EntryFolders, AreReadWithTheFoldersBelowThem) {
   write("local", "wine-overruled", "Name=Local\nExec=sh\n");
   write("local", "same-id", "Name=Above\nExec=sh\n");
   write("local", "same/id", "Name=Below\nExec=sh\n");
-  DesktopEntries second;
+  DesktopEntries second(clock);
   ASSERT_NE(second.byId("wine-overruled"), nullptr);
   EXPECT_EQ(second.byId("wine-overruled")->name, "Local");
   ASSERT_NE(second.byId("same-id"), nullptr);
