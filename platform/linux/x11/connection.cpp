@@ -24,7 +24,7 @@ const xcb_screen_t* preferredScreen(xcb_connection_t* connection, int number) {
 std::optional<std::pair<std::string, int>> serverOf(const std::string& name) {
   char* host = nullptr;
   int number = 0;
-  // Without a name it would read DISPLAY.
+  // For an empty name the library would read DISPLAY.
   if (name.empty() || xcb_parse_display(name.c_str(), &host, &number, nullptr) == 0) {
     return std::nullopt;
   }
@@ -41,13 +41,18 @@ bool isSameDisplay(const std::string& one, const std::string& other) {
 }
 
 std::unique_ptr<Server> Server::connect(Clock& clock) {
+  int screen = 0;
+  xcb_connection_t* connection = xcb_connect(nullptr, &screen);
+  return over(clock, connection, screen);
+}
+
+std::unique_ptr<Server> Server::over(Clock& clock, xcb_connection_t* connection, int screen) {
   std::unique_ptr<Server> server(new Server(clock));
-  int number = 0;
-  server->connection_.reset(xcb_connect(nullptr, &number));
+  server->connection_.reset(connection);
   if (xcb_connection_has_error(server->raw()) != 0) {
     return nullptr;
   }
-  server->screen_ = preferredScreen(server->raw(), number);
+  server->screen_ = preferredScreen(server->raw(), screen);
   if (server->screen_ == nullptr) {
     return nullptr;
   }

@@ -37,6 +37,11 @@ struct CloseConnection {
 /// One live connection.
 class Server {
  public:
+  /// Takes over a connection, and reads atoms and extensions; null when it is broken or the server
+  /// does not answer. `screen` is the number of the preferred screen.
+  [[nodiscard]] static std::unique_ptr<Server> over(Clock& clock, xcb_connection_t* connection,
+                                                    int screen);
+
   Server(const Server&) = delete;
   Server& operator=(const Server&) = delete;
 
@@ -87,7 +92,7 @@ class Server {
 
   explicit Server(Clock& clock) : clock_(clock) {}
 
-  /// Connects, and reads atoms and extensions; null when that fails. Waits without limit.
+  /// Connects to the server that DISPLAY names; null when that fails. Waits without limit.
   static std::unique_ptr<Server> connect(Clock& clock);
   void readAtoms();
   void grab();
