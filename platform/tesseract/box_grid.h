@@ -37,7 +37,7 @@ class BoxGrid {
   }
 
  private:
-  /// About as high as a glyph: smaller ones make long lines cost, larger ones hold more specks.
+  /// About as high as a glyph: smaller cells make long lines expensive, larger hold more specks.
   static constexpr int kCellPx = 16;
 
   /// The columns and rows of the cells a box touches; an empty box when the box is empty. Parts

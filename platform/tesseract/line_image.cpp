@@ -25,7 +25,7 @@ using Shade = std::array<int, 3>;
 constexpr Shade kLuminance = {29, 150, 77};
 /// For ink as light as its ground, as red on green can be.
 constexpr std::array<Shade, 3> kChannels = {{{256, 0, 0}, {0, 256, 0}, {0, 0, 256}}};
-/// How many times the contrast of the luminance a channel's must be to be looked at instead.
+/// How many times the contrast of the luminance a channel must have to be used instead.
 constexpr int kClearer = 2;
 
 std::uint8_t shadeAt(const png::BgrxView& image, int x, int y, const Shade& shade) {
@@ -79,7 +79,7 @@ struct ShadedLine {
     contrast = std::max(darker, lighter);
   }
 
-  /// Makes the ground white and what differs most from it, on the side where more does, black.
+  /// Makes the ground white and the ink black: what differs most from the ground, to either side.
   void makeBlackOnWhite() {
     for (std::uint8_t& pixel : pixels.bytes) {
       const int ink = std::clamp(isLightText ? pixel - ground : ground - pixel, 0, contrast);

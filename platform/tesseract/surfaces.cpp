@@ -20,8 +20,8 @@ constexpr int kMinSurfacePx = 1000;
 /// stands on is a letter or an icon: large letters are no less flat than the ground.
 constexpr int kMaxShapePx = 120;
 constexpr int kMaxShapeAspect = 2;
-/// ... unless it fills its place, as an empty button or a colour to choose does and no letter but a
-/// slender stroke.
+/// ... unless it fills its box, as an empty button or a colour swatch does. Of letters only slender
+/// strokes do.
 constexpr double kRectangleFill = 0.95;
 constexpr int kMinStrokeAspect = 3;
 /// Lower ink may be a speck of the smoothed edge between two surfaces.

@@ -80,7 +80,7 @@ struct Tesseract::Library {
 /// One recogniser with its languages.
 struct Tesseract::Engine {
   explicit Engine(const Library& l) : library(l), api(l.create()) {
-    // Before anything that has something to say.
+    // First of all, since any other call may print messages.
     library.setVariable(api, "debug_file", "/dev/null");
   }
   ~Engine() { library.destroy(api); }

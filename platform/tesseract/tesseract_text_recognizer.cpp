@@ -90,7 +90,7 @@ class PictureReader {
     return std::max(std::chrono::duration_cast<milliseconds>(end_ - clock_.now()), milliseconds(1));
   }
 
-  /// Whether there is text in the box that is as sure as that.
+  /// Reads the line in the box; false when it holds no text of that confidence.
   bool readLine(const PixelBox& box, float minConfidence) {
     if (isTimeUp()) {
       return false;
@@ -114,7 +114,7 @@ class PictureReader {
     return true;
   }
 
-  /// Remembers the line read last when a second look at it may be better.
+  /// Remembers the line read last if reading it again may improve it.
   void keepDoubts(const PixelBox& box) {
     std::vector<ReadText> words = tesseract_.lastWords();
     const std::string& text = lines_.back().text;

@@ -136,7 +136,7 @@ class LineIndex {
   LineIndex(std::vector<Group> lines, const PixelBox& picture)
       : lines_(std::move(lines)), grid_(picture) {
     for (std::size_t i = 0; i < lines_.size(); ++i) {
-      // Lower ones have no parts among these, and are by far the most where there are many.
+      // Lines lower than that have no parts among these; in a crowded picture most are.
       if (lines_[i].box.height() > 2 * lines_.front().box.height()) {
         grid_.add(i, reachOf(lines_[i].box));
       }

@@ -20,8 +20,8 @@ namespace {
 namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 
-/// How long the index of entries does not look at their folders again.
-constexpr auto kLookedAtFor = 20ms;
+/// The folders of entries are checked at most this often.
+constexpr auto kCheckInterval = 20ms;
 
 /// A folder of entries whose programs write down the id of theirs.
 class LinuxBundlesWhileEntriesChange : public testing::Test {
@@ -77,17 +77,17 @@ class LinuxBundlesWhileEntriesChange : public testing::Test {
 };
 
 // The entries are read again between the look-up by path and the launch, when the running
-// applications are listed: at that moment the time for which a look at the folders holds runs out.
+// applications are listed: at that moment the interval between two checks of the folders ends.
 TEST_F(LinuxBundlesWhileEntriesChange, OpenTheOneThatWasAskedFor) {
   const std::string path = install("com.tarqo.test.changing.b");
   install("com.tarqo.test.changing.c");
   for (auto early = 0us; early < 1500us; early += 50us) {
     install("com.tarqo.test.changing.a");
-    std::this_thread::sleep_for(kLookedAtFor + 5ms);
+    std::this_thread::sleep_for(kCheckInterval + 5ms);
     ASSERT_TRUE(bundles.pathForIdentifier("com.tarqo.test.changing.a"));
     const auto lookedAt = std::chrono::steady_clock::now();
     remove("com.tarqo.test.changing.a");
-    std::this_thread::sleep_until(lookedAt + kLookedAtFor - early);
+    std::this_thread::sleep_until(lookedAt + kCheckInterval - early);
 
     bundles.open(path, false, nullptr);
 
@@ -100,7 +100,7 @@ TEST_F(LinuxBundlesWhileEntriesChange, OpenTheOneThatWasFound) {
   const auto path = bundles.pathForIdentifier("com.tarqo.test.changing.b");
   ASSERT_TRUE(path);
   remove("com.tarqo.test.changing.b");
-  std::this_thread::sleep_for(kLookedAtFor + 5ms);
+  std::this_thread::sleep_for(kCheckInterval + 5ms);
 
   bundles.open(*path, false, nullptr);
 

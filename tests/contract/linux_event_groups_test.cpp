@@ -9,7 +9,7 @@
 namespace tarqo::lnx::input {
 namespace {
 
-class LinuxInputRows : public testing::Test {
+class LinuxEventGroups : public testing::Test {
  protected:
   void SetUp() override {
     post(MouseEvent{MouseEventType::moved, {2, 2}, 0});
@@ -43,7 +43,7 @@ class LinuxInputRows : public testing::Test {
   LinuxInputEvents events{display, clock};
 };
 
-TEST_F(LinuxInputRows, KeepSignalsWaitingWhileAButtonIsDown) {
+TEST_F(LinuxEventGroups, KeepSignalsWaitingWhileAButtonIsDown) {
   const auto source = events.makeSource("");
   const auto first = events.create(source.get(), down);
   const auto second = events.create(source.get(), up);
@@ -58,7 +58,7 @@ TEST_F(LinuxInputRows, KeepSignalsWaitingWhileAButtonIsDown) {
   EXPECT_FALSE(doSignalsWait());
 }
 
-TEST_F(LinuxInputRows, LetGoOfAButtonWhenTheirSourceEnds) {
+TEST_F(LinuxEventGroups, LetGoOfAButtonWhenTheirSourceEnds) {
   auto source = events.makeSource("");
   const auto pressing = events.create(source.get(), down);
   events.post(*pressing);
@@ -70,7 +70,7 @@ TEST_F(LinuxInputRows, LetGoOfAButtonWhenTheirSourceEnds) {
   EXPECT_FALSE(doSignalsWait());
 }
 
-TEST_F(LinuxInputRows, WithoutASourceLetGoOfAButtonWhenTheLastOfThemEnds) {
+TEST_F(LinuxEventGroups, WithoutASourceLetGoOfAButtonWhenTheLastOfThemEnds) {
   auto pressing = events.create(nullptr, down);
   auto releasing = events.create(nullptr, up);
   events.post(*pressing);
@@ -83,7 +83,7 @@ TEST_F(LinuxInputRows, WithoutASourceLetGoOfAButtonWhenTheLastOfThemEnds) {
   EXPECT_FALSE(doSignalsWait());
 }
 
-TEST_F(LinuxInputRows, KeepNoSignalWaitingWhenTheyAreNeverPosted) {
+TEST_F(LinuxEventGroups, KeepNoSignalWaitingWhenTheyAreNeverPosted) {
   constexpr std::uint16_t kReturn = 36;
   auto pressing = events.create(nullptr, KeyEvent{kReturn, true, kModifierControl});
   auto releasing = events.create(nullptr, KeyEvent{kReturn, false, kModifierControl});

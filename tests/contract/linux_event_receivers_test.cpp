@@ -33,13 +33,13 @@ constexpr std::uint16_t kReturn = 36;
 /// The window manager, stopped: it would give the focus to a window that it knows.
 class ManagerAtRest {
  public:
-  ManagerAtRest() { tell(SIGSTOP); }
-  ~ManagerAtRest() { tell(SIGCONT); }
+  ManagerAtRest() { signalManager(SIGSTOP); }
+  ~ManagerAtRest() { signalManager(SIGCONT); }
   ManagerAtRest(const ManagerAtRest&) = delete;
   ManagerAtRest& operator=(const ManagerAtRest&) = delete;
 
  private:
-  static void tell(int signal) {
+  static void signalManager(int signal) {
     const char* pid = std::getenv("TARQO_DESKTOP_WM_PID");  // NOLINT(concurrency-mt-unsafe)
     if (pid != nullptr) {
       kill(std::stoi(pid), signal);

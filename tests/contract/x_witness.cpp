@@ -21,7 +21,7 @@ xcb_window_t rootOf(xcb_connection_t* c) {
   return xcb_setup_roots_iterator(xcb_get_setup(c)).data->root;
 }
 
-/// Waits until the server has done all that was asked.
+/// Waits until the server has processed all requests sent.
 void sync(xcb_connection_t* c) {
   std::free(xcb_get_input_focus_reply(c, xcb_get_input_focus(c), nullptr));
 }
@@ -34,7 +34,7 @@ xcb_atom_t atom(xcb_connection_t* c, const std::string& name) {
   return reply->atom;
 }
 
-std::string told(const xcb_generic_event_t& event) {
+std::string lineOf(const xcb_generic_event_t& event) {
   const auto& button = reinterpret_cast<const xcb_button_press_event_t&>(event);
   const std::string state = " +" + std::to_string(button.state);
   switch (event.response_type & 0x7f) {
@@ -110,7 +110,7 @@ void XWitness::ungrab() {
 std::vector<std::string> XWitness::arrived() {
   sync(raw());
   while (const Reply<xcb_generic_event_t> event{xcb_poll_for_event(raw()), &std::free}) {
-    if (const std::string line = told(*event); !line.empty()) {
+    if (const std::string line = lineOf(*event); !line.empty()) {
       arrived_.push_back(line);
     }
   }
@@ -130,8 +130,8 @@ XStranger::XStranger(const Rect& place, const std::string& type) {
   pid_ = fork();
   if (pid_ == 0) {
     XWitness witness(place, type);
-    const bool told = write(ready[1], "r", 1) == 1;
-    if (told) {
+    const bool reported = write(ready[1], "r", 1) == 1;
+    if (reported) {
       witness.wait();
     }
     _exit(0);

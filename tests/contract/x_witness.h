@@ -1,4 +1,4 @@
-// Windows on the X server that tell what reaches them, of this process and of another.
+// Windows on the X server that record what reaches them, of this process and of another.
 #pragma once
 
 #include <sys/types.h>
@@ -20,7 +20,7 @@ using XConnection = std::unique_ptr<xcb_connection_t, Disconnect>;
 /// A popup of this process, shown above all others, with a window inside.
 class XWitness {
  public:
-  /// `type` is a window type of the window-manager conventions; none when it is empty.
+  /// `type` is a window type of the window-manager conventions; the window has no type when empty.
   explicit XWitness(const Rect& place, const std::string& type = "");
 
   /// Gives it the keyboard focus, or the window inside it.

@@ -136,7 +136,8 @@ std::size_t lengthOfEnvOption(const std::string& word) {
   if (word[1] == '-') {
     return word == "--unset" || word == "--chdir" ? 2 : 1;
   }
-  // Of several letters in a word, the first that has a value has the rest of the word, or the next.
+  // Of several letters in a word, the first that takes a value takes the rest of the word, or the
+  // next word when nothing is left.
   const std::size_t letter = word.find_first_of("uC", 1);
   return letter != std::string::npos && letter + 1 == word.size() ? 2 : 1;
 }

@@ -16,7 +16,7 @@
 namespace tarqo::lnx::apps {
 namespace {
 
-/// Shorter than callers wait, so that they still get what has come of it by then.
+/// Shorter than callers wait, so that they still receive the outcome.
 constexpr std::chrono::seconds kWindowTime{9};
 constexpr std::chrono::milliseconds kPollInterval{30};
 
@@ -66,7 +66,7 @@ std::string failureText(const DesktopEntry& entry, const ChildEnd& end) {
          " before it showed a window.";
 }
 
-/// Watches for what comes of a launch. Has a connection of its own: the worker uses the other one.
+/// Watches the outcome of a launch. Has its own connection, since the worker uses the other one.
 class LaunchWatch {
  public:
   LaunchWatch(Clock& clock, const DesktopEntry& entry, Pid child)

@@ -77,7 +77,7 @@ struct Fit {
 
 std::string_view fileName(std::string_view path) { return path.substr(path.rfind('/') + 1); }
 
-/// Whether the process runs the command by its name, whichever program answers to that: an
+/// Whether the process was started by the command's name, even if it runs another program: an
 /// interpreter of a private environment, say. Only a command that names a file is specific enough.
 bool runsByName(const std::vector<std::string>& command, std::size_t program,
                 const std::vector<std::string>& commandLine) {

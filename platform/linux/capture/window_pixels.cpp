@@ -15,7 +15,7 @@
 namespace tarqo::lnx::capture {
 namespace {
 
-/// More of them make no difference once they are rounded to 8.
+/// The bits of a colour that count: more make no difference once they are rounded to 8.
 constexpr int kUsefulBits = 12;
 
 constexpr std::size_t kImageBytesPerPixel = 4;
@@ -204,7 +204,7 @@ std::shared_ptr<const ServerPixels> readReply(x11::Server& server, xcb_pixmap_t 
   return std::make_shared<ReplyPixels>(area, std::move(reply));
 }
 
-/// Puts in what the server's table of formats says about pixels of a depth.
+/// Fills in what the server's table of formats says about pixels of a depth.
 void readLayout(const xcb_setup_t* setup, std::uint8_t depth, PixelFormat& format) {
   for (auto formats = xcb_setup_pixmap_formats_iterator(setup); formats.rem > 0;
        xcb_format_next(&formats)) {

@@ -255,7 +255,7 @@ void KeySequence::end() {
   remapped_.restore();
   if (x11::Server* server = keymap_ ? display_.server() : nullptr) {
     switchLocksOn(*server, locks_);
-    server->sync();  // What a client that is gone has asked for last may be dropped.
+    server->sync();  // The server may drop the last requests of a client that has gone.
   }
   keymap_.reset();
   down_.clear();

@@ -13,8 +13,8 @@
 namespace tarqo::lnx::input {
 namespace {
 
-// The index of a type that every keyboard has. It takes Shift and Caps Lock for its own, so that
-// no toolkit turns what the key types into upper case.
+// The index of a type that every keyboard has. It uses up Shift and Caps Lock, so that no toolkit
+// turns what the key types into upper case.
 constexpr std::uint8_t kAlphabetic = 2;
 
 // Device ids are given in order, from 2 on.

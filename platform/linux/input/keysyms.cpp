@@ -80,7 +80,7 @@ constexpr std::array<xcb_keysym_t, 9> kLockKeysyms{
 
 constexpr char32_t kMalformed = 0xfffd;
 
-/// The number of bytes that a lead byte announces; 0 for a byte that leads nothing.
+/// The number of bytes that a lead byte announces; 0 for any other byte.
 std::size_t announcedLength(unsigned char lead) {
   if (lead < 0x80) {
     return 1;

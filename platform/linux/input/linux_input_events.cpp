@@ -65,9 +65,9 @@ class GroupSource final : public EventSource {
   std::shared_ptr<EventGroup> group_;
 };
 
-class XEvent final : public CreatedEvent {
+class GroupedEvent final : public CreatedEvent {
  public:
-  XEvent(InputEvent event, std::shared_ptr<EventGroup> group)
+  GroupedEvent(InputEvent event, std::shared_ptr<EventGroup> group)
       : event_(std::move(event)), group_(std::move(group)) {}
 
   [[nodiscard]] const InputEvent& event() const { return event_; }
@@ -148,7 +148,8 @@ Reach reachOf(x11::Server& server, std::optional<Pid> receiver, const InputEvent
 /// Posts each kind of event in its own way; false when it would have gone elsewhere.
 class Deliverer {
  public:
-  Deliverer(x11::Display& display, Clock& clock, std::optional<Pid> receiver, const XEvent& event)
+  Deliverer(x11::Display& display, Clock& clock, std::optional<Pid> receiver,
+            const GroupedEvent& event)
       : display_(display), clock_(clock), receiver_(receiver), event_(event) {}
 
   bool operator()(const MouseEvent& mouse) const {
@@ -202,7 +203,7 @@ class Deliverer {
   x11::Display& display_;
   Clock& clock_;
   std::optional<Pid> receiver_;
-  const XEvent& event_;
+  const GroupedEvent& event_;
 };
 
 }  // namespace
@@ -233,7 +234,7 @@ std::unique_ptr<CreatedEvent> LinuxInputEvents::create(EventSource* source,
       return nullptr;
     }
   }
-  return std::make_unique<XEvent>(event, group);
+  return std::make_unique<GroupedEvent>(event, group);
 }
 
 std::shared_ptr<EventGroup> LinuxInputEvents::looseGroup() {
@@ -255,7 +256,7 @@ bool LinuxInputEvents::postTo(Pid receiver, const CreatedEvent& event) {
 
 bool LinuxInputEvents::deliver(std::optional<Pid> receiver, const CreatedEvent& event) {
   x11::Server* server = display_.server();
-  const auto* created = dynamic_cast<const XEvent*>(&event);
+  const auto* created = dynamic_cast<const GroupedEvent*>(&event);
   if (server == nullptr || !server->extensions().test || created == nullptr) {
     return false;
   }

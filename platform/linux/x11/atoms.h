@@ -39,7 +39,8 @@ enum class Atom : std::uint8_t {
   netWmWindowTypeUtility,
   gtkApplicationId,
   gtkFrameExtents,
-  tarqoBorrowedKeys,
+  tarqoBorrowedKeys,  ///< Of ours: the note of remapped keys. Helpers of all versions share its
+                      ///< name.
   wmChangeState,
   wmProtocols,
 };

@@ -9,8 +9,8 @@
 namespace tarqo::lnx::x11 {
 namespace {
 
-/// Toolkits give the focus to a window inside their own, and managers frame theirs; deeper than
-/// this neither is looked for.
+/// Toolkits give the focus to a window inside their own, and managers put windows into frames;
+/// neither is followed deeper than this.
 constexpr int kMaxFocusDepth = 8;
 constexpr int kMaxFramedDepth = 4;
 
