@@ -89,7 +89,7 @@ ActivationPolicy policyOf(Pid pid, const x11::Windows& windows) {
   return policy;
 }
 
-std::string fileName(const std::string& path) { return path.substr(path.rfind('/') + 1); }
+std::string nameOfProgram(const std::string& path) { return path.substr(path.rfind('/') + 1); }
 
 bool ownsManagedWindow(Pid pid, const x11::Windows& windows) {
   return std::any_of(
@@ -119,7 +119,7 @@ RunningApplication Applications::describe(Pid pid, std::uint64_t instance,
     application.bundlePath = entry->path;
     application.localizedName = entry->name;
   } else {
-    application.localizedName = fileName(evidence.program);
+    application.localizedName = nameOfProgram(evidence.program);
   }
   if (application.localizedName->empty()) {
     application.localizedName.reset();
