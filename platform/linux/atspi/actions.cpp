@@ -1,8 +1,7 @@
-// Deeds: actions, values, the focus.
+#include "platform/linux/atspi/actions.h"
+
 #include <algorithm>
 #include <charconv>
-
-#include "platform/linux/atspi/linux_accessibility.h"
 
 namespace tarqo::lnx {
 namespace {
@@ -19,13 +18,15 @@ std::optional<double> numberIn(const std::string& text) {
 
 }  // namespace
 
-Performed LinuxAccessibility::perform(const Element& element, std::string_view action) {
-  reader_.beginCall();
-  const AtspiElement* ours = atspiElement(element);
-  if (ours == nullptr || ours->isApplication()) {
-    return Performed::refused;
+std::vector<std::string> Actions::namesOf(const Parts& object) {
+  const FactsPtr facts = reader_.learn(object, Fact::kind | Fact::actions);
+  if (!facts) {
+    return {};
   }
-  const Parts& object = ours->parts();
+  return axActionNames(attributes_.viewOf(object, *facts));
+}
+
+Performed Actions::perform(const Parts& object, std::string_view action) {
   const Instant deadline = std::chrono::steady_clock::now() + 2 * object.timeout;
   if (action == "AXRaise") {
     const std::optional<WindowNumber> window = windowNumber(object);
@@ -35,7 +36,7 @@ Performed LinuxAccessibility::perform(const Element& element, std::string_view a
   if (!facts) {
     return Performed::refused;
   }
-  const std::optional<int> index = actionIndex(viewOf(object, *facts), action);
+  const std::optional<int> index = actionIndex(attributes_.viewOf(object, *facts), action);
   if (!index) {
     return Performed::refused;
   }
@@ -46,20 +47,24 @@ Performed LinuxAccessibility::perform(const Element& element, std::string_view a
                         {{kAction, "DoAction"}, writeIndex, true}, deadline);
 }
 
-bool LinuxAccessibility::isEndangeredByKeys(Pid pid) { return debts_.isEndangeredByKeys(pid); }
-
-bool LinuxAccessibility::set(const Element& element, std::string_view name, const Value& value) {
-  reader_.beginCall();
-  const AtspiElement* ours = atspiElement(element);
-  if (ours == nullptr) {
+bool Actions::isSettable(const Parts& object, std::string_view name) {
+  const FactsPtr facts = reader_.learn(object, Fact::kind);
+  if (!facts) {
     return false;
   }
-  const bool* truth = value.as<bool>();
-  if (ours->isApplication()) {
-    // The window manager brings an application to the front, when its window is raised.
-    return name == "AXFrontmost" && truth != nullptr;
+  if (isWindow(object, *facts) && (name == "AXMinimized" || name == "AXMain")) {
+    return true;
   }
-  const Parts& object = ours->parts();
+  if (name == "AXFocused") {
+    return facts->has(AtspiState::focusable) && facts->has(AtspiInterface::component) &&
+           (reader_.toolkitOf(object) != Toolkit::gtk4 || focus_.isGrabbedByClick(*facts));
+  }
+  return name == "AXValue" && (hasSettableValue(attributes_.viewOf(object, *facts)) ||
+                               typing_.isNeededFor(object, *facts));
+}
+
+bool Actions::set(const Parts& object, std::string_view name, const Value& value) {
+  const bool* truth = value.as<bool>();
   if (name == "AXValue") {
     if (const std::string* text = value.as<std::string>()) {
       return setText(object, *text);
@@ -71,7 +76,7 @@ bool LinuxAccessibility::set(const Element& element, std::string_view name, cons
     return false;
   }
   if (name == "AXFocused") {
-    return *truth && grabFocus(object);
+    return *truth && focus_.grab(object);
   }
   const std::optional<WindowNumber> window = windowNumber(object);
   if (!window) {
@@ -83,7 +88,7 @@ bool LinuxAccessibility::set(const Element& element, std::string_view name, cons
   return name == "AXMain" && *truth && reader_.locator().raise(*window);
 }
 
-bool LinuxAccessibility::setText(const Parts& object, const std::string& text) {
+bool Actions::setText(const Parts& object, const std::string& text) {
   const FactsPtr facts = reader_.learn(object, Fact::kind);
   if (!facts) {
     return false;
@@ -92,40 +97,25 @@ bool LinuxAccessibility::setText(const Parts& object, const std::string& text) {
     const std::optional<double> number = numberIn(text);
     return number && setNumber(object, *number);
   }
-  if (typesText(object, *facts)) {
-    return typeOver(object, text);
+  if (typing_.isNeededFor(object, *facts)) {
+    return typing_.typeOver(object, text);
   }
   const auto writeText = [&text](sd_bus_message* request) {
     sd_bus_message_append(request, "s", text.c_str());
   };
-  return accepts(object, {{kEditableText, "SetTextContents"}, writeText, false});
+  return debts_.isAccepted(object, reader_.toolkitOf(object),
+                           {{kEditableText, "SetTextContents"}, writeText, false});
 }
 
-bool LinuxAccessibility::setNumber(const Parts& object, double number) {
+bool Actions::setNumber(const Parts& object, double number) {
   const auto writeNumber = [number](sd_bus_message* request) {
     sd_bus_message_append(request, "ssv", kValue, "CurrentValue", "d", number);
   };
-  return accepts(object, {{"org.freedesktop.DBus.Properties", "Set"}, writeNumber, false});
+  return debts_.isAccepted(object, reader_.toolkitOf(object),
+                           {{"org.freedesktop.DBus.Properties", "Set"}, writeNumber, false});
 }
 
-bool LinuxAccessibility::grabFocus(const Parts& object) {
-  const FactsPtr facts = reader_.learn(object, Fact::kind);
-  if (facts && hasFocus(*facts, reader_.toolkitOf(object))) {
-    return true;  // A field of GTK 3 selects all its text whenever it is given the focus.
-  }
-  return accepts(object, {{kComponent, "GrabFocus"}, nullptr, false}) ||
-         (reader_.toolkitOf(object) == Toolkit::gtk4 && clickForFocus(object));
-}
-
-/// Whether an application says within the messaging time-out that it did as asked. A value or the
-/// focus sets handlers going as a press does: one may open a dialog and wait in it.
-bool LinuxAccessibility::accepts(const Parts& object, const AtspiDeed& deed) {
-  const Instant deadline = std::chrono::steady_clock::now() + object.timeout;
-  return debts_.perform(object, reader_.toolkitOf(object), deed, deadline) ==
-         Performed::acknowledged;
-}
-
-std::optional<WindowNumber> LinuxAccessibility::windowNumber(const Parts& window) {
+std::optional<WindowNumber> Actions::windowNumber(const Parts& window) {
   const std::vector<Toplevel>& all = reader_.windowsOf(window.pid, window.timeout).toplevels;
   const auto found = std::ranges::find(all, window.ref, &Toplevel::ref);
   if (found == all.end() || !found->window) {

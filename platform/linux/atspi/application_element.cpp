@@ -1,8 +1,9 @@
-// What an application element and its windows tell.
+#include "platform/linux/atspi/application_element.h"
+
 #include <algorithm>
 
-#include "platform/linux/atspi/linux_accessibility.h"
 #include "platform/linux/atspi/read/search.h"
+#include "platform/linux/atspi/translate/translate.h"
 
 namespace tarqo::lnx {
 namespace {
@@ -23,8 +24,8 @@ bool isOnlyRegistered(const Toplevel& toplevel) {
 
 }  // namespace
 
-std::optional<Value> LinuxAccessibility::applicationAttribute(const Parts& application,
-                                                              std::string_view name) {
+std::optional<Value> ApplicationElement::attribute(const Parts& application,
+                                                   std::string_view name) {
   const auto asValue = [](std::optional<Element> element) {
     return element ? std::optional(Value{*std::move(element)}) : std::nullopt;
   };
@@ -69,7 +70,7 @@ std::optional<Value> LinuxAccessibility::applicationAttribute(const Parts& appli
   return std::nullopt;
 }
 
-std::vector<Element> LinuxAccessibility::windowsOf(const Parts& application) {
+std::vector<Element> ApplicationElement::windowsOf(const Parts& application) {
   std::vector<Element> result;
   for (const Toplevel& toplevel :
        reader_.windowsOf(application.pid, application.timeout).toplevels) {
@@ -83,7 +84,7 @@ std::vector<Element> LinuxAccessibility::windowsOf(const Parts& application) {
   return result;
 }
 
-std::optional<Element> LinuxAccessibility::focusedWindow(const Parts& application) {
+std::optional<Element> ApplicationElement::focusedWindow(const Parts& application) {
   const std::vector<Toplevel>& all =
       reader_.windowsOf(application.pid, application.timeout).toplevels;
   const auto make = [&application](const Toplevel& toplevel) {
@@ -103,7 +104,7 @@ std::optional<Element> LinuxAccessibility::focusedWindow(const Parts& applicatio
   return front == all.end() ? std::nullopt : std::optional(make(*front));
 }
 
-std::optional<Element> LinuxAccessibility::focusedElement(const Parts& application) {
+std::optional<Element> ApplicationElement::focusedElement(const Parts& application) {
   const std::optional<Element> window = focusedWindow(application);
   if (!window) {
     return std::nullopt;
@@ -119,19 +120,19 @@ std::optional<Element> LinuxAccessibility::focusedElement(const Parts& applicati
       const std::optional<Toplevel> its =
           reader_.toplevelOf({.pid = top.pid, .timeout = top.timeout, .ref = *last});
       if (its && its->ref == top.ref) {
-        return makeElement(asMet(std::move(object)));
+        return makeElement(relations_.asMet(std::move(object)));
       }
     }
   }
   if (const std::optional<AtspiRef> found = focusedBelow(top)) {
     Parts object = top;
     object.ref = *found;
-    return makeElement(asMet(std::move(object)));
+    return makeElement(relations_.asMet(std::move(object)));
   }
   return std::nullopt;
 }
 
-std::optional<AtspiRef> LinuxAccessibility::focusedBelow(const Parts& window) {
+std::optional<AtspiRef> ApplicationElement::focusedBelow(const Parts& window) {
   const Toolkit toolkit = reader_.toolkitOf(window);
   std::optional<AtspiRef> found;
   searchBelow(reader_, window, Fact::kind, kFocusSearch,
@@ -148,7 +149,7 @@ std::optional<AtspiRef> LinuxAccessibility::focusedBelow(const Parts& window) {
   return found;
 }
 
-std::optional<Element> LinuxAccessibility::menuBar(const Parts& application) {
+std::optional<Element> ApplicationElement::menuBar(const Parts& application) {
   const std::optional<Element> window = focusedWindow(application);
   if (!window) {
     return std::nullopt;
@@ -163,7 +164,7 @@ std::optional<Element> LinuxAccessibility::menuBar(const Parts& application) {
   return makeElement(std::move(bar));
 }
 
-std::optional<AtspiRef> LinuxAccessibility::menuBarBelow(const Parts& window) {
+std::optional<AtspiRef> ApplicationElement::menuBarBelow(const Parts& window) {
   std::optional<AtspiRef> found;
   searchBelow(reader_, window, Fact::kind, kMenuBarSearch,
               [&found](const Parts& object, const AtspiFacts& facts) {
@@ -177,7 +178,7 @@ std::optional<AtspiRef> LinuxAccessibility::menuBarBelow(const Parts& window) {
   return found;
 }
 
-std::optional<Value> LinuxAccessibility::windowAttribute(const Parts& window,
+std::optional<Value> ApplicationElement::windowAttribute(const Parts& window,
                                                          std::string_view name) {
   if (name == "AXDocument") {
     std::optional<std::string> document = documentOf(window);
@@ -207,7 +208,7 @@ std::optional<Value> LinuxAccessibility::windowAttribute(const Parts& window,
   return Value{located.active};
 }
 
-std::optional<std::string> LinuxAccessibility::documentOf(const Parts& window) {
+std::optional<std::string> ApplicationElement::documentOf(const Parts& window) {
   std::vector<AtspiRef> embedded;
   reader_.ask(window, [&](AtspiBatch& batch) {
     batch.call(window.ref, kAccessible, "GetRelationSet", [&embedded](Reply reply) {

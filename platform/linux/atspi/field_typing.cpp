@@ -1,8 +1,8 @@
-// Values of fields that take text from the keyboard alone, as those of Chromium do.
+#include "platform/linux/atspi/field_typing.h"
+
 #include <algorithm>
 #include <thread>
 
-#include "platform/linux/atspi/linux_accessibility.h"
 #include "platform/unicode.h"
 
 namespace tarqo::lnx {
@@ -32,32 +32,32 @@ std::int32_t charactersIn(const std::string& text) {
 
 }  // namespace
 
-bool LinuxAccessibility::typesText(const Parts& object, const AtspiFacts& facts) {
+bool FieldTyping::isNeededFor(const Parts& object, const AtspiFacts& facts) {
   return keyboard_ != nullptr && facts.has(AtspiState::editable) &&
          facts.has(AtspiState::focusable) && facts.has(AtspiInterface::text) &&
          !facts.has(AtspiInterface::editableText) && reader_.toolkitOf(object) == Toolkit::chromium;
 }
 
-/// Replaces the text of a field by typing over it. Only where keys are sure to reach it: its window
-/// is the one that receives them, before each of them, and it has the focus in there.
-bool LinuxAccessibility::typeOver(const Parts& object, const std::string& text) {
+bool FieldTyping::typeOver(const Parts& object, const std::string& text) {
   const std::optional<Toplevel> top = reader_.toplevelOf(object);
   if (!top) {
     return false;
   }
   Parts field = object;
   field.window = top->ref;  // Known once, so that no key waits for the way up to it.
-  if (!takesKeys(field) || !grabFocus(field) || !awaitFocus(field)) {
+  if (!focus_.isInKeyWindow(field) || !focus_.grab(field) || !focus_.await(field)) {
     return false;
   }
   const std::optional<Content> before = contentOf(field);
-  if (!before || !selectAll(field, before->characters)) {
-    return false;
-  }
+  return before && selectAll(field, before->characters) && typeKeys(field, text) &&
+         awaitContent(field, text, *before);
+}
+
+bool FieldTyping::typeKeys(const Parts& field, const std::string& text) {
   const std::unique_ptr<EventSource> source = keyboard_->makeSource(text);
   bool typed = true;
   const auto press = [&](const InputEvent& down, const InputEvent& up) {
-    typed = typed && takesKeys(field) && postPair(source.get(), object.pid, down, up);
+    typed = typed && focus_.postKey(field, source.get(), down, up);
     if (typed) {
       std::this_thread::sleep_for(kBetweenKeys);
     }
@@ -69,73 +69,10 @@ bool LinuxAccessibility::typeOver(const Parts& object, const std::string& text) 
     const std::string character(cluster);
     press(TextEvent{character, true}, TextEvent{character, false});
   });
-  return typed && awaitContent(field, text, *before);
+  return typed;
 }
 
-/// Both events exist before the first goes out, so that nothing is ever left held down.
-bool LinuxAccessibility::postPair(EventSource* source, Pid receiver, const InputEvent& down,
-                                  const InputEvent& up) {
-  const std::unique_ptr<CreatedEvent> first = keyboard_->create(source, down);
-  const std::unique_ptr<CreatedEvent> second = keyboard_->create(source, up);
-  if (!first || !second || !keyboard_->postTo(receiver, *first)) {
-    return false;
-  }
-  keyboard_->post(*second);
-  return true;
-}
-
-/// Whether an object of GTK 4, which refuses to give anything the focus, gets it by a click that
-/// does nothing else: a field for text.
-bool LinuxAccessibility::isClickedForFocus(const AtspiFacts& facts) {
-  return keyboard_ != nullptr && facts.has(AtspiState::editable) && facts.has(AtspiInterface::text);
-}
-
-bool LinuxAccessibility::clickForFocus(const Parts& object) {
-  const FactsPtr facts = reader_.learn(object, Fact::kind | Fact::extents);
-  if (!facts || !isClickedForFocus(*facts) || !takesKeys(object)) {
-    return false;
-  }
-  if (facts->has(AtspiState::focused)) {
-    return true;
-  }
-  const std::optional<Rect> place = frameOf(object, *facts);
-  const std::optional<Element> there = place ? elementAt(place->center()) : std::nullopt;
-  if (!there || atspiElement(*there)->parts().ref != object.ref) {
-    return false;
-  }
-  const Point centre = place->center();
-  return postPair(nullptr, object.pid, MouseEvent{MouseEventType::leftDown, centre, 1},
-                  MouseEvent{MouseEventType::leftUp, centre, 1}) &&
-         awaitFocus(object);
-}
-
-/// As the server says it now: what the reader knows of the windows is of when the call began.
-bool LinuxAccessibility::takesKeys(const Parts& object) {
-  const std::optional<Toplevel> top = reader_.toplevelOf(object);
-  if (!top || !top->window) {
-    return false;
-  }
-  return std::ranges::any_of(reader_.locator().windowsOf(object.pid), [&](const auto& window) {
-    return window.number == top->window->number && window.active;
-  });
-}
-
-bool LinuxAccessibility::awaitFocus(const Parts& object) {
-  const Instant deadline = std::chrono::steady_clock::now() + object.timeout;
-  while (std::chrono::steady_clock::now() < deadline) {
-    const FactsPtr facts = reader_.learn(object, Fact::kind);
-    if (!facts) {
-      return false;
-    }
-    if (facts->has(AtspiState::focused)) {
-      return true;
-    }
-    std::this_thread::sleep_for(kPoll);
-  }
-  return false;
-}
-
-std::optional<LinuxAccessibility::Content> LinuxAccessibility::contentOf(const Parts& object) {
+std::optional<FieldTyping::Content> FieldTyping::contentOf(const Parts& object) {
   const FactsPtr facts = reader_.learn(object, Fact::value);
   std::optional<int> count;
   reader_.ask(object, [&](AtspiBatch& batch) {
@@ -151,7 +88,7 @@ std::optional<LinuxAccessibility::Content> LinuxAccessibility::contentOf(const P
 
 /// The page learns of a selection on another way than of keys, so one that it has not told back may
 /// come too late. The shortcut for it stays in order.
-bool LinuxAccessibility::selectAll(const Parts& object, std::int32_t characters) {
+bool FieldTyping::selectAll(const Parts& object, std::int32_t characters) {
   if (characters == 0) {
     return true;
   }
@@ -169,12 +106,12 @@ bool LinuxAccessibility::selectAll(const Parts& object, std::int32_t characters)
     }
     std::this_thread::sleep_for(kPoll);
   }
-  return takesKeys(object) && postPair(nullptr, object.pid, KeyEvent{kAKey, true, kModifierControl},
-                                       KeyEvent{kAKey, false, kModifierControl});
+  return focus_.postKey(object, nullptr, KeyEvent{kAKey, true, kModifierControl},
+                        KeyEvent{kAKey, false, kModifierControl});
 }
 
 /// Whether the first so many characters are selected.
-bool LinuxAccessibility::selects(const Parts& object, std::int32_t characters) {
+bool FieldTyping::selects(const Parts& object, std::int32_t characters) {
   bool selected = false;
   reader_.ask(object, [&](AtspiBatch& batch) {
     Message message = batch.make(object.ref, kText, "GetSelection");
@@ -194,8 +131,8 @@ bool LinuxAccessibility::selects(const Parts& object, std::int32_t characters) {
 /// Whether the text arrived. A page may change what is typed (a telephone number gets its blanks),
 /// so anything but what was there before is taken for it in the end. Where that was too long to be
 /// read whole, what has stayed of it shows by the length alone.
-bool LinuxAccessibility::awaitContent(const Parts& object, const std::string& text,
-                                      const Content& before) {
+bool FieldTyping::awaitContent(const Parts& object, const std::string& text,
+                               const Content& before) {
   const Instant deadline = std::chrono::steady_clock::now() + kArrival;
   std::optional<Content> now = contentOf(object);
   while (now && now->text != text && std::chrono::steady_clock::now() < deadline) {

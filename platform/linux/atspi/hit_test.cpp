@@ -1,9 +1,10 @@
-// Hit tests: what lies under a point of the screen.
+#include "platform/linux/atspi/hit_test.h"
+
 #include <algorithm>
 #include <thread>
 
-#include "platform/linux/atspi/linux_accessibility.h"
 #include "platform/linux/atspi/read/search.h"
+#include "platform/linux/atspi/translate/translate.h"
 
 namespace tarqo::lnx {
 namespace {
@@ -33,7 +34,7 @@ bool hasSizeOf(const Rect& extents, const LocatedWindow& popup) {
 
 }  // namespace
 
-std::optional<Element> LinuxAccessibility::elementAt(Point point) {
+std::optional<Element> HitTest::elementAt(Point point) {
   reader_.beginCall();
   const std::optional<LocatedWindow> window = reader_.locator().windowAt(point);
   if (!window || window->pid == 0) {
@@ -47,15 +48,14 @@ std::optional<Element> LinuxAccessibility::elementAt(Point point) {
     }
     object.ref = *deepest;
     if (reader_.learn(object, Fact::kind)) {
-      return makeElement(asMet(std::move(object)));
+      return makeElement(relations_.asMet(std::move(object)));
     }
   }
   return std::nullopt;
 }
 
 /// The objects to start from: the window's own, or what shows itself in a popup.
-std::vector<AtspiElement::Parts> LinuxAccessibility::hitCandidates(const LocatedWindow& window,
-                                                                   Point point) {
+std::vector<AtspiElement::Parts> HitTest::hitCandidates(const LocatedWindow& window, Point point) {
   std::vector<Parts> result;
   const std::vector<Toplevel> all = reader_.windowsOf(window.pid, kDefaultTimeout).toplevels;
   const auto partsOf = [&window](const Toplevel& toplevel) {
@@ -82,14 +82,14 @@ std::vector<AtspiElement::Parts> LinuxAccessibility::hitCandidates(const Located
 
 /// What a popup without an object of its own at the top shows: an entry of an open menu (GTK 3,
 /// Qt), or the popover of its size (GTK 4).
-std::optional<AtspiRef> LinuxAccessibility::popupObject(const Parts& top,
-                                                        const LocatedWindow& popup, Point point) {
+std::optional<AtspiRef> HitTest::popupObject(const Parts& top, const LocatedWindow& popup,
+                                             Point point) {
   const Toolkit toolkit = reader_.toolkitOf(top);
   const bool bySize = toolkit == Toolkit::gtk4;
   std::vector<AtspiRef> starts{top.ref};
   if (!bySize) {
-    starts = contextMenus(top);
-    if (const std::optional<AtspiRef> bar = menuBarBelow(top)) {
+    starts = relations_.contextMenus(top);
+    if (const std::optional<AtspiRef> bar = application_.menuBarBelow(top)) {
       starts.push_back(*bar);
     }
   }
@@ -103,8 +103,8 @@ std::optional<AtspiRef> LinuxAccessibility::popupObject(const Parts& top,
   return std::nullopt;
 }
 
-std::optional<AtspiRef> LinuxAccessibility::shownInPopup(const Parts& start,
-                                                         const LocatedWindow& popup, Point point) {
+std::optional<AtspiRef> HitTest::shownInPopup(const Parts& start, const LocatedWindow& popup,
+                                              Point point) {
   const Toolkit toolkit = reader_.toolkitOf(start);
   const bool bySize = toolkit == Toolkit::gtk4;
   std::optional<AtspiRef> found;
@@ -128,7 +128,7 @@ std::optional<AtspiRef> LinuxAccessibility::shownInPopup(const Parts& start,
 /// Chromium answers with what its page said last, as long as that place of the screen holds the
 /// point, and asks the page anew behind the answer. After the window has moved, the first answer is
 /// an object that lies elsewhere by now, and the right one comes a moment later.
-std::optional<AtspiRef> LinuxAccessibility::confirmedAt(const Parts& start, Point point) {
+std::optional<AtspiRef> HitTest::confirmedAt(const Parts& start, Point point) {
   std::optional<AtspiRef> found = deepestAt(start, point);
   if (reader_.toolkitOf(start) != Toolkit::chromium) {
     return found;
@@ -144,7 +144,7 @@ std::optional<AtspiRef> LinuxAccessibility::confirmedAt(const Parts& start, Poin
   return found;
 }
 
-bool LinuxAccessibility::liesAt(const Parts& start, const AtspiRef& ref, Point point) {
+bool HitTest::liesAt(const Parts& start, const AtspiRef& ref, Point point) {
   Parts object = start;
   object.ref = ref;
   const FactsPtr facts = reader_.learn(object, Fact::extents);
@@ -155,7 +155,7 @@ bool LinuxAccessibility::liesAt(const Parts& start, const AtspiRef& ref, Point p
 /// GTK 3 answers one level at a time, the other toolkits the deepest object at once; asking on
 /// until nothing deeper comes serves them all. None when that takes longer than the messaging
 /// time-out: a shallower object must not pass for the one under the pointer.
-std::optional<AtspiRef> LinuxAccessibility::deepestAt(const Parts& start, Point point) {
+std::optional<AtspiRef> HitTest::deepestAt(const Parts& start, Point point) {
   Parts at = start;
   const Instant end = std::chrono::steady_clock::now() + start.timeout;
   std::vector<AtspiRef> seen{start.ref};
@@ -176,11 +176,11 @@ std::optional<AtspiRef> LinuxAccessibility::deepestAt(const Parts& start, Point 
   return at.ref;
 }
 
-std::optional<AtspiRef> LinuxAccessibility::childAt(const Parts& object, Point point) {
+std::optional<AtspiRef> HitTest::childAt(const Parts& object, Point point) {
   Point local = point;
   std::uint32_t ofWindow = 0;
   if (reader_.toolkitOf(object) == Toolkit::gtk4) {
-    const std::optional<Point> offset = offsetOf(object);
+    const std::optional<Point> offset = relations_.offsetOf(object);
     if (!offset) {
       return std::nullopt;
     }
@@ -203,12 +203,12 @@ std::optional<AtspiRef> LinuxAccessibility::childAt(const Parts& object, Point p
 /// The child whose place holds the point, where the toolkit's own answer stops short: GTK 4 points
 /// at parts of an entry that are no objects, and then says nothing; in GTK 3 the page of a tab
 /// hangs on the tab, far from where the tab is.
-std::optional<AtspiRef> LinuxAccessibility::placedChildAt(const Parts& object, Point point) {
+std::optional<AtspiRef> HitTest::placedChildAt(const Parts& object, Point point) {
   const Toolkit toolkit = reader_.toolkitOf(object);
   const FactsPtr facts = reader_.learn(object, Fact::kind);
   const bool stopsShort = toolkit == Toolkit::gtk4 ||
                           (toolkit == Toolkit::gtk3 && facts && facts->is(AtspiRole::pageTabList));
-  const std::optional<Point> offset = stopsShort ? offsetOf(object) : std::nullopt;
+  const std::optional<Point> offset = stopsShort ? relations_.offsetOf(object) : std::nullopt;
   if (!offset) {
     return std::nullopt;
   }

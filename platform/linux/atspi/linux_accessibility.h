@@ -1,10 +1,9 @@
-// The accessibility service over AT-SPI.
+// The accessibility service over AT-SPI: hands every call to the collaborator that it belongs to.
 //
 // Worker thread only, but for what `AtspiEvents` delivers. Nothing here ends the process or writes
 // anywhere when the accessibility bus is missing or lost; the next call connects again.
 #pragma once
 
-#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
@@ -14,10 +13,16 @@
 
 #include "platform/accessibility.h"
 #include "platform/input_events.h"
+#include "platform/linux/atspi/actions.h"
+#include "platform/linux/atspi/application_element.h"
+#include "platform/linux/atspi/field_typing.h"
+#include "platform/linux/atspi/hit_test.h"
+#include "platform/linux/atspi/keyboard_focus.h"
+#include "platform/linux/atspi/object_attributes.h"
 #include "platform/linux/atspi/pending_actions.h"
 #include "platform/linux/atspi/read/element.h"
 #include "platform/linux/atspi/read/reader.h"
-#include "platform/linux/atspi/translate/translate.h"
+#include "platform/linux/atspi/tree_relations.h"
 #include "platform/linux/atspi/wire/events.h"
 #include "platform/linux/x11/window_locator.h"
 
@@ -44,82 +49,22 @@ class LinuxAccessibility final : public Accessibility {
   std::unique_ptr<TreeRead> readTree(const Element& root, const TreeReadLimits& limits) override;
 
  private:
-  using Parts = AtspiElement::Parts;
+  [[nodiscard]] static bool isApplication(const Element& element);
 
-  [[nodiscard]] AtspiView viewOf(const Parts& object, const AtspiFacts& facts);
-  [[nodiscard]] std::vector<std::optional<Value>> silentWindow(
-      const Parts& window, std::span<const std::string_view> names);
-  [[nodiscard]] std::optional<Value> objectAttribute(const Parts& object, const FactsPtr& facts,
-                                                     std::string_view name);
-
-  // Attributes of an application element.
-  [[nodiscard]] std::optional<Value> applicationAttribute(const Parts& application,
-                                                          std::string_view name);
-  [[nodiscard]] std::vector<Element> windowsOf(const Parts& application);
-  [[nodiscard]] std::optional<Element> focusedWindow(const Parts& application);
-  [[nodiscard]] std::optional<Element> focusedElement(const Parts& application);
-  [[nodiscard]] std::optional<Element> menuBar(const Parts& application);
-  [[nodiscard]] std::optional<AtspiRef> menuBarBelow(const Parts& window);
-  [[nodiscard]] std::optional<AtspiRef> focusedBelow(const Parts& window);
-
-  // Attributes of a window.
-  [[nodiscard]] std::optional<Value> windowAttribute(const Parts& window, std::string_view name);
-  [[nodiscard]] std::optional<std::string> documentOf(const Parts& window);
-
-  // Attributes that lead to other elements, and places.
-  [[nodiscard]] std::optional<Rect> frameOf(const Parts& object, const AtspiFacts& facts);
-  [[nodiscard]] bool hasSearchIcon(const Parts& object, const AtspiFacts& facts);
-  [[nodiscard]] std::optional<Point> offsetOf(const Parts& object);
-  [[nodiscard]] Values childrenOf(const Parts& object, const AtspiFacts& facts);
-  [[nodiscard]] std::vector<AtspiRef> shownChildren(const Parts& object, const AtspiFacts& facts);
-  [[nodiscard]] std::vector<AtspiRef> contextMenus(const Parts& window);
-  [[nodiscard]] bool hangsNowhere(const Parts& menu);
-  [[nodiscard]] std::optional<Element> parentOf(const Parts& object, const AtspiFacts& facts);
-  [[nodiscard]] Parts asMet(Parts object);
-
-  // Deeds.
-  [[nodiscard]] bool setText(const Parts& object, const std::string& text);
-  [[nodiscard]] bool setNumber(const Parts& object, double number);
-  [[nodiscard]] bool grabFocus(const Parts& object);
-  [[nodiscard]] bool accepts(const Parts& object, const AtspiDeed& deed);
-  [[nodiscard]] bool isClickedForFocus(const AtspiFacts& facts);
-  [[nodiscard]] bool clickForFocus(const Parts& object);
-  [[nodiscard]] std::optional<WindowNumber> windowNumber(const Parts& window);
-
-  // Typing over a field.
-  struct Content {
-    std::string text;             ///< Its beginning, where it is long.
-    std::int32_t characters = 0;  ///< Of all of it.
-  };
-  [[nodiscard]] bool typesText(const Parts& object, const AtspiFacts& facts);
-  [[nodiscard]] bool typeOver(const Parts& object, const std::string& text);
-  [[nodiscard]] bool takesKeys(const Parts& object);
-  [[nodiscard]] bool postPair(EventSource* source, Pid receiver, const InputEvent& down,
-                              const InputEvent& up);
-  [[nodiscard]] bool awaitFocus(const Parts& object);
-  [[nodiscard]] std::optional<Content> contentOf(const Parts& object);
-  [[nodiscard]] bool selectAll(const Parts& object, std::int32_t characters);
-  [[nodiscard]] bool selects(const Parts& object, std::int32_t characters);
-  [[nodiscard]] bool awaitContent(const Parts& object, const std::string& text,
-                                  const Content& before);
-
-  // Hit tests.
-  [[nodiscard]] std::vector<Parts> hitCandidates(const LocatedWindow& window, Point point);
-  [[nodiscard]] std::optional<AtspiRef> popupObject(const Parts& top, const LocatedWindow& popup,
-                                                    Point point);
-  [[nodiscard]] std::optional<AtspiRef> shownInPopup(const Parts& start, const LocatedWindow& popup,
-                                                     Point point);
-  [[nodiscard]] std::optional<AtspiRef> confirmedAt(const Parts& start, Point point);
-  [[nodiscard]] bool liesAt(const Parts& start, const AtspiRef& ref, Point point);
-  [[nodiscard]] std::optional<AtspiRef> deepestAt(const Parts& start, Point point);
-  [[nodiscard]] std::optional<AtspiRef> childAt(const Parts& object, Point point);
-  [[nodiscard]] std::optional<AtspiRef> placedChildAt(const Parts& object, Point point);
+  /// What is known of an object; null for application elements and those of another backend.
+  [[nodiscard]] const AtspiElement::Parts* beginCall(const Element& element);
 
   AtspiEvents& events_;
-  InputEvents* keyboard_;
   AtspiBus bus_;
   AtspiReader reader_;
   AtspiDebts debts_;
+  TreeRelations relations_;
+  ApplicationElement application_;
+  ObjectAttributes attributes_;
+  HitTest hitTest_;
+  KeyboardFocus focus_;
+  FieldTyping typing_;
+  Actions actions_;
 };
 
 }  // namespace tarqo::lnx

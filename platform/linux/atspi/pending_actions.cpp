@@ -189,6 +189,12 @@ Performed AtspiDebts::perform(const AtspiElement::Parts& object, Toolkit toolkit
   return Performed::pending;
 }
 
+bool AtspiDebts::isAccepted(const AtspiElement::Parts& object, Toolkit toolkit,
+                            const AtspiDeed& deed) {
+  return perform(object, toolkit, deed, steady_clock::now() + object.timeout) ==
+         Performed::acknowledged;
+}
+
 /// Whether nothing more can come of a deed, but for what only the application's windows tell.
 bool AtspiDebts::isOver(const Debt& debt) const {
   const bool isCut =

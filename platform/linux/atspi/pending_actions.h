@@ -50,6 +50,11 @@ class AtspiDebts {
   [[nodiscard]] Performed perform(const AtspiElement::Parts& object, Toolkit toolkit,
                                   const AtspiDeed& deed, Instant deadline);
 
+  /// The same within one messaging time-out; true when the application says that it did as asked. A
+  /// value or the focus sets handlers going as a press does: one may open a dialog and wait in it.
+  [[nodiscard]] bool isAccepted(const AtspiElement::Parts& object, Toolkit toolkit,
+                                const AtspiDeed& deed);
+
   /// Whether a process is inside a deed of ATK's bridge that came over the bus, because it offered
   /// no other connection. Costs no round trip.
   [[nodiscard]] bool isEndangeredByKeys(Pid pid);

@@ -1,7 +1,8 @@
-// Places, parents and children of objects.
+#include "platform/linux/atspi/tree_relations.h"
+
 #include <algorithm>
 
-#include "platform/linux/atspi/linux_accessibility.h"
+#include "platform/linux/atspi/translate/translate.h"
 
 namespace tarqo::lnx {
 namespace {
@@ -43,7 +44,7 @@ MenuPlace placeBelow(const AtspiFacts& parent) {
 
 }  // namespace
 
-std::optional<Rect> LinuxAccessibility::frameOf(const Parts& object, const AtspiFacts& facts) {
+std::optional<Rect> TreeRelations::frameOf(const Parts& object, const AtspiFacts& facts) {
   const std::optional<Rect> told = plausible(facts.extents);
   if (!told || object.facet == Facet::openedMenu || isWindow(object, facts)) {
     return std::nullopt;
@@ -58,7 +59,7 @@ std::optional<Rect> LinuxAccessibility::frameOf(const Parts& object, const Atspi
   return Rect{told->x + offset->x, told->y + offset->y, told->width, told->height};
 }
 
-std::optional<Point> LinuxAccessibility::offsetOf(const Parts& object) {
+std::optional<Point> TreeRelations::offsetOf(const Parts& object) {
   const std::optional<Toplevel> top = reader_.toplevelOf(object);
   if (!top || !top->window) {
     return std::nullopt;
@@ -81,7 +82,7 @@ std::optional<Point> LinuxAccessibility::offsetOf(const Parts& object) {
 }
 
 /// GTK 3 tells a search entry from another by nothing but the icon in it.
-bool LinuxAccessibility::hasSearchIcon(const Parts& object, const AtspiFacts& facts) {
+bool TreeRelations::hasSearchIcon(const Parts& object, const AtspiFacts& facts) {
   if (!facts.is(AtspiRole::text) || !facts.has(AtspiState::editable) || !facts.children ||
       facts.children->empty() || reader_.toolkitOf(object) != Toolkit::gtk3) {
     return false;
@@ -92,8 +93,7 @@ bool LinuxAccessibility::hasSearchIcon(const Parts& object, const AtspiFacts& fa
   return its && its->name.starts_with("edit-find");
 }
 
-std::vector<AtspiRef> LinuxAccessibility::shownChildren(const Parts& object,
-                                                        const AtspiFacts& facts) {
+std::vector<AtspiRef> TreeRelations::shownChildren(const Parts& object, const AtspiFacts& facts) {
   std::vector<AtspiRef> children = facts.children.value_or(std::vector<AtspiRef>());
   const Toolkit toolkit = reader_.toolkitOf(object);
   const bool mayHoldMenuBar =
@@ -118,7 +118,7 @@ std::vector<AtspiRef> LinuxAccessibility::shownChildren(const Parts& object,
   return result;
 }
 
-Values LinuxAccessibility::childrenOf(const Parts& object, const AtspiFacts& facts) {
+Values TreeRelations::childrenOf(const Parts& object, const AtspiFacts& facts) {
   Values result;
   if (isTitleWithMenu(object, facts)) {
     Parts menu = object;
@@ -150,7 +150,7 @@ Values LinuxAccessibility::childrenOf(const Parts& object, const AtspiFacts& fac
 
 /// The open menus that no object of the application's windows holds: those of a right click. GTK 3
 /// and Chromium hang them on windows of their own, Qt on nothing.
-std::vector<AtspiRef> LinuxAccessibility::contextMenus(const Parts& window) {
+std::vector<AtspiRef> TreeRelations::contextMenus(const Parts& window) {
   std::vector<AtspiRef> result;
   for (AtspiRef& ref : events_.openMenus(window.pid)) {
     Parts menu = window;
@@ -165,7 +165,7 @@ std::vector<AtspiRef> LinuxAccessibility::contextMenus(const Parts& window) {
   return result;
 }
 
-bool LinuxAccessibility::hangsNowhere(const Parts& menu) {
+bool TreeRelations::hangsNowhere(const Parts& menu) {
   const std::vector<Toplevel> all = reader_.windowsOf(menu.pid, menu.timeout).toplevels;
   Parts at = menu;
   const Instant end = std::chrono::steady_clock::now() + menu.timeout;
@@ -189,7 +189,7 @@ bool LinuxAccessibility::hangsNowhere(const Parts& menu) {
 }
 
 /// An object that was not reached from its parent, with what its parent would have told of it.
-AtspiElement::Parts LinuxAccessibility::asMet(Parts object) {
+AtspiElement::Parts TreeRelations::asMet(Parts object) {
   const FactsPtr facts = reader_.learn(object, Fact::kind);
   if (!facts || !isMenuEntryRole(facts->role)) {
     return object;
@@ -206,7 +206,7 @@ AtspiElement::Parts LinuxAccessibility::asMet(Parts object) {
   return object;
 }
 
-std::optional<Element> LinuxAccessibility::parentOf(const Parts& object, const AtspiFacts& facts) {
+std::optional<Element> TreeRelations::parentOf(const Parts& object, const AtspiFacts& facts) {
   if (object.facet == Facet::openedMenu) {
     Parts title = object;
     title.facet = Facet::whole;
@@ -216,7 +216,7 @@ std::optional<Element> LinuxAccessibility::parentOf(const Parts& object, const A
     return std::nullopt;
   }
   if (isWindow(object, facts) || facts.parent->path == kRootPath) {
-    return application(object.pid, object.timeout);
+    return makeApplication(object.pid, object.timeout);
   }
   Parts parent = object;
   parent.ref = *facts.parent;

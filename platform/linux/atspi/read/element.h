@@ -62,6 +62,11 @@ class AtspiElement final : public ElementObject {
   return Element(std::make_shared<const AtspiElement>(std::move(parts)));
 }
 
+/// The application element of a process; calls through it wait for at most `timeout` each.
+[[nodiscard]] inline Element makeApplication(Pid pid, Duration timeout) {
+  return makeElement({.kind = AtspiElement::Kind::application, .pid = pid, .timeout = timeout});
+}
+
 /// The backend's part of an element; null when the element is another backend's.
 [[nodiscard]] inline const AtspiElement* atspiElement(const Element& element) {
   return dynamic_cast<const AtspiElement*>(&element.object());

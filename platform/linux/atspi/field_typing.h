@@ -1,0 +1,51 @@
+// Sets the values of fields that take text from the keyboard alone, as those of Chromium do.
+//
+// Worker thread only.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "platform/accessibility.h"
+#include "platform/input_events.h"
+#include "platform/linux/atspi/keyboard_focus.h"
+#include "platform/linux/atspi/read/element.h"
+#include "platform/linux/atspi/read/reader.h"
+
+namespace tarqo::lnx {
+
+class FieldTyping {
+ public:
+  /// All are kept and outlive this. Without a keyboard no field is typed into.
+  FieldTyping(AtspiReader& reader, KeyboardFocus& focus, InputEvents* keyboard)
+      : reader_(reader), focus_(focus), keyboard_(keyboard) {}
+
+  /// Whether the value of such an object can be set by typing, and by nothing else.
+  [[nodiscard]] bool isNeededFor(const AtspiElement::Parts& object, const AtspiFacts& facts);
+
+  /// Replaces the text of a field by typing over it; true when the text arrived. Types only while
+  /// the field's window receives keys and the field has the focus in it. Waits for every key.
+  [[nodiscard]] bool typeOver(const AtspiElement::Parts& object, const std::string& text);
+
+ private:
+  using Parts = AtspiElement::Parts;
+
+  struct Content {
+    std::string text;             ///< Its beginning, where it is long.
+    std::int32_t characters = 0;  ///< Of all of it.
+  };
+
+  [[nodiscard]] bool typeKeys(const Parts& field, const std::string& text);
+  [[nodiscard]] std::optional<Content> contentOf(const Parts& object);
+  [[nodiscard]] bool selectAll(const Parts& object, std::int32_t characters);
+  [[nodiscard]] bool selects(const Parts& object, std::int32_t characters);
+  [[nodiscard]] bool awaitContent(const Parts& object, const std::string& text,
+                                  const Content& before);
+
+  AtspiReader& reader_;
+  KeyboardFocus& focus_;
+  InputEvents* keyboard_;
+};
+
+}  // namespace tarqo::lnx

@@ -1,0 +1,91 @@
+#include "platform/linux/atspi/keyboard_focus.h"
+
+#include <algorithm>
+#include <thread>
+
+#include "platform/linux/atspi/translate/translate.h"
+
+namespace tarqo::lnx {
+namespace {
+
+constexpr auto kFocusPoll = std::chrono::milliseconds(10);
+
+}  // namespace
+
+bool KeyboardFocus::grab(const Parts& object) {
+  const FactsPtr facts = reader_.learn(object, Fact::kind);
+  if (facts && hasFocus(*facts, reader_.toolkitOf(object))) {
+    return true;  // A field of GTK 3 selects all its text whenever it is given the focus.
+  }
+  const Toolkit toolkit = reader_.toolkitOf(object);
+  return debts_.isAccepted(object, toolkit, {{kComponent, "GrabFocus"}, nullptr, false}) ||
+         (reader_.toolkitOf(object) == Toolkit::gtk4 && click(object));
+}
+
+bool KeyboardFocus::click(const Parts& object) {
+  const FactsPtr facts = reader_.learn(object, Fact::kind | Fact::extents);
+  if (!facts || !isGrabbedByClick(*facts) || !isInKeyWindow(object)) {
+    return false;
+  }
+  if (facts->has(AtspiState::focused)) {
+    return true;
+  }
+  const std::optional<Rect> place = relations_.frameOf(object, *facts);
+  const std::optional<Element> there = place ? hitTest_.elementAt(place->center()) : std::nullopt;
+  if (!there || atspiElement(*there)->parts().ref != object.ref) {
+    return false;
+  }
+  const Point centre = place->center();
+  return postPair(nullptr, object.pid, MouseEvent{MouseEventType::leftDown, centre, 1},
+                  MouseEvent{MouseEventType::leftUp, centre, 1}) &&
+         await(object);
+}
+
+bool KeyboardFocus::isGrabbedByClick(const AtspiFacts& facts) {
+  return input_ != nullptr && facts.has(AtspiState::editable) && facts.has(AtspiInterface::text);
+}
+
+bool KeyboardFocus::isInKeyWindow(const Parts& object) {
+  // Not from the reader: what it knows of the windows is of when the call began.
+  const std::optional<Toplevel> top = reader_.toplevelOf(object);
+  if (!top || !top->window) {
+    return false;
+  }
+  return std::ranges::any_of(reader_.locator().windowsOf(object.pid), [&](const auto& window) {
+    return window.number == top->window->number && window.active;
+  });
+}
+
+bool KeyboardFocus::postKey(const Parts& object, EventSource* source, const InputEvent& down,
+                            const InputEvent& up) {
+  return isInKeyWindow(object) && postPair(source, object.pid, down, up);
+}
+
+/// Both events exist before the first goes out, so that nothing is ever left held down.
+bool KeyboardFocus::postPair(EventSource* source, Pid receiver, const InputEvent& down,
+                             const InputEvent& up) {
+  const std::unique_ptr<CreatedEvent> first = input_->create(source, down);
+  const std::unique_ptr<CreatedEvent> second = input_->create(source, up);
+  if (!first || !second || !input_->postTo(receiver, *first)) {
+    return false;
+  }
+  input_->post(*second);
+  return true;
+}
+
+bool KeyboardFocus::await(const Parts& object) {
+  const Instant deadline = std::chrono::steady_clock::now() + object.timeout;
+  while (std::chrono::steady_clock::now() < deadline) {
+    const FactsPtr facts = reader_.learn(object, Fact::kind);
+    if (!facts) {
+      return false;
+    }
+    if (facts->has(AtspiState::focused)) {
+      return true;
+    }
+    std::this_thread::sleep_for(kFocusPoll);
+  }
+  return false;
+}
+
+}  // namespace tarqo::lnx

@@ -1,0 +1,55 @@
+// The keyboard focus: giving it to an object, and posting keys that only that object may get.
+//
+// Worker thread only.
+#pragma once
+
+#include "platform/accessibility.h"
+#include "platform/input_events.h"
+#include "platform/linux/atspi/hit_test.h"
+#include "platform/linux/atspi/pending_actions.h"
+#include "platform/linux/atspi/read/element.h"
+#include "platform/linux/atspi/read/reader.h"
+#include "platform/linux/atspi/tree_relations.h"
+
+namespace tarqo::lnx {
+
+class KeyboardFocus {
+ public:
+  /// All are kept and outlive this. Without `input` nothing is clicked and no key is posted.
+  KeyboardFocus(AtspiReader& reader, TreeRelations& relations, HitTest& hitTest, AtspiDebts& debts,
+                InputEvents* input)
+      : reader_(reader), relations_(relations), hitTest_(hitTest), debts_(debts), input_(input) {}
+
+  /// Gives an object the focus, in its application; true when it has it or its application agreed.
+  [[nodiscard]] bool grab(const AtspiElement::Parts& object);
+
+  /// Whether an object of GTK 4, which refuses to give anything the focus, gets it by a click that
+  /// does nothing else: a field for text.
+  [[nodiscard]] bool isGrabbedByClick(const AtspiFacts& facts);
+
+  /// Waits until an object reports the focus, for one messaging time-out; false when it does not.
+  [[nodiscard]] bool await(const AtspiElement::Parts& object);
+
+  /// Whether keys go to the object's window, as the X server says now.
+  [[nodiscard]] bool isInKeyWindow(const AtspiElement::Parts& object);
+
+  /// Posts a key's press and release while keys go to the object's window; false when they do not,
+  /// and when either event cannot be made. Needs `input`.
+  [[nodiscard]] bool postKey(const AtspiElement::Parts& object, EventSource* source,
+                             const InputEvent& down, const InputEvent& up);
+
+ private:
+  using Parts = AtspiElement::Parts;
+
+  [[nodiscard]] bool click(const Parts& object);
+  [[nodiscard]] bool postPair(EventSource* source, Pid receiver, const InputEvent& down,
+                              const InputEvent& up);
+
+  AtspiReader& reader_;
+  TreeRelations& relations_;
+  HitTest& hitTest_;
+  AtspiDebts& debts_;
+  InputEvents* input_;
+};
+
+}  // namespace tarqo::lnx
