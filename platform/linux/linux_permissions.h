@@ -30,7 +30,7 @@ class LinuxPermissions final : public Permissions {
   [[nodiscard]] bool busAnswers();
 
   capture::LinuxScreenCapture& capture_;
-  AtspiBus bus_;
+  atspi::Bus bus_;
   int switchedOnIn_ = -1;  ///< The bus connection in whose time the switch was seen to be on.
 };
 

@@ -5,7 +5,7 @@
 #include "platform/linux/apps/linux_processes.h"
 #include "platform/linux/apps/linux_workspace.h"
 #include "platform/linux/atspi/linux_accessibility.h"
-#include "platform/linux/atspi/wire/events.h"
+#include "platform/linux/atspi/read/notifications.h"
 #include "platform/linux/capture/linux_screen_capture.h"
 #include "platform/linux/input/linux_input_events.h"
 #include "platform/linux/linux_clock.h"
@@ -36,9 +36,9 @@ class LinuxPlatform final : public Backend {
   apps::Applications applications_{display_, clock_};
   x11::DisplayWindowLocator locator_{display_};
   LinuxMainLoop mainLoop_;
-  AtspiEvents events_{mainLoop_};
+  atspi::Notifications notifications_{mainLoop_};
   input::LinuxInputEvents inputEvents_{display_, clock_};
-  LinuxAccessibility accessibility_{locator_, events_, &inputEvents_};
+  atspi::LinuxAccessibility accessibility_{locator_, notifications_, &inputEvents_};
   apps::LinuxWorkspace workspace_{applications_};
   apps::LinuxBundles bundles_{applications_, clock_};
   apps::LinuxProcesses processes_;

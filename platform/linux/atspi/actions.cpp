@@ -1,9 +1,11 @@
 #include "platform/linux/atspi/actions.h"
 
+#include "platform/linux/atspi/translate/attributes.h"
+
 #include <algorithm>
 #include <charconv>
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::atspi {
 namespace {
 
 /// The number that a text is, whole; none when it is more or less than one.
@@ -18,52 +20,52 @@ std::optional<double> numberIn(const std::string& text) {
 
 }  // namespace
 
-std::vector<std::string> Actions::namesOf(const Parts& object) {
-  const FactsPtr facts = reader_.learn(object, Fact::kind | Fact::actions);
-  if (!facts) {
+std::vector<std::string> Actions::namesOf(const ObjectHandle& object) {
+  const PropertiesPtr properties = reader_.read(object, Property::basics | Property::actions);
+  if (!properties) {
     return {};
   }
-  return axActionNames(attributes_.viewOf(object, *facts));
+  return axActionNames(attributes_.viewOf(object, *properties));
 }
 
-Performed Actions::perform(const Parts& object, std::string_view action) {
+Performed Actions::perform(const ObjectHandle& object, std::string_view action) {
   const Instant deadline = std::chrono::steady_clock::now() + 2 * object.timeout;
   if (action == "AXRaise") {
     const std::optional<WindowNumber> window = windowNumber(object);
     return window && reader_.locator().raise(*window) ? Performed::taken : Performed::refused;
   }
-  const FactsPtr facts = reader_.learn(object, Fact::kind | Fact::actions);
-  if (!facts) {
+  const PropertiesPtr properties = reader_.read(object, Property::basics | Property::actions);
+  if (!properties) {
     return Performed::refused;
   }
-  const std::optional<int> index = actionIndex(attributes_.viewOf(object, *facts), action);
+  const std::optional<int> index = actionIndex(attributes_.viewOf(object, *properties), action);
   if (!index) {
     return Performed::refused;
   }
   const auto writeIndex = [&index](sd_bus_message* request) {
     sd_bus_message_append(request, "i", *index);
   };
-  return debts_.perform(object, reader_.toolkitOf(object),
-                        {{kAction, "DoAction"}, writeIndex, true}, deadline);
+  return pending_.perform(object, reader_.toolkitOf(object),
+                          {{kAction, "DoAction"}, writeIndex, true}, deadline);
 }
 
-bool Actions::isSettable(const Parts& object, std::string_view name) {
-  const FactsPtr facts = reader_.learn(object, Fact::kind);
-  if (!facts) {
+bool Actions::isSettable(const ObjectHandle& object, std::string_view name) {
+  const PropertiesPtr properties = reader_.read(object, Property::basics);
+  if (!properties) {
     return false;
   }
-  if (isWindow(object, *facts) && (name == "AXMinimized" || name == "AXMain")) {
+  if (isWindow(object, *properties) && (name == "AXMinimized" || name == "AXMain")) {
     return true;
   }
   if (name == "AXFocused") {
-    return facts->has(AtspiState::focusable) && facts->has(AtspiInterface::component) &&
-           (reader_.toolkitOf(object) != Toolkit::gtk4 || focus_.isGrabbedByClick(*facts));
+    return properties->has(State::focusable) && properties->has(Interface::component) &&
+           (reader_.toolkitOf(object) != Toolkit::gtk4 || focus_.isGrabbedByClick(*properties));
   }
-  return name == "AXValue" && (hasSettableValue(attributes_.viewOf(object, *facts)) ||
-                               typing_.isNeededFor(object, *facts));
+  return name == "AXValue" && (hasSettableValue(attributes_.viewOf(object, *properties)) ||
+                               typing_.isNeededFor(object, *properties));
 }
 
-bool Actions::set(const Parts& object, std::string_view name, const Value& value) {
+bool Actions::set(const ObjectHandle& object, std::string_view name, const Value& value) {
   const bool* truth = value.as<bool>();
   if (name == "AXValue") {
     if (const std::string* text = value.as<std::string>()) {
@@ -88,34 +90,34 @@ bool Actions::set(const Parts& object, std::string_view name, const Value& value
   return name == "AXMain" && *truth && reader_.locator().raise(*window);
 }
 
-bool Actions::setText(const Parts& object, const std::string& text) {
-  const FactsPtr facts = reader_.learn(object, Fact::kind);
-  if (!facts) {
+bool Actions::setText(const ObjectHandle& object, const std::string& text) {
+  const PropertiesPtr properties = reader_.read(object, Property::basics);
+  if (!properties) {
     return false;
   }
-  if (facts->is(AtspiRole::spinButton) && !facts->has(AtspiInterface::editableText)) {
+  if (properties->is(Role::spinButton) && !properties->has(Interface::editableText)) {
     const std::optional<double> number = numberIn(text);
     return number && setNumber(object, *number);
   }
-  if (typing_.isNeededFor(object, *facts)) {
+  if (typing_.isNeededFor(object, *properties)) {
     return typing_.typeOver(object, text);
   }
   const auto writeText = [&text](sd_bus_message* request) {
     sd_bus_message_append(request, "s", text.c_str());
   };
-  return debts_.isAccepted(object, reader_.toolkitOf(object),
-                           {{kEditableText, "SetTextContents"}, writeText, false});
+  return pending_.isAccepted(object, reader_.toolkitOf(object),
+                             {{kEditableText, "SetTextContents"}, writeText, false});
 }
 
-bool Actions::setNumber(const Parts& object, double number) {
+bool Actions::setNumber(const ObjectHandle& object, double number) {
   const auto writeNumber = [number](sd_bus_message* request) {
     sd_bus_message_append(request, "ssv", kValue, "CurrentValue", "d", number);
   };
-  return debts_.isAccepted(object, reader_.toolkitOf(object),
-                           {{"org.freedesktop.DBus.Properties", "Set"}, writeNumber, false});
+  return pending_.isAccepted(object, reader_.toolkitOf(object),
+                             {{"org.freedesktop.DBus.Properties", "Set"}, writeNumber, false});
 }
 
-std::optional<WindowNumber> Actions::windowNumber(const Parts& window) {
+std::optional<WindowNumber> Actions::windowNumber(const ObjectHandle& window) {
   const std::vector<Toplevel>& all = reader_.windowsOf(window.pid, window.timeout).toplevels;
   const auto found = std::ranges::find(all, window.ref, &Toplevel::ref);
   if (found == all.end() || !found->window) {
@@ -124,4 +126,4 @@ std::optional<WindowNumber> Actions::windowNumber(const Parts& window) {
   return found->window->number;
 }
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::atspi

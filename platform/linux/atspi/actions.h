@@ -13,43 +13,44 @@
 #include "platform/linux/atspi/keyboard_focus.h"
 #include "platform/linux/atspi/object_attributes.h"
 #include "platform/linux/atspi/pending_actions.h"
-#include "platform/linux/atspi/read/element.h"
 #include "platform/linux/atspi/read/reader.h"
+#include "platform/linux/atspi/wire/object_handle.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::atspi {
 
 class Actions {
  public:
   /// All are kept and outlive this.
-  Actions(AtspiReader& reader, ObjectAttributes& attributes, AtspiDebts& debts,
+  Actions(Reader& reader, ObjectAttributes& attributes, PendingActions& pending,
           KeyboardFocus& focus, FieldTyping& typing)
-      : reader_(reader), attributes_(attributes), debts_(debts), focus_(focus), typing_(typing) {}
+      : reader_(reader),
+        attributes_(attributes),
+        pending_(pending),
+        focus_(focus),
+        typing_(typing) {}
 
   /// The names of the actions that an object offers; empty when it does not answer.
-  [[nodiscard]] std::vector<std::string> namesOf(const AtspiElement::Parts& object);
+  [[nodiscard]] std::vector<std::string> namesOf(const ObjectHandle& object);
 
   /// As `Accessibility::perform`, for an object.
-  [[nodiscard]] Performed perform(const AtspiElement::Parts& object, std::string_view action);
+  [[nodiscard]] Performed perform(const ObjectHandle& object, std::string_view action);
 
   /// As `Accessibility::isSettable`, for an object.
-  [[nodiscard]] bool isSettable(const AtspiElement::Parts& object, std::string_view name);
+  [[nodiscard]] bool isSettable(const ObjectHandle& object, std::string_view name);
 
   /// As `Accessibility::set`, for an object.
-  [[nodiscard]] bool set(const AtspiElement::Parts& object, std::string_view name,
-                         const Value& value);
+  [[nodiscard]] bool set(const ObjectHandle& object, std::string_view name, const Value& value);
 
  private:
-  using Parts = AtspiElement::Parts;
+  [[nodiscard]] bool setText(const ObjectHandle& object, const std::string& text);
+  [[nodiscard]] bool setNumber(const ObjectHandle& object, double number);
+  [[nodiscard]] std::optional<WindowNumber> windowNumber(const ObjectHandle& window);
 
-  [[nodiscard]] bool setText(const Parts& object, const std::string& text);
-  [[nodiscard]] bool setNumber(const Parts& object, double number);
-  [[nodiscard]] std::optional<WindowNumber> windowNumber(const Parts& window);
-
-  AtspiReader& reader_;
+  Reader& reader_;
   ObjectAttributes& attributes_;
-  AtspiDebts& debts_;
+  PendingActions& pending_;
   KeyboardFocus& focus_;
   FieldTyping& typing_;
 };
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::atspi

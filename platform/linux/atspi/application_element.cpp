@@ -3,9 +3,9 @@
 #include <algorithm>
 
 #include "platform/linux/atspi/read/search.h"
-#include "platform/linux/atspi/translate/translate.h"
+#include "platform/linux/atspi/translate/visibility.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::atspi {
 namespace {
 
 /// A menu bar lies a few containers below its window, among few objects. Pages and documents, which
@@ -24,7 +24,7 @@ bool isOnlyRegistered(const Toplevel& toplevel) {
 
 }  // namespace
 
-std::optional<Value> ApplicationElement::attribute(const Parts& application,
+std::optional<Value> ApplicationElement::attribute(const ObjectHandle& application,
                                                    std::string_view name) {
   const auto asValue = [](std::optional<Element> element) {
     return element ? std::optional(Value{*std::move(element)}) : std::nullopt;
@@ -58,19 +58,21 @@ std::optional<Value> ApplicationElement::attribute(const Parts& application,
     return Value{std::ranges::any_of(windows, &LocatedWindow::active)};
   }
   if (name == "AXTitle") {
-    for (const AtspiApp& app : reader_.applications().of(application.pid, application.timeout)) {
-      Parts root = application;
-      root.kind = AtspiElement::Kind::object;
+    for (const Registration& app :
+         reader_.registry().registrationsOf(application.pid, application.timeout)) {
+      ObjectHandle root = application;
+      root.kind = ObjectHandle::Kind::object;
       root.ref = app.root;
-      if (const FactsPtr facts = reader_.learn(root, Fact::name); facts && !facts->name.empty()) {
-        return Value{facts->name};
+      if (const PropertiesPtr properties = reader_.read(root, Property::name);
+          properties && !properties->name.empty()) {
+        return Value{properties->name};
       }
     }
   }
   return std::nullopt;
 }
 
-std::vector<Element> ApplicationElement::windowsOf(const Parts& application) {
+std::vector<Element> ApplicationElement::windowsOf(const ObjectHandle& application) {
   std::vector<Element> result;
   for (const Toplevel& toplevel :
        reader_.windowsOf(application.pid, application.timeout).toplevels) {
@@ -84,7 +86,7 @@ std::vector<Element> ApplicationElement::windowsOf(const Parts& application) {
   return result;
 }
 
-std::optional<Element> ApplicationElement::focusedWindow(const Parts& application) {
+std::optional<Element> ApplicationElement::focusedWindow(const ObjectHandle& application) {
   const std::vector<Toplevel>& all =
       reader_.windowsOf(application.pid, application.timeout).toplevels;
   const auto make = [&application](const Toplevel& toplevel) {
@@ -104,58 +106,58 @@ std::optional<Element> ApplicationElement::focusedWindow(const Parts& applicatio
   return front == all.end() ? std::nullopt : std::optional(make(*front));
 }
 
-std::optional<Element> ApplicationElement::focusedElement(const Parts& application) {
+std::optional<Element> ApplicationElement::focusedElement(const ObjectHandle& application) {
   const std::optional<Element> window = focusedWindow(application);
   if (!window) {
     return std::nullopt;
   }
-  const Parts& top = atspiElement(*window)->parts();
+  const ObjectHandle& top = *handleOf(*window);
   // What announced the focus last usually still has it.
-  if (const std::optional<AtspiRef> last = events_.lastFocus(application.pid)) {
-    Parts object = top;
+  if (const std::optional<Ref> last = notifications_.lastFocus(application.pid)) {
+    ObjectHandle object = top;
     object.ref = *last;
-    const FactsPtr facts = reader_.learn(object, Fact::kind);
-    if (facts && hasFocus(*facts, reader_.toolkitOf(object)) &&
-        isShowing(*facts, reader_.toolkitOf(object))) {
+    const PropertiesPtr properties = reader_.read(object, Property::basics);
+    if (properties && hasFocus(*properties, reader_.toolkitOf(object)) &&
+        isShowing(*properties, reader_.toolkitOf(object))) {
       const std::optional<Toplevel> its =
           reader_.toplevelOf({.pid = top.pid, .timeout = top.timeout, .ref = *last});
       if (its && its->ref == top.ref) {
-        return makeElement(relations_.asMet(std::move(object)));
+        return makeElement(relations_.withMenuPlace(std::move(object)));
       }
     }
   }
-  if (const std::optional<AtspiRef> found = focusedBelow(top)) {
-    Parts object = top;
+  if (const std::optional<Ref> found = focusedBelow(top)) {
+    ObjectHandle object = top;
     object.ref = *found;
-    return makeElement(relations_.asMet(std::move(object)));
+    return makeElement(relations_.withMenuPlace(std::move(object)));
   }
   return std::nullopt;
 }
 
-std::optional<AtspiRef> ApplicationElement::focusedBelow(const Parts& window) {
+std::optional<Ref> ApplicationElement::focusedBelow(const ObjectHandle& window) {
   const Toolkit toolkit = reader_.toolkitOf(window);
-  std::optional<AtspiRef> found;
-  searchBelow(reader_, window, Fact::kind, kFocusSearch,
-              [&](const Parts& object, const AtspiFacts& facts) {
-                if (!isShowing(facts, toolkit)) {
+  std::optional<Ref> found;
+  searchBelow(reader_, window, Property::basics, kFocusSearch,
+              [&](const ObjectHandle& object, const Properties& properties) {
+                if (!isShowing(properties, toolkit)) {
                   return Visit::skip;
                 }
                 // The deepest one counts: pages say "focused" of themselves and of what is in them.
-                if (hasFocus(facts, toolkit)) {
+                if (hasFocus(properties, toolkit)) {
                   found = object.ref;
                 }
-                return facts.has(AtspiState::managesDescendants) ? Visit::skip : Visit::descend;
+                return properties.has(State::managesDescendants) ? Visit::skip : Visit::descend;
               });
   return found;
 }
 
-std::optional<Element> ApplicationElement::menuBar(const Parts& application) {
+std::optional<Element> ApplicationElement::menuBar(const ObjectHandle& application) {
   const std::optional<Element> window = focusedWindow(application);
   if (!window) {
     return std::nullopt;
   }
-  Parts bar = atspiElement(*window)->parts();
-  const std::optional<AtspiRef> found = menuBarBelow(bar);
+  ObjectHandle bar = *handleOf(*window);
+  const std::optional<Ref> found = menuBarBelow(bar);
   if (!found) {
     return std::nullopt;
   }
@@ -164,21 +166,22 @@ std::optional<Element> ApplicationElement::menuBar(const Parts& application) {
   return makeElement(std::move(bar));
 }
 
-std::optional<AtspiRef> ApplicationElement::menuBarBelow(const Parts& window) {
-  std::optional<AtspiRef> found;
-  searchBelow(reader_, window, Fact::kind, kMenuBarSearch,
-              [&found](const Parts& object, const AtspiFacts& facts) {
-                if (facts.is(AtspiRole::menuBar) && !found) {
+std::optional<Ref> ApplicationElement::menuBarBelow(const ObjectHandle& window) {
+  std::optional<Ref> found;
+  searchBelow(reader_, window, Property::basics, kMenuBarSearch,
+              [&found](const ObjectHandle& object, const Properties& properties) {
+                if (properties.is(Role::menuBar) && !found) {
                   found = object.ref;
                 }
-                const bool holdsMany = facts.is(AtspiRole::documentWeb) ||
-                                       (facts.children && facts.children->size() > kMenuBarBreadth);
+                const bool holdsMany =
+                    properties.is(Role::documentWeb) ||
+                    (properties.children && properties.children->size() > kMenuBarBreadth);
                 return found || holdsMany ? Visit::skip : Visit::descend;
               });
   return found;
 }
 
-std::optional<Value> ApplicationElement::windowAttribute(const Parts& window,
+std::optional<Value> ApplicationElement::windowAttribute(const ObjectHandle& window,
                                                          std::string_view name) {
   if (name == "AXDocument") {
     std::optional<std::string> document = documentOf(window);
@@ -189,7 +192,7 @@ std::optional<Value> ApplicationElement::windowAttribute(const Parts& window,
   if (!ofWindow) {
     return std::nullopt;
   }
-  Parts self = window;
+  ObjectHandle self = window;
   self.window = window.ref;
   const std::optional<Toplevel> top = reader_.toplevelOf(self);
   if (!top || !top->window) {
@@ -208,24 +211,24 @@ std::optional<Value> ApplicationElement::windowAttribute(const Parts& window,
   return Value{located.active};
 }
 
-std::optional<std::string> ApplicationElement::documentOf(const Parts& window) {
-  std::vector<AtspiRef> embedded;
-  reader_.ask(window, [&](AtspiBatch& batch) {
+std::optional<std::string> ApplicationElement::documentOf(const ObjectHandle& window) {
+  std::vector<Ref> embedded;
+  reader_.request(window, [&](Batch& batch) {
     batch.call(window.ref, kAccessible, "GetRelationSet", [&embedded](Reply reply) {
       if (reply.ok) {
         embedded = readRelation(reply.message, kRelationEmbeds);
       }
     });
   });
-  for (const AtspiRef& ref : embedded) {
-    Parts document = window;
+  for (const Ref& ref : embedded) {
+    ObjectHandle document = window;
     document.ref = ref;
-    const FactsPtr facts = reader_.learn(document, Fact::address);
-    if (facts && !facts->address.empty()) {
-      return facts->address;
+    const PropertiesPtr properties = reader_.read(document, Property::address);
+    if (properties && !properties->address.empty()) {
+      return properties->address;
     }
   }
   return std::nullopt;
 }
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::atspi

@@ -10,44 +10,42 @@
 #include <vector>
 
 #include "platform/accessibility.h"
-#include "platform/linux/atspi/read/element.h"
+#include "platform/linux/atspi/read/notifications.h"
 #include "platform/linux/atspi/read/reader.h"
 #include "platform/linux/atspi/tree_relations.h"
-#include "platform/linux/atspi/wire/events.h"
+#include "platform/linux/atspi/wire/object_handle.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::atspi {
 
 class ApplicationElement {
  public:
   /// All are kept and outlive this.
-  ApplicationElement(AtspiReader& reader, AtspiEvents& events, TreeRelations& relations)
-      : reader_(reader), events_(events), relations_(relations) {}
+  ApplicationElement(Reader& reader, Notifications& notifications, TreeRelations& relations)
+      : reader_(reader), notifications_(notifications), relations_(relations) {}
 
   /// An attribute of an application element; empty when it has none of that name.
-  [[nodiscard]] std::optional<Value> attribute(const AtspiElement::Parts& application,
+  [[nodiscard]] std::optional<Value> attribute(const ObjectHandle& application,
                                                std::string_view name);
 
   /// An attribute of a window that the X server knows, or the document the window shows; empty for
   /// all other attributes, and for a window that the X server does not show.
-  [[nodiscard]] std::optional<Value> windowAttribute(const AtspiElement::Parts& window,
+  [[nodiscard]] std::optional<Value> windowAttribute(const ObjectHandle& window,
                                                      std::string_view name);
 
   /// The menu bar inside a window; empty when there is none among its first objects.
-  [[nodiscard]] std::optional<AtspiRef> menuBarBelow(const AtspiElement::Parts& window);
+  [[nodiscard]] std::optional<Ref> menuBarBelow(const ObjectHandle& window);
 
  private:
-  using Parts = AtspiElement::Parts;
+  [[nodiscard]] std::vector<Element> windowsOf(const ObjectHandle& application);
+  [[nodiscard]] std::optional<Element> focusedWindow(const ObjectHandle& application);
+  [[nodiscard]] std::optional<Element> focusedElement(const ObjectHandle& application);
+  [[nodiscard]] std::optional<Ref> focusedBelow(const ObjectHandle& window);
+  [[nodiscard]] std::optional<Element> menuBar(const ObjectHandle& application);
+  [[nodiscard]] std::optional<std::string> documentOf(const ObjectHandle& window);
 
-  [[nodiscard]] std::vector<Element> windowsOf(const Parts& application);
-  [[nodiscard]] std::optional<Element> focusedWindow(const Parts& application);
-  [[nodiscard]] std::optional<Element> focusedElement(const Parts& application);
-  [[nodiscard]] std::optional<AtspiRef> focusedBelow(const Parts& window);
-  [[nodiscard]] std::optional<Element> menuBar(const Parts& application);
-  [[nodiscard]] std::optional<std::string> documentOf(const Parts& window);
-
-  AtspiReader& reader_;
-  AtspiEvents& events_;
+  Reader& reader_;
+  Notifications& notifications_;
   TreeRelations& relations_;
 };
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::atspi

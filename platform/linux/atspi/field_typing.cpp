@@ -5,7 +5,7 @@
 
 #include "platform/unicode.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::atspi {
 namespace {
 
 constexpr auto kPoll = std::chrono::milliseconds(10);
@@ -32,18 +32,18 @@ std::int32_t charactersIn(const std::string& text) {
 
 }  // namespace
 
-bool FieldTyping::isNeededFor(const Parts& object, const AtspiFacts& facts) {
-  return keyboard_ != nullptr && facts.has(AtspiState::editable) &&
-         facts.has(AtspiState::focusable) && facts.has(AtspiInterface::text) &&
-         !facts.has(AtspiInterface::editableText) && reader_.toolkitOf(object) == Toolkit::chromium;
+bool FieldTyping::isNeededFor(const ObjectHandle& object, const Properties& properties) {
+  return keyboard_ != nullptr && properties.has(State::editable) &&
+         properties.has(State::focusable) && properties.has(Interface::text) &&
+         !properties.has(Interface::editableText) && reader_.toolkitOf(object) == Toolkit::chromium;
 }
 
-bool FieldTyping::typeOver(const Parts& object, const std::string& text) {
+bool FieldTyping::typeOver(const ObjectHandle& object, const std::string& text) {
   const std::optional<Toplevel> top = reader_.toplevelOf(object);
   if (!top) {
     return false;
   }
-  Parts field = object;
+  ObjectHandle field = object;
   field.window = top->ref;  // Known once, so that no key waits for the way up to it.
   if (!focus_.isInKeyWindow(field) || !focus_.grab(field) || !focus_.await(field)) {
     return false;
@@ -53,7 +53,7 @@ bool FieldTyping::typeOver(const Parts& object, const std::string& text) {
          awaitContent(field, text, *before);
 }
 
-bool FieldTyping::typeKeys(const Parts& field, const std::string& text) {
+bool FieldTyping::typeKeys(const ObjectHandle& field, const std::string& text) {
   const std::unique_ptr<EventSource> source = keyboard_->makeSource(text);
   bool typed = true;
   const auto press = [&](const InputEvent& down, const InputEvent& up) {
@@ -72,27 +72,27 @@ bool FieldTyping::typeKeys(const Parts& field, const std::string& text) {
   return typed;
 }
 
-std::optional<FieldTyping::Content> FieldTyping::contentOf(const Parts& object) {
-  const FactsPtr facts = reader_.learn(object, Fact::value);
+std::optional<FieldTyping::Content> FieldTyping::contentOf(const ObjectHandle& object) {
+  const PropertiesPtr properties = reader_.read(object, Property::value);
   std::optional<int> count;
-  reader_.ask(object, [&](AtspiBatch& batch) {
+  reader_.request(object, [&](Batch& batch) {
     batch.property(object.ref, kText, "CharacterCount", [&](const Reply& reply) {
       count = reply.ok ? readVariantInt(reply.message) : std::nullopt;
     });
   });
-  if (!facts || !facts->text || !count) {
+  if (!properties || !properties->text || !count) {
     return std::nullopt;
   }
-  return Content{*facts->text, *count};
+  return Content{*properties->text, *count};
 }
 
 /// The page learns of a selection on another way than of keys, so one that it has not told back may
 /// come too late. The shortcut for it stays in order.
-bool FieldTyping::selectAll(const Parts& object, std::int32_t characters) {
+bool FieldTyping::selectAll(const ObjectHandle& object, std::int32_t characters) {
   if (characters == 0) {
     return true;
   }
-  reader_.ask(object, [&](AtspiBatch& batch) {
+  reader_.request(object, [&](Batch& batch) {
     Message message = batch.make(object.ref, kText, "SetSelection");
     if (message) {
       sd_bus_message_append(message.get(), "iii", 0, 0, characters);
@@ -111,9 +111,9 @@ bool FieldTyping::selectAll(const Parts& object, std::int32_t characters) {
 }
 
 /// Whether the first so many characters are selected.
-bool FieldTyping::selects(const Parts& object, std::int32_t characters) {
+bool FieldTyping::selects(const ObjectHandle& object, std::int32_t characters) {
   bool selected = false;
-  reader_.ask(object, [&](AtspiBatch& batch) {
+  reader_.request(object, [&](Batch& batch) {
     Message message = batch.make(object.ref, kText, "GetSelection");
     if (message) {
       sd_bus_message_append(message.get(), "i", 0);
@@ -131,7 +131,7 @@ bool FieldTyping::selects(const Parts& object, std::int32_t characters) {
 /// Whether the text arrived. A page may change what is typed (a telephone number gets its blanks),
 /// so anything but what was there before is taken for it in the end. Where that was too long to be
 /// read whole, what has stayed of it shows by the length alone.
-bool FieldTyping::awaitContent(const Parts& object, const std::string& text,
+bool FieldTyping::awaitContent(const ObjectHandle& object, const std::string& text,
                                const Content& before) {
   const Instant deadline = std::chrono::steady_clock::now() + kArrival;
   std::optional<Content> now = contentOf(object);
@@ -147,4 +147,4 @@ bool FieldTyping::awaitContent(const Parts& object, const std::string& text,
   return now->text != before.text && !(wasCut && isTooLong);
 }
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::atspi

@@ -10,42 +10,40 @@
 #include "platform/accessibility.h"
 #include "platform/input_events.h"
 #include "platform/linux/atspi/keyboard_focus.h"
-#include "platform/linux/atspi/read/element.h"
 #include "platform/linux/atspi/read/reader.h"
+#include "platform/linux/atspi/wire/object_handle.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::atspi {
 
 class FieldTyping {
  public:
   /// All are kept and outlive this. Without a keyboard no field is typed into.
-  FieldTyping(AtspiReader& reader, KeyboardFocus& focus, InputEvents* keyboard)
+  FieldTyping(Reader& reader, KeyboardFocus& focus, InputEvents* keyboard)
       : reader_(reader), focus_(focus), keyboard_(keyboard) {}
 
   /// Whether the value of such an object can be set by typing, and by nothing else.
-  [[nodiscard]] bool isNeededFor(const AtspiElement::Parts& object, const AtspiFacts& facts);
+  [[nodiscard]] bool isNeededFor(const ObjectHandle& object, const Properties& properties);
 
   /// Replaces the text of a field by typing over it; true when the text arrived. Types only while
   /// the field's window receives keys and the field has the focus in it. Waits for every key.
-  [[nodiscard]] bool typeOver(const AtspiElement::Parts& object, const std::string& text);
+  [[nodiscard]] bool typeOver(const ObjectHandle& object, const std::string& text);
 
  private:
-  using Parts = AtspiElement::Parts;
-
   struct Content {
     std::string text;             ///< Its beginning, where it is long.
     std::int32_t characters = 0;  ///< Of all of it.
   };
 
-  [[nodiscard]] bool typeKeys(const Parts& field, const std::string& text);
-  [[nodiscard]] std::optional<Content> contentOf(const Parts& object);
-  [[nodiscard]] bool selectAll(const Parts& object, std::int32_t characters);
-  [[nodiscard]] bool selects(const Parts& object, std::int32_t characters);
-  [[nodiscard]] bool awaitContent(const Parts& object, const std::string& text,
+  [[nodiscard]] bool typeKeys(const ObjectHandle& field, const std::string& text);
+  [[nodiscard]] std::optional<Content> contentOf(const ObjectHandle& object);
+  [[nodiscard]] bool selectAll(const ObjectHandle& object, std::int32_t characters);
+  [[nodiscard]] bool selects(const ObjectHandle& object, std::int32_t characters);
+  [[nodiscard]] bool awaitContent(const ObjectHandle& object, const std::string& text,
                                   const Content& before);
 
-  AtspiReader& reader_;
+  Reader& reader_;
   KeyboardFocus& focus_;
   InputEvents* keyboard_;
 };
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::atspi

@@ -4,9 +4,9 @@
 #include <thread>
 
 #include "platform/linux/atspi/read/search.h"
-#include "platform/linux/atspi/translate/translate.h"
+#include "platform/linux/atspi/translate/visibility.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::atspi {
 namespace {
 
 /// The deepest tree that a hit test follows.
@@ -23,9 +23,9 @@ constexpr Duration kPageAnswers = std::chrono::milliseconds(10);
 
 constexpr Duration kDefaultTimeout = std::chrono::milliseconds(300);
 
-bool isMenuPart(const AtspiFacts& facts) {
-  return isMenuEntryRole(facts.role) || facts.is(AtspiRole::menuBar) ||
-         facts.is(AtspiRole::popupMenu);
+bool isMenuPart(const Properties& properties) {
+  return isMenuEntryRole(properties.role) || properties.is(Role::menuBar) ||
+         properties.is(Role::popupMenu);
 }
 
 bool hasSizeOf(const Rect& extents, const LocatedWindow& popup) {
@@ -40,26 +40,26 @@ std::optional<Element> HitTest::elementAt(Point point) {
   if (!window || window->pid == 0) {
     return std::nullopt;
   }
-  for (const Parts& start : hitCandidates(*window, point)) {
-    Parts object = start;
-    const std::optional<AtspiRef> deepest = confirmedAt(start, point);
+  for (const ObjectHandle& start : hitCandidates(*window, point)) {
+    ObjectHandle object = start;
+    const std::optional<Ref> deepest = confirmedAt(start, point);
     if (!deepest) {
       return std::nullopt;
     }
     object.ref = *deepest;
-    if (reader_.learn(object, Fact::kind)) {
-      return makeElement(relations_.asMet(std::move(object)));
+    if (reader_.read(object, Property::basics)) {
+      return makeElement(relations_.withMenuPlace(std::move(object)));
     }
   }
   return std::nullopt;
 }
 
 /// The objects to start from: the window's own, or what shows itself in a popup.
-std::vector<AtspiElement::Parts> HitTest::hitCandidates(const LocatedWindow& window, Point point) {
-  std::vector<Parts> result;
+std::vector<ObjectHandle> HitTest::hitCandidates(const LocatedWindow& window, Point point) {
+  std::vector<ObjectHandle> result;
   const std::vector<Toplevel> all = reader_.windowsOf(window.pid, kDefaultTimeout).toplevels;
   const auto partsOf = [&window](const Toplevel& toplevel) {
-    return Parts{
+    return ObjectHandle{
         .pid = window.pid, .timeout = kDefaultTimeout, .ref = toplevel.ref, .window = toplevel.ref};
   };
   for (const Toplevel& toplevel : all) {
@@ -71,8 +71,8 @@ std::vector<AtspiElement::Parts> HitTest::hitCandidates(const LocatedWindow& win
     if (!window.overrideRedirect || !toplevel.window || toplevel.window->overrideRedirect) {
       continue;
     }
-    Parts top = partsOf(toplevel);
-    if (std::optional<AtspiRef> shown = popupObject(top, window, point)) {
+    ObjectHandle top = partsOf(toplevel);
+    if (std::optional<Ref> shown = popupObject(top, window, point)) {
       top.ref = *std::move(shown);
       result.push_back(std::move(top));
     }
@@ -82,38 +82,38 @@ std::vector<AtspiElement::Parts> HitTest::hitCandidates(const LocatedWindow& win
 
 /// What a popup without an object of its own at the top shows: an entry of an open menu (GTK 3,
 /// Qt), or the popover of its size (GTK 4).
-std::optional<AtspiRef> HitTest::popupObject(const Parts& top, const LocatedWindow& popup,
-                                             Point point) {
+std::optional<Ref> HitTest::popupObject(const ObjectHandle& top, const LocatedWindow& popup,
+                                        Point point) {
   const Toolkit toolkit = reader_.toolkitOf(top);
   const bool bySize = toolkit == Toolkit::gtk4;
-  std::vector<AtspiRef> starts{top.ref};
+  std::vector<Ref> starts{top.ref};
   if (!bySize) {
     starts = relations_.contextMenus(top);
-    if (const std::optional<AtspiRef> bar = application_.menuBarBelow(top)) {
+    if (const std::optional<Ref> bar = application_.menuBarBelow(top)) {
       starts.push_back(*bar);
     }
   }
-  for (AtspiRef& start : starts) {
-    Parts from = top;
+  for (Ref& start : starts) {
+    ObjectHandle from = top;
     from.ref = std::move(start);
-    if (std::optional<AtspiRef> found = shownInPopup(from, popup, point)) {
+    if (std::optional<Ref> found = shownInPopup(from, popup, point)) {
       return found;
     }
   }
   return std::nullopt;
 }
 
-std::optional<AtspiRef> HitTest::shownInPopup(const Parts& start, const LocatedWindow& popup,
-                                              Point point) {
+std::optional<Ref> HitTest::shownInPopup(const ObjectHandle& start, const LocatedWindow& popup,
+                                         Point point) {
   const Toolkit toolkit = reader_.toolkitOf(start);
   const bool bySize = toolkit == Toolkit::gtk4;
-  std::optional<AtspiRef> found;
-  searchBelow(reader_, start, Fact::kind | Fact::extents, kPopupSearch,
-              [&](const Parts& object, const AtspiFacts& facts) {
-                if (!isShowing(facts, toolkit) || (!bySize && !isMenuPart(facts))) {
+  std::optional<Ref> found;
+  searchBelow(reader_, start, Property::basics | Property::extents, kPopupSearch,
+              [&](const ObjectHandle& object, const Properties& properties) {
+                if (!isShowing(properties, toolkit) || (!bySize && !isMenuPart(properties))) {
                   return Visit::skip;
                 }
-                const std::optional<Rect> extents = plausible(facts.extents);
+                const std::optional<Rect> extents = plausible(properties.extents);
                 if (bySize && found) {
                   return Visit::skip;
                 }
@@ -128,8 +128,8 @@ std::optional<AtspiRef> HitTest::shownInPopup(const Parts& start, const LocatedW
 /// Chromium answers with what its page said last, as long as that place of the screen holds the
 /// point, and asks the page anew behind the answer. After the window has moved, the first answer is
 /// an object that lies elsewhere by now, and the right one comes a moment later.
-std::optional<AtspiRef> HitTest::confirmedAt(const Parts& start, Point point) {
-  std::optional<AtspiRef> found = deepestAt(start, point);
+std::optional<Ref> HitTest::confirmedAt(const ObjectHandle& start, Point point) {
+  std::optional<Ref> found = deepestAt(start, point);
   if (reader_.toolkitOf(start) != Toolkit::chromium) {
     return found;
   }
@@ -144,23 +144,23 @@ std::optional<AtspiRef> HitTest::confirmedAt(const Parts& start, Point point) {
   return found;
 }
 
-bool HitTest::liesAt(const Parts& start, const AtspiRef& ref, Point point) {
-  Parts object = start;
+bool HitTest::liesAt(const ObjectHandle& start, const Ref& ref, Point point) {
+  ObjectHandle object = start;
   object.ref = ref;
-  const FactsPtr facts = reader_.learn(object, Fact::extents);
-  const std::optional<Rect> extents = facts ? plausible(facts->extents) : std::nullopt;
+  const PropertiesPtr properties = reader_.read(object, Property::extents);
+  const std::optional<Rect> extents = properties ? plausible(properties->extents) : std::nullopt;
   return extents && extents->contains(point);
 }
 
 /// GTK 3 answers one level at a time, the other toolkits the deepest object at once; asking on
 /// until nothing deeper comes serves them all. None when that takes longer than the messaging
 /// time-out: a shallower object must not pass for the one under the pointer.
-std::optional<AtspiRef> HitTest::deepestAt(const Parts& start, Point point) {
-  Parts at = start;
+std::optional<Ref> HitTest::deepestAt(const ObjectHandle& start, Point point) {
+  ObjectHandle at = start;
   const Instant end = std::chrono::steady_clock::now() + start.timeout;
-  std::vector<AtspiRef> seen{start.ref};
+  std::vector<Ref> seen{start.ref};
   for (int depth = 0; depth < kMaxHitDepth; ++depth) {
-    std::optional<AtspiRef> next = childAt(at, point);
+    std::optional<Ref> next = childAt(at, point);
     if (!next) {
       next = placedChildAt(at, point);
     }
@@ -176,7 +176,7 @@ std::optional<AtspiRef> HitTest::deepestAt(const Parts& start, Point point) {
   return at.ref;
 }
 
-std::optional<AtspiRef> HitTest::childAt(const Parts& object, Point point) {
+std::optional<Ref> HitTest::childAt(const ObjectHandle& object, Point point) {
   Point local = point;
   std::uint32_t ofWindow = 0;
   if (reader_.toolkitOf(object) == Toolkit::gtk4) {
@@ -187,8 +187,8 @@ std::optional<AtspiRef> HitTest::childAt(const Parts& object, Point point) {
     local = {point.x - offset->x, point.y - offset->y};
     ofWindow = 1;
   }
-  std::optional<AtspiRef> found;
-  reader_.ask(object, [&](AtspiBatch& batch) {
+  std::optional<Ref> found;
+  reader_.request(object, [&](Batch& batch) {
     Message message = batch.make(object.ref, kComponent, "GetAccessibleAtPoint");
     if (message) {
       sd_bus_message_append(message.get(), "iiu", static_cast<std::int32_t>(local.x),
@@ -203,20 +203,20 @@ std::optional<AtspiRef> HitTest::childAt(const Parts& object, Point point) {
 /// The child whose place holds the point, where the toolkit's own answer stops short: GTK 4 points
 /// at parts of an entry that are no objects, and then says nothing; in GTK 3 the page of a tab
 /// hangs on the tab, far from where the tab is.
-std::optional<AtspiRef> HitTest::placedChildAt(const Parts& object, Point point) {
+std::optional<Ref> HitTest::placedChildAt(const ObjectHandle& object, Point point) {
   const Toolkit toolkit = reader_.toolkitOf(object);
-  const FactsPtr facts = reader_.learn(object, Fact::kind);
-  const bool stopsShort = toolkit == Toolkit::gtk4 ||
-                          (toolkit == Toolkit::gtk3 && facts && facts->is(AtspiRole::pageTabList));
+  const PropertiesPtr properties = reader_.read(object, Property::basics);
+  const bool stopsShort = toolkit == Toolkit::gtk4 || (toolkit == Toolkit::gtk3 && properties &&
+                                                       properties->is(Role::pageTabList));
   const std::optional<Point> offset = stopsShort ? relations_.offsetOf(object) : std::nullopt;
   if (!offset) {
     return std::nullopt;
   }
   const Point local{point.x - offset->x, point.y - offset->y};
-  std::optional<AtspiRef> found;
-  searchBelow(reader_, object, Fact::kind | Fact::extents, kPlacedSearch,
-              [&](const Parts& child, const AtspiFacts& its) {
-                if (its.is(AtspiRole::pageTab) && toolkit == Toolkit::gtk3) {
+  std::optional<Ref> found;
+  searchBelow(reader_, object, Property::basics | Property::extents, kPlacedSearch,
+              [&](const ObjectHandle& child, const Properties& its) {
+                if (its.is(Role::pageTab) && toolkit == Toolkit::gtk3) {
                   return Visit::descend;
                 }
                 const std::optional<Rect> extents = plausible(its.extents);
@@ -229,4 +229,4 @@ std::optional<AtspiRef> HitTest::placedChildAt(const Parts& object, Point point)
   return found;
 }
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::atspi

@@ -8,16 +8,16 @@
 
 #include "platform/accessibility.h"
 #include "platform/linux/atspi/application_element.h"
-#include "platform/linux/atspi/read/element.h"
 #include "platform/linux/atspi/read/reader.h"
 #include "platform/linux/atspi/tree_relations.h"
+#include "platform/linux/atspi/wire/object_handle.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::atspi {
 
 class HitTest {
  public:
   /// All are kept and outlive this.
-  HitTest(AtspiReader& reader, TreeRelations& relations, ApplicationElement& application)
+  HitTest(Reader& reader, TreeRelations& relations, ApplicationElement& application)
       : reader_(reader), relations_(relations), application_(application) {}
 
   /// The deepest object of whichever application at a point, in screen points. Looks anew where the
@@ -25,22 +25,20 @@ class HitTest {
   [[nodiscard]] std::optional<Element> elementAt(Point point);
 
  private:
-  using Parts = AtspiElement::Parts;
+  [[nodiscard]] std::vector<ObjectHandle> hitCandidates(const LocatedWindow& window, Point point);
+  [[nodiscard]] std::optional<Ref> popupObject(const ObjectHandle& top, const LocatedWindow& popup,
+                                               Point point);
+  [[nodiscard]] std::optional<Ref> shownInPopup(const ObjectHandle& start,
+                                                const LocatedWindow& popup, Point point);
+  [[nodiscard]] std::optional<Ref> confirmedAt(const ObjectHandle& start, Point point);
+  [[nodiscard]] bool liesAt(const ObjectHandle& start, const Ref& ref, Point point);
+  [[nodiscard]] std::optional<Ref> deepestAt(const ObjectHandle& start, Point point);
+  [[nodiscard]] std::optional<Ref> childAt(const ObjectHandle& object, Point point);
+  [[nodiscard]] std::optional<Ref> placedChildAt(const ObjectHandle& object, Point point);
 
-  [[nodiscard]] std::vector<Parts> hitCandidates(const LocatedWindow& window, Point point);
-  [[nodiscard]] std::optional<AtspiRef> popupObject(const Parts& top, const LocatedWindow& popup,
-                                                    Point point);
-  [[nodiscard]] std::optional<AtspiRef> shownInPopup(const Parts& start, const LocatedWindow& popup,
-                                                     Point point);
-  [[nodiscard]] std::optional<AtspiRef> confirmedAt(const Parts& start, Point point);
-  [[nodiscard]] bool liesAt(const Parts& start, const AtspiRef& ref, Point point);
-  [[nodiscard]] std::optional<AtspiRef> deepestAt(const Parts& start, Point point);
-  [[nodiscard]] std::optional<AtspiRef> childAt(const Parts& object, Point point);
-  [[nodiscard]] std::optional<AtspiRef> placedChildAt(const Parts& object, Point point);
-
-  AtspiReader& reader_;
+  Reader& reader_;
   TreeRelations& relations_;
   ApplicationElement& application_;
 };
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::atspi

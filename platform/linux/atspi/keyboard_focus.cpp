@@ -3,36 +3,36 @@
 #include <algorithm>
 #include <thread>
 
-#include "platform/linux/atspi/translate/translate.h"
+#include "platform/linux/atspi/translate/visibility.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::atspi {
 namespace {
 
 constexpr auto kFocusPoll = std::chrono::milliseconds(10);
 
 }  // namespace
 
-bool KeyboardFocus::grab(const Parts& object) {
-  const FactsPtr facts = reader_.learn(object, Fact::kind);
-  if (facts && hasFocus(*facts, reader_.toolkitOf(object))) {
+bool KeyboardFocus::grab(const ObjectHandle& object) {
+  const PropertiesPtr properties = reader_.read(object, Property::basics);
+  if (properties && hasFocus(*properties, reader_.toolkitOf(object))) {
     return true;  // A field of GTK 3 selects all its text whenever it is given the focus.
   }
   const Toolkit toolkit = reader_.toolkitOf(object);
-  return debts_.isAccepted(object, toolkit, {{kComponent, "GrabFocus"}, nullptr, false}) ||
+  return pending_.isAccepted(object, toolkit, {{kComponent, "GrabFocus"}, nullptr, false}) ||
          (reader_.toolkitOf(object) == Toolkit::gtk4 && click(object));
 }
 
-bool KeyboardFocus::click(const Parts& object) {
-  const FactsPtr facts = reader_.learn(object, Fact::kind | Fact::extents);
-  if (!facts || !isGrabbedByClick(*facts) || !isInKeyWindow(object)) {
+bool KeyboardFocus::click(const ObjectHandle& object) {
+  const PropertiesPtr properties = reader_.read(object, Property::basics | Property::extents);
+  if (!properties || !isGrabbedByClick(*properties) || !isInKeyWindow(object)) {
     return false;
   }
-  if (facts->has(AtspiState::focused)) {
+  if (properties->has(State::focused)) {
     return true;
   }
-  const std::optional<Rect> place = relations_.frameOf(object, *facts);
+  const std::optional<Rect> place = relations_.frameOf(object, *properties);
   const std::optional<Element> there = place ? hitTest_.elementAt(place->center()) : std::nullopt;
-  if (!there || atspiElement(*there)->parts().ref != object.ref) {
+  if (!there || handleOf(*there)->ref != object.ref) {
     return false;
   }
   const Point centre = place->center();
@@ -41,11 +41,11 @@ bool KeyboardFocus::click(const Parts& object) {
          await(object);
 }
 
-bool KeyboardFocus::isGrabbedByClick(const AtspiFacts& facts) {
-  return input_ != nullptr && facts.has(AtspiState::editable) && facts.has(AtspiInterface::text);
+bool KeyboardFocus::isGrabbedByClick(const Properties& properties) {
+  return input_ != nullptr && properties.has(State::editable) && properties.has(Interface::text);
 }
 
-bool KeyboardFocus::isInKeyWindow(const Parts& object) {
+bool KeyboardFocus::isInKeyWindow(const ObjectHandle& object) {
   // Not from the reader: what it knows of the windows is of when the call began.
   const std::optional<Toplevel> top = reader_.toplevelOf(object);
   if (!top || !top->window) {
@@ -56,7 +56,7 @@ bool KeyboardFocus::isInKeyWindow(const Parts& object) {
   });
 }
 
-bool KeyboardFocus::postKey(const Parts& object, EventSource* source, const InputEvent& down,
+bool KeyboardFocus::postKey(const ObjectHandle& object, EventSource* source, const InputEvent& down,
                             const InputEvent& up) {
   return isInKeyWindow(object) && postPair(source, object.pid, down, up);
 }
@@ -73,14 +73,14 @@ bool KeyboardFocus::postPair(EventSource* source, Pid receiver, const InputEvent
   return true;
 }
 
-bool KeyboardFocus::await(const Parts& object) {
+bool KeyboardFocus::await(const ObjectHandle& object) {
   const Instant deadline = std::chrono::steady_clock::now() + object.timeout;
   while (std::chrono::steady_clock::now() < deadline) {
-    const FactsPtr facts = reader_.learn(object, Fact::kind);
-    if (!facts) {
+    const PropertiesPtr properties = reader_.read(object, Property::basics);
+    if (!properties) {
       return false;
     }
-    if (facts->has(AtspiState::focused)) {
+    if (properties->has(State::focused)) {
       return true;
     }
     std::this_thread::sleep_for(kFocusPoll);
@@ -88,4 +88,4 @@ bool KeyboardFocus::await(const Parts& object) {
   return false;
 }
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::atspi

@@ -2,20 +2,20 @@
 
 #include <utility>
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::atspi {
 
-LinuxAccessibility::LinuxAccessibility(WindowLocator& locator, AtspiEvents& events,
+LinuxAccessibility::LinuxAccessibility(WindowLocator& locator, Notifications& notifications,
                                        InputEvents* keyboard)
-    : events_(events),
+    : notifications_(notifications),
       reader_(bus_, locator),
-      debts_(bus_),
-      relations_(reader_, events),
-      application_(reader_, events, relations_),
+      pending_(bus_),
+      relations_(reader_, notifications),
+      application_(reader_, notifications, relations_),
       attributes_(reader_, relations_, application_),
       hitTest_(reader_, relations_, application_),
-      focus_(reader_, relations_, hitTest_, debts_, keyboard),
+      focus_(reader_, relations_, hitTest_, pending_, keyboard),
       typing_(reader_, focus_, keyboard),
-      actions_(reader_, attributes_, debts_, focus_, typing_) {}
+      actions_(reader_, attributes_, pending_, focus_, typing_) {}
 
 Element LinuxAccessibility::application(Pid pid, Duration messagingTimeout) {
   return makeApplication(pid, messagingTimeout);
@@ -29,40 +29,40 @@ std::optional<Value> LinuxAccessibility::attribute(const Element& element, std::
 std::vector<std::optional<Value>> LinuxAccessibility::attributes(
     const Element& element, std::span<const std::string_view> names) {
   reader_.beginCall();
-  const AtspiElement* ours = atspiElement(element);
+  const ObjectHandle* ours = handleOf(element);
   if (ours == nullptr) {
     return {};
   }
   if (!ours->isApplication()) {
-    return attributes_.read(ours->parts(), names);
+    return attributes_.read(*ours, names);
   }
   std::vector<std::optional<Value>> values;
-  if (reader_.applications().of(ours->parts().pid, ours->parts().timeout).empty()) {
+  if (reader_.registry().registrationsOf(ours->pid, ours->timeout).empty()) {
     return values;
   }
   for (const std::string_view name : names) {
-    values.push_back(application_.attribute(ours->parts(), name));
+    values.push_back(application_.attribute(*ours, name));
   }
   return values;
 }
 
 std::vector<std::string> LinuxAccessibility::actionNames(const Element& element) {
-  const AtspiElement::Parts* object = beginCall(element);
+  const ObjectHandle* object = beginCall(element);
   return object == nullptr ? std::vector<std::string>() : actions_.namesOf(*object);
 }
 
 Performed LinuxAccessibility::perform(const Element& element, std::string_view action) {
-  const AtspiElement::Parts* object = beginCall(element);
+  const ObjectHandle* object = beginCall(element);
   return object == nullptr ? Performed::refused : actions_.perform(*object, action);
 }
 
-bool LinuxAccessibility::isEndangeredByKeys(Pid pid) { return debts_.isEndangeredByKeys(pid); }
+bool LinuxAccessibility::isEndangeredByKeys(Pid pid) { return pending_.isEndangeredByKeys(pid); }
 
 bool LinuxAccessibility::isSettable(const Element& element, std::string_view name) {
   if (isApplication(element)) {
     return name == "AXFrontmost";
   }
-  const AtspiElement::Parts* object = beginCall(element);
+  const ObjectHandle* object = beginCall(element);
   return object != nullptr && actions_.isSettable(*object, name);
 }
 
@@ -71,7 +71,7 @@ bool LinuxAccessibility::set(const Element& element, std::string_view name, cons
     // The window manager brings an application to the front, when its window is raised.
     return name == "AXFrontmost" && value.as<bool>() != nullptr;
   }
-  const AtspiElement::Parts* object = beginCall(element);
+  const ObjectHandle* object = beginCall(element);
   return object != nullptr && actions_.set(*object, name, value);
 }
 
@@ -80,29 +80,29 @@ std::optional<Element> LinuxAccessibility::elementAt(Point point) {
 }
 
 std::optional<Pid> LinuxAccessibility::pidOf(const Element& element) {
-  const AtspiElement* ours = atspiElement(element);
-  return ours == nullptr ? std::nullopt : std::optional(ours->parts().pid);
+  const ObjectHandle* ours = handleOf(element);
+  return ours == nullptr ? std::nullopt : std::optional(ours->pid);
 }
 
 std::unique_ptr<Observer> LinuxAccessibility::observe(Pid pid, NotificationCallback callback) {
-  return events_.observe(pid, std::move(callback));
+  return notifications_.observe(pid, std::move(callback));
 }
 
 std::unique_ptr<TreeRead> LinuxAccessibility::readTree(const Element& root,
                                                        const TreeReadLimits& limits) {
-  const AtspiElement::Parts* object = beginCall(root);
+  const ObjectHandle* object = beginCall(root);
   return object == nullptr ? nullptr : reader_.readTree(*object, limits);
 }
 
 bool LinuxAccessibility::isApplication(const Element& element) {
-  const AtspiElement* ours = atspiElement(element);
+  const ObjectHandle* ours = handleOf(element);
   return ours != nullptr && ours->isApplication();
 }
 
-const AtspiElement::Parts* LinuxAccessibility::beginCall(const Element& element) {
+const ObjectHandle* LinuxAccessibility::beginCall(const Element& element) {
   reader_.beginCall();
-  const AtspiElement* ours = atspiElement(element);
-  return ours == nullptr || ours->isApplication() ? nullptr : &ours->parts();
+  const ObjectHandle* ours = handleOf(element);
+  return ours == nullptr || ours->isApplication() ? nullptr : ours;
 }
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::atspi

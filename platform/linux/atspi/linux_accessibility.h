@@ -1,6 +1,6 @@
 // The accessibility service over AT-SPI: hands every call to the collaborator that it belongs to.
 //
-// Worker thread only, but for what `AtspiEvents` delivers. Nothing here ends the process or writes
+// Worker thread only, but for what `Events` delivers. Nothing here ends the process or writes
 // anywhere when the accessibility bus is missing or lost; the next call connects again.
 #pragma once
 
@@ -20,19 +20,20 @@
 #include "platform/linux/atspi/keyboard_focus.h"
 #include "platform/linux/atspi/object_attributes.h"
 #include "platform/linux/atspi/pending_actions.h"
-#include "platform/linux/atspi/read/element.h"
+#include "platform/linux/atspi/read/notifications.h"
 #include "platform/linux/atspi/read/reader.h"
 #include "platform/linux/atspi/tree_relations.h"
-#include "platform/linux/atspi/wire/events.h"
+#include "platform/linux/atspi/wire/object_handle.h"
 #include "platform/linux/x11/window_locator.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::atspi {
 
 class LinuxAccessibility final : public Accessibility {
  public:
   /// All are kept and outlive this. Chromium takes text from the keyboard alone, so without one the
   /// values of its fields cannot be set.
-  LinuxAccessibility(WindowLocator& locator, AtspiEvents& events, InputEvents* keyboard = nullptr);
+  LinuxAccessibility(WindowLocator& locator, Notifications& notifications,
+                     InputEvents* keyboard = nullptr);
 
   Element application(Pid pid, Duration messagingTimeout) override;
   std::optional<Value> attribute(const Element& element, std::string_view name) override;
@@ -52,12 +53,12 @@ class LinuxAccessibility final : public Accessibility {
   [[nodiscard]] static bool isApplication(const Element& element);
 
   /// What is known of an object; null for application elements and those of another backend.
-  [[nodiscard]] const AtspiElement::Parts* beginCall(const Element& element);
+  [[nodiscard]] const ObjectHandle* beginCall(const Element& element);
 
-  AtspiEvents& events_;
-  AtspiBus bus_;
-  AtspiReader reader_;
-  AtspiDebts debts_;
+  Notifications& notifications_;
+  Bus bus_;
+  Reader reader_;
+  PendingActions pending_;
   TreeRelations relations_;
   ApplicationElement application_;
   ObjectAttributes attributes_;
@@ -67,4 +68,4 @@ class LinuxAccessibility final : public Accessibility {
   Actions actions_;
 };
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::atspi

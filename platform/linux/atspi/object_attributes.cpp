@@ -1,34 +1,37 @@
 #include "platform/linux/atspi/object_attributes.h"
 
-namespace tarqo::lnx {
+#include "platform/linux/atspi/translate/attributes.h"
+#include "platform/linux/atspi/translate/visibility.h"
 
-std::vector<std::optional<Value>> ObjectAttributes::read(const Parts& object,
+namespace tarqo::lnx::atspi {
+
+std::vector<std::optional<Value>> ObjectAttributes::read(const ObjectHandle& object,
                                                          std::span<const std::string_view> names) {
-  FactSet wanted = Fact::kind;
+  PropertySet wanted = Property::basics;
   for (const std::string_view name : names) {
-    wanted.add(factsFor(name));
+    wanted.add(propertiesFor(name));
   }
-  reader_.reach(object);
-  const FactsPtr facts = reader_.learn(object, wanted);
-  if (!facts) {
-    return reader_.factsOfSilentWindow(object) ? silentWindow(object, names)
-                                               : std::vector<std::optional<Value>>();
+  reader_.readAheadFrom(object);
+  const PropertiesPtr properties = reader_.read(object, wanted);
+  if (!properties) {
+    return reader_.propertiesOfSilentWindow(object) ? silentWindow(object, names)
+                                                    : std::vector<std::optional<Value>>();
   }
   std::vector<std::optional<Value>> values;
   for (const std::string_view name : names) {
-    values.push_back(attribute(object, facts, name));
+    values.push_back(attribute(object, properties, name));
   }
   return values;
 }
 
-AtspiView ObjectAttributes::viewOf(const Parts& object, const AtspiFacts& facts) {
-  AtspiView view{facts, reader_.toolkitOf(object), object.facet, object.place, object.inMenuBar};
+View ObjectAttributes::viewOf(const ObjectHandle& object, const Properties& properties) {
+  View view{properties, reader_.toolkitOf(object), object.facet, object.place, object.inMenuBar};
   view.clip = object.clip;
   view.topLevel = object.isTopLevel();
-  if (!view.clip && mayBeScrolledAway(view) && facts.extents && !isWindow(view) &&
+  if (!view.clip && mayBeScrolledAway(view) && properties.extents && !isWindow(view) &&
       reader_.windowsOf(object.pid, object.timeout).popups.empty()) {
     if (const std::optional<Toplevel> top = reader_.toplevelOf(object)) {
-      view.clip = plausible(top->facts->extents);
+      view.clip = plausible(top->properties->extents);
     }
   }
   return view;
@@ -36,7 +39,7 @@ AtspiView ObjectAttributes::viewOf(const Parts& object, const AtspiFacts& facts)
 
 /// That a window is there, and where, the X server tells, whether or not the application answers.
 std::vector<std::optional<Value>> ObjectAttributes::silentWindow(
-    const Parts& window, std::span<const std::string_view> names) {
+    const ObjectHandle& window, std::span<const std::string_view> names) {
   std::vector<std::optional<Value>> values;
   for (const std::string_view name : names) {
     if (name == "AXRole") {
@@ -49,15 +52,16 @@ std::vector<std::optional<Value>> ObjectAttributes::silentWindow(
   return values;
 }
 
-std::optional<Value> ObjectAttributes::attribute(const Parts& object, const FactsPtr& facts,
+std::optional<Value> ObjectAttributes::attribute(const ObjectHandle& object,
+                                                 const PropertiesPtr& properties,
                                                  std::string_view name) {
-  if (isWindow(object, *facts)) {
+  if (isWindow(object, *properties)) {
     if (std::optional<Value> value = application_.windowAttribute(object, name)) {
       return value;
     }
   }
   if (name == "AXPosition" || name == "AXSize") {
-    const std::optional<Rect> frame = relations_.frameOf(object, *facts);
+    const std::optional<Rect> frame = relations_.frameOf(object, *properties);
     if (!frame) {
       return std::nullopt;
     }
@@ -65,10 +69,10 @@ std::optional<Value> ObjectAttributes::attribute(const Parts& object, const Fact
                             : Value{Point{frame->x, frame->y}};
   }
   if (name == "AXChildren") {
-    return Value{relations_.childrenOf(object, *facts)};
+    return Value{relations_.childrenOf(object, *properties)};
   }
   if (name == "AXParent") {
-    std::optional<Element> parent = relations_.parentOf(object, *facts);
+    std::optional<Element> parent = relations_.parentOf(object, *properties);
     return parent ? std::optional(Value{*std::move(parent)}) : std::nullopt;
   }
   if (name == "AXWindow" || name == "AXTopLevelUIElement") {
@@ -79,14 +83,14 @@ std::optional<Value> ObjectAttributes::attribute(const Parts& object, const Fact
     return Value{makeElement(
         {.pid = object.pid, .timeout = object.timeout, .ref = top->ref, .window = top->ref})};
   }
-  if (name == "AXSubrole" && relations_.hasSearchIcon(object, *facts)) {
+  if (name == "AXSubrole" && relations_.hasSearchIcon(object, *properties)) {
     return Value{std::string("AXSearchField")};
   }
-  if (name == "AXHidden" && isWindow(object, *facts)) {
+  if (name == "AXHidden" && isWindow(object, *properties)) {
     // A window in its icon is minimised, not hidden.
     return std::nullopt;
   }
-  return plainAttribute(viewOf(object, *facts), name);
+  return plainAttribute(viewOf(object, *properties), name);
 }
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::atspi

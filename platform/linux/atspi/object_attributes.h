@@ -10,38 +10,37 @@
 
 #include "platform/accessibility.h"
 #include "platform/linux/atspi/application_element.h"
-#include "platform/linux/atspi/read/element.h"
 #include "platform/linux/atspi/read/reader.h"
-#include "platform/linux/atspi/translate/translate.h"
+#include "platform/linux/atspi/translate/view.h"
 #include "platform/linux/atspi/tree_relations.h"
+#include "platform/linux/atspi/wire/object_handle.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::atspi {
 
 class ObjectAttributes {
  public:
   /// All are kept and outlive this.
-  ObjectAttributes(AtspiReader& reader, TreeRelations& relations, ApplicationElement& application)
+  ObjectAttributes(Reader& reader, TreeRelations& relations, ApplicationElement& application)
       : reader_(reader), relations_(relations), application_(application) {}
 
   /// One slot for each name, in order, empty where the object has no such attribute. An empty list
   /// when the object does not answer and is no window that the X server shows.
-  [[nodiscard]] std::vector<std::optional<Value>> read(const AtspiElement::Parts& object,
+  [[nodiscard]] std::vector<std::optional<Value>> read(const ObjectHandle& object,
                                                        std::span<const std::string_view> names);
 
-  /// The object as the translation sees it. Refers to `facts`.
-  [[nodiscard]] AtspiView viewOf(const AtspiElement::Parts& object, const AtspiFacts& facts);
+  /// The object as the translation sees it. Refers to `properties`.
+  [[nodiscard]] View viewOf(const ObjectHandle& object, const Properties& properties);
 
  private:
-  using Parts = AtspiElement::Parts;
-
   [[nodiscard]] std::vector<std::optional<Value>> silentWindow(
-      const Parts& window, std::span<const std::string_view> names);
-  [[nodiscard]] std::optional<Value> attribute(const Parts& object, const FactsPtr& facts,
+      const ObjectHandle& window, std::span<const std::string_view> names);
+  [[nodiscard]] std::optional<Value> attribute(const ObjectHandle& object,
+                                               const PropertiesPtr& properties,
                                                std::string_view name);
 
-  AtspiReader& reader_;
+  Reader& reader_;
   TreeRelations& relations_;
   ApplicationElement& application_;
 };
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::atspi

@@ -7,7 +7,7 @@
 #include "platform/linux/atspi/wire/codec.h"
 #include "platform/linux/base/bus_readiness.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::atspi {
 namespace {
 
 using std::chrono::duration_cast;
@@ -28,13 +28,13 @@ constexpr std::string_view kNoReply = "org.freedesktop.DBus.Error.NoReply";
 bool usesAtkBridge(Toolkit toolkit) { return toolkit != Toolkit::gtk4 && toolkit != Toolkit::qt; }
 
 /// The answer to setting a property is empty.
-bool saysYes(sd_bus_message* reply) {
+bool isYes(sd_bus_message* reply) {
   return sd_bus_message_is_empty(reply) > 0 || readBool(reply).value_or(false);
 }
 
-bool includesAll(const std::vector<AtspiRef>& all, const std::vector<AtspiRef>& some) {
+bool includesAll(const std::vector<Ref>& all, const std::vector<Ref>& some) {
   return std::ranges::all_of(
-      some, [&all](const AtspiRef& ref) { return std::ranges::find(all, ref) != all.end(); });
+      some, [&all](const Ref& ref) { return std::ranges::find(all, ref) != all.end(); });
 }
 
 /// Serves a connection until `done`, the deadline, or its end.
@@ -54,11 +54,11 @@ void serve(sd_bus* bus, Instant deadline, Condition done) {
 }
 
 /// Without a time limit: what sd-bus makes up for an answer that is late must not pass for one.
-template <typename Debt>
+template <typename PendingAction>
 bool sendAsync(sd_bus* bus, sd_bus_message* message, Slot& slot, sd_bus_message_handler_t handler,
-               Debt* debt) {
+               PendingAction* action) {
   sd_bus_slot* made = nullptr;
-  const int sent = sd_bus_call_async(bus, &made, message, handler, debt, UINT64_MAX);
+  const int sent = sd_bus_call_async(bus, &made, message, handler, action, UINT64_MAX);
   slot.reset(made);
   return sent >= 0;
 }
@@ -71,162 +71,166 @@ void drain(sd_bus* bus) {
 
 }  // namespace
 
-AtspiDebts::~AtspiDebts() {
-  for (Debt& debt : debts_) {
-    debt.keeper.abandon();
+PendingActions::~PendingActions() {
+  for (PendingAction& action : actions_) {
+    action.keeper.abandon();
   }
 }
 
-int AtspiDebts::onAnswer(sd_bus_message* reply, void* debt, sd_bus_error* /*error*/) {
-  Answer& answer = static_cast<Debt*>(debt)->answer;
+int PendingActions::onAnswer(sd_bus_message* reply, void* pending, sd_bus_error* /*error*/) {
+  Answer& answer = static_cast<PendingAction*>(pending)->answer;
   if (const sd_bus_error* error = sd_bus_message_get_error(reply)) {
     answer = error->name == kNoReply ? Answer::lost : Answer::no;
   } else {
-    answer = saysYes(reply) ? Answer::yes : Answer::no;
+    answer = isYes(reply) ? Answer::yes : Answer::no;
   }
   return 1;
 }
 
-int AtspiDebts::onWindows(sd_bus_message* reply, void* debt, sd_bus_error* /*error*/) {
-  auto* asked = static_cast<Debt*>(debt);
-  asked->isBack = true;  // An application that has ended is out of the deed as well.
-  asked->windowsAfter = readRefs(reply).value_or(std::vector<AtspiRef>());
+int PendingActions::onWindows(sd_bus_message* reply, void* pending, sd_bus_error* /*error*/) {
+  auto* action = static_cast<PendingAction*>(pending);
+  action->hasReturned = true;  // An application that has ended is out of the request as well.
+  action->windowsAfter = readRefs(reply).value_or(std::vector<Ref>());
   return 1;
 }
 
-/// Learns what there is before the deed, and opens its connection. False when the application does
-/// not answer. One that offers no connection is asked over the bus.
-bool AtspiDebts::prepare(Debt& debt, const AtspiElement::Parts& object, Instant deadline) {
+/// Learns what there is before the request, and opens its connection. False when the application
+/// does not answer. One that offers no connection is asked over the bus.
+bool PendingActions::prepare(PendingAction& action, const ObjectHandle& object, Instant deadline) {
   std::string address;
-  AtspiBatch batch(bus_);
-  const AtspiRef root{object.ref.bus, kRootPath};
+  Batch batch(bus_);
+  const Ref root{object.ref.bus, kRootPath};
   batch.call(root, kApplication, "GetApplicationBusAddress", [&address](Reply reply) {
     address = (reply.ok ? readText(reply.message) : std::nullopt).value_or("");
   });
-  batch.call(root, kAccessible, "GetChildren", [&debt](Reply reply) {
-    debt.windowsBefore =
-        (reply.ok ? readRefs(reply.message) : std::nullopt).value_or(std::vector<AtspiRef>());
+  batch.call(root, kAccessible, "GetChildren", [&action](Reply reply) {
+    action.windowsBefore =
+        (reply.ok ? readRefs(reply.message) : std::nullopt).value_or(std::vector<Ref>());
   });
   if (batch.run({deadline, object.timeout}) != BatchOutcome::complete) {
     return false;
   }
-  closeOver(object.pid, debt.windowsBefore);
-  debt.direct = openApplication({std::move(address), object.pid});
-  return !debt.direct || becomesReady(debt.direct.get(),
+  closeFinished(object.pid, action.windowsBefore);
+  action.peer = openPeerConnection({std::move(address), object.pid});
+  return !action.peer || becomesReady(action.peer.get(),
                                       duration_cast<microseconds>(deadline - steady_clock::now()));
 }
 
-bool AtspiDebts::send(Debt& debt, const AtspiElement::Parts& object, const AtspiDeed& deed) {
-  sd_bus* bus = debt.direct ? debt.direct.get() : bus_.connection();
-  debt.generation = bus_.generation();
-  debt.answeredFirst = deed.answeredFirst;
-  debt.since = steady_clock::now();
+bool PendingActions::send(PendingAction& action, const ObjectHandle& object,
+                          const ActionRequest& request) {
+  sd_bus* bus = action.peer ? action.peer.get() : bus_.connection();
+  action.generation = bus_.generation();
+  action.answeredFirst = request.answeredFirst;
+  action.since = steady_clock::now();
   sd_bus_message* made = nullptr;
-  if (bus == nullptr || sd_bus_message_new_method_call(
-                            bus, &made, debt.direct ? nullptr : object.ref.bus.c_str(),
-                            object.ref.path.c_str(), deed.method.interface, deed.method.name) < 0) {
+  if (bus == nullptr ||
+      sd_bus_message_new_method_call(bus, &made, action.peer ? nullptr : object.ref.bus.c_str(),
+                                     object.ref.path.c_str(), request.method.interface,
+                                     request.method.name) < 0) {
     return false;
   }
-  const Message request(made);
-  if (deed.writeArguments) {
-    deed.writeArguments(made);
+  const Message message(made);
+  if (request.writeArguments) {
+    request.writeArguments(made);
   }
-  return sendAsync(bus, made, debt.call, onAnswer, &debt);
+  return sendAsync(bus, made, action.call, onAnswer, &action);
 }
 
-void AtspiDebts::awaitAnswer(Debt& debt, Instant deadline) {
-  serve(debt.direct ? debt.direct.get() : bus_.current(), deadline,
-        [&debt] { return debt.answer != Answer::none; });
+void PendingActions::awaitAnswer(PendingAction& action, Instant deadline) {
+  serve(action.peer ? action.peer.get() : bus_.current(), deadline,
+        [&action] { return action.answer != Answer::absent; });
 }
 
-/// Waits until the application answers what was asked after its answer to the deed.
-void AtspiDebts::awaitReturn(Debt& debt, const AtspiElement::Parts& object, Instant deadline) {
+/// Waits until the application answers what was asked after its answer to the request.
+void PendingActions::awaitReturn(PendingAction& action, const ObjectHandle& object,
+                                 Instant deadline) {
   const Instant usual = std::min(steady_clock::now() + kUsual, deadline);
-  const auto isBack = [&debt] { return debt.isBack; };
-  AtspiBatch batch(bus_);
-  const Message question = batch.make({object.ref.bus, kRootPath}, kAccessible, "GetChildren");
-  if (question && sendAsync(bus_.current(), question.get(), debt.question, onWindows, &debt)) {
-    serve(bus_.current(), usual, isBack);
+  const auto hasReturned = [&action] { return action.hasReturned; };
+  Batch batch(bus_);
+  const Message probe = batch.make({object.ref.bus, kRootPath}, kAccessible, "GetChildren");
+  if (probe && sendAsync(bus_.current(), probe.get(), action.probe, onWindows, &action)) {
+    serve(bus_.current(), usual, hasReturned);
   }
-  if (debt.direct && !(debt.isBack && includesAll(debt.windowsBefore, debt.windowsAfter))) {
-    debt.keeper.keep(sd_bus_get_fd(debt.direct.get()));
+  if (action.peer &&
+      !(action.hasReturned && includesAll(action.windowsBefore, action.windowsAfter))) {
+    action.keeper.keep(sd_bus_get_fd(action.peer.get()));
   }
-  serve(bus_.current(), deadline, isBack);
+  serve(bus_.current(), deadline, hasReturned);
 }
 
-Performed AtspiDebts::perform(const AtspiElement::Parts& object, Toolkit toolkit,
-                              const AtspiDeed& deed, Instant deadline) {
-  takeIn();
-  Debt& debt = debts_.emplace_back();
-  debt.pid = object.pid;
+Performed PendingActions::perform(const ObjectHandle& object, Toolkit toolkit,
+                                  const ActionRequest& request, Instant deadline) {
+  processReplies();
+  PendingAction& action = actions_.emplace_back();
+  action.pid = object.pid;
   const bool bridged = usesAtkBridge(toolkit);
-  if ((bridged && !prepare(debt, object, deadline)) || !send(debt, object, deed)) {
-    debts_.pop_back();
+  if ((bridged && !prepare(action, object, deadline)) || !send(action, object, request)) {
+    actions_.pop_back();
     return Performed::refused;
   }
-  awaitAnswer(debt, std::min(steady_clock::now() + kUsual, deadline));
-  if (debt.answer == Answer::none && debt.direct) {
-    debt.keeper.keep(sd_bus_get_fd(debt.direct.get()));
+  awaitAnswer(action, std::min(steady_clock::now() + kUsual, deadline));
+  if (action.answer == Answer::absent && action.peer) {
+    action.keeper.keep(sd_bus_get_fd(action.peer.get()));
   }
-  awaitAnswer(debt, deadline);
-  const bool mayHaveBegun = bridged && deed.answeredFirst && debt.answer == Answer::yes;
+  awaitAnswer(action, deadline);
+  const bool mayHaveBegun = bridged && request.answeredFirst && action.answer == Answer::yes;
   if (mayHaveBegun) {
-    awaitReturn(debt, object, deadline);
+    awaitReturn(action, object, deadline);
   }
-  const Answer answer = mayHaveBegun && !debt.isBack ? Answer::none : debt.answer;
-  if (!bridged || isOver(debt)) {
-    debts_.pop_back();
+  const Answer answer = mayHaveBegun && !action.hasReturned ? Answer::absent : action.answer;
+  if (!bridged || isFinished(action)) {
+    actions_.pop_back();
   }
   switch (answer) {
     case Answer::yes:
       return Performed::acknowledged;
     case Answer::no:
       return Performed::refused;
-    case Answer::none:
+    case Answer::absent:
     case Answer::lost:
       break;
   }
   return Performed::pending;
 }
 
-bool AtspiDebts::isAccepted(const AtspiElement::Parts& object, Toolkit toolkit,
-                            const AtspiDeed& deed) {
-  return perform(object, toolkit, deed, steady_clock::now() + object.timeout) ==
+bool PendingActions::isAccepted(const ObjectHandle& object, Toolkit toolkit,
+                                const ActionRequest& request) {
+  return perform(object, toolkit, request, steady_clock::now() + object.timeout) ==
          Performed::acknowledged;
 }
 
-/// Whether nothing more can come of a deed, but for what only the application's windows tell.
-bool AtspiDebts::isOver(const Debt& debt) const {
+/// Whether nothing more can come of a request, but for what only the application's windows tell.
+bool PendingActions::isFinished(const PendingAction& action) const {
   const bool isCut =
-      debt.direct ? sd_bus_is_open(debt.direct.get()) <= 0 : debt.generation != bus_.generation();
+      action.peer ? sd_bus_is_open(action.peer.get()) <= 0 : action.generation != bus_.generation();
   const bool isDone =
-      debt.answer != Answer::none && !(debt.answeredFirst && debt.answer == Answer::yes);
-  return isCut || isDone || (!debt.direct && debt.isBack);
+      action.answer != Answer::absent && !(action.answeredFirst && action.answer == Answer::yes);
+  return isCut || isDone || (!action.peer && action.hasReturned);
 }
 
-void AtspiDebts::takeIn() {
-  if (!debts_.empty()) {
+void PendingActions::processReplies() {
+  if (!actions_.empty()) {
     drain(bus_.current());
   }
-  std::erase_if(debts_, [this](const Debt& debt) {
-    drain(debt.direct.get());
-    return isOver(debt);
+  std::erase_if(actions_, [this](const PendingAction& action) {
+    drain(action.peer.get());
+    return isFinished(action);
   });
 }
 
 /// Closes the connections of deeds that an application with these windows is out of.
-void AtspiDebts::closeOver(Pid pid, const std::vector<AtspiRef>& windows) {
+void PendingActions::closeFinished(Pid pid, const std::vector<Ref>& windows) {
   const Instant now = steady_clock::now();
-  std::erase_if(debts_, [&](const Debt& debt) {
-    return debt.pid == pid && debt.answer == Answer::yes && now - debt.since > kRest &&
-           includesAll(debt.windowsBefore, windows);
+  std::erase_if(actions_, [&](const PendingAction& action) {
+    return action.pid == pid && action.answer == Answer::yes && now - action.since > kRest &&
+           includesAll(action.windowsBefore, windows);
   });
 }
 
-bool AtspiDebts::isEndangeredByKeys(Pid pid) {
-  takeIn();
-  return std::ranges::any_of(debts_,
-                             [pid](const Debt& debt) { return debt.pid == pid && !debt.direct; });
+bool PendingActions::isEndangeredByKeys(Pid pid) {
+  processReplies();
+  return std::ranges::any_of(
+      actions_, [pid](const PendingAction& action) { return action.pid == pid && !action.peer; });
 }
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::atspi

@@ -2,9 +2,10 @@
 
 #include <algorithm>
 
-#include "platform/linux/atspi/translate/translate.h"
+#include "platform/linux/atspi/translate/view.h"
+#include "platform/linux/atspi/translate/visibility.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::atspi {
 namespace {
 
 /// The deepest tree that a popup is looked for in.
@@ -16,9 +17,9 @@ constexpr std::size_t kMenuBarSiblings = 32;
 /// A control's own text has at most its picture and a few marks beside it.
 constexpr std::size_t kLabelSiblings = 4;
 
-bool isMenuLike(const AtspiFacts& facts) {
-  return facts.is(AtspiRole::menu) || facts.is(AtspiRole::menuBar) ||
-         facts.is(AtspiRole::popupMenu);
+bool isMenuLike(const Properties& properties) {
+  return properties.is(Role::menu) || properties.is(Role::menuBar) ||
+         properties.is(Role::popupMenu);
 }
 
 /// The toolkits whose menu bar lists what is in its closed menus. There it hangs on the application
@@ -28,25 +29,25 @@ bool listsClosedMenus(Toolkit toolkit) {
 }
 
 /// Whether an object is the entry of a menu that has a menu of its own within the same object.
-bool isTitleWithMenu(const AtspiElement::Parts& object, const AtspiFacts& facts) {
-  return facts.is(AtspiRole::menu) && object.place != MenuPlace::none &&
+bool isTitleWithMenu(const ObjectHandle& object, const Properties& properties) {
+  return properties.is(Role::menu) && object.place != MenuPlace::none &&
          object.facet == Facet::whole;
 }
 
-MenuPlace placeBelow(const AtspiFacts& parent) {
-  if (parent.is(AtspiRole::menuBar)) {
+MenuPlace placeBelow(const Properties& parent) {
+  if (parent.is(Role::menuBar)) {
     return MenuPlace::bar;
   }
   // GTK 4 and Qt hang the menu on its entry, whose own parts (a label) are no entries.
-  return parent.is(AtspiRole::menu) || parent.is(AtspiRole::popupMenu) ? MenuPlace::menu
-                                                                       : MenuPlace::none;
+  return parent.is(Role::menu) || parent.is(Role::popupMenu) ? MenuPlace::menu : MenuPlace::none;
 }
 
 }  // namespace
 
-std::optional<Rect> TreeRelations::frameOf(const Parts& object, const AtspiFacts& facts) {
-  const std::optional<Rect> told = plausible(facts.extents);
-  if (!told || object.facet == Facet::openedMenu || isWindow(object, facts)) {
+std::optional<Rect> TreeRelations::frameOf(const ObjectHandle& object,
+                                           const Properties& properties) {
+  const std::optional<Rect> told = plausible(properties.extents);
+  if (!told || object.facet == Facet::openedMenu || isWindow(object, properties)) {
     return std::nullopt;
   }
   if (reader_.toolkitOf(object) != Toolkit::gtk4) {
@@ -59,87 +60,89 @@ std::optional<Rect> TreeRelations::frameOf(const Parts& object, const AtspiFacts
   return Rect{told->x + offset->x, told->y + offset->y, told->width, told->height};
 }
 
-std::optional<Point> TreeRelations::offsetOf(const Parts& object) {
+std::optional<Point> TreeRelations::offsetOf(const ObjectHandle& object) {
   const std::optional<Toplevel> top = reader_.toplevelOf(object);
   if (!top || !top->window) {
     return std::nullopt;
   }
   const ApplicationWindows& windows = reader_.windowsOf(object.pid, object.timeout);
-  Parts at = object;
+  ObjectHandle at = object;
   for (int depth = 0; depth < kMaxAncestors && !windows.popups.empty(); ++depth) {
-    const FactsPtr facts = reader_.learn(at, Fact::extents | Fact::parent);
-    const std::optional<Rect> extents = facts ? plausible(facts->extents) : std::nullopt;
+    const PropertiesPtr properties = reader_.read(at, Property::extents | Property::parent);
+    const std::optional<Rect> extents = properties ? plausible(properties->extents) : std::nullopt;
     const LocatedWindow* popup = extents ? popupOfSize(windows, *extents) : nullptr;
     if (popup != nullptr) {
       return Point{popup->client.x - extents->x, popup->client.y - extents->y};
     }
-    if (!facts || !facts->parent || *facts->parent == top->ref) {
+    if (!properties || !properties->parent || *properties->parent == top->ref) {
       break;
     }
-    at.ref = *facts->parent;
+    at.ref = *properties->parent;
   }
   return screenOffset(*top);
 }
 
 /// GTK 3 tells a search entry from another by nothing but the icon in it.
-bool TreeRelations::hasSearchIcon(const Parts& object, const AtspiFacts& facts) {
-  if (!facts.is(AtspiRole::text) || !facts.has(AtspiState::editable) || !facts.children ||
-      facts.children->empty() || reader_.toolkitOf(object) != Toolkit::gtk3) {
+bool TreeRelations::hasSearchIcon(const ObjectHandle& object, const Properties& properties) {
+  if (!properties.is(Role::text) || !properties.has(State::editable) || !properties.children ||
+      properties.children->empty() || reader_.toolkitOf(object) != Toolkit::gtk3) {
     return false;
   }
-  Parts icon = object;
-  icon.ref = facts.children->front();
-  const FactsPtr its = reader_.learn(icon, Fact::kind | Fact::name);
+  ObjectHandle icon = object;
+  icon.ref = properties.children->front();
+  const PropertiesPtr its = reader_.read(icon, Property::basics | Property::name);
   return its && its->name.starts_with("edit-find");
 }
 
-std::vector<AtspiRef> TreeRelations::shownChildren(const Parts& object, const AtspiFacts& facts) {
-  std::vector<AtspiRef> children = facts.children.value_or(std::vector<AtspiRef>());
+std::vector<Ref> TreeRelations::shownChildren(const ObjectHandle& object,
+                                              const Properties& properties) {
+  std::vector<Ref> children = properties.children.value_or(std::vector<Ref>());
   const Toolkit toolkit = reader_.toolkitOf(object);
   const bool mayHoldMenuBar =
-      listsClosedMenus(toolkit) && !isMenuLike(facts) && children.size() <= kMenuBarSiblings;
+      listsClosedMenus(toolkit) && !isMenuLike(properties) && children.size() <= kMenuBarSiblings;
   const bool mayRepeat =
-      hasTextChildren(toolkit) && !facts.name.empty() && children.size() <= kLabelSiblings;
+      hasTextChildren(toolkit) && !properties.name.empty() && children.size() <= kLabelSiblings;
   if (children.empty() || (!mayHoldMenuBar && !mayRepeat)) {
     return children;
   }
-  std::vector<Parts> objects(children.size(), object);
+  std::vector<ObjectHandle> objects(children.size(), object);
   for (std::size_t i = 0; i < children.size(); ++i) {
     objects[i].ref = children[i];
   }
-  const std::vector<FactsPtr> theirs = reader_.learnAll(objects, Fact::kind | Fact::name);
-  std::vector<AtspiRef> result;
+  const std::vector<PropertiesPtr> theirs =
+      reader_.readAll(objects, Property::basics | Property::name);
+  std::vector<Ref> result;
   for (std::size_t i = 0; i < children.size(); ++i) {
-    const bool left = theirs[i] && (theirs[i]->is(AtspiRole::menuBar) && mayHoldMenuBar);
-    if (!left && !(mayRepeat && theirs[i] && repeatsParent(*theirs[i], facts, toolkit))) {
+    const bool left = theirs[i] && (theirs[i]->is(Role::menuBar) && mayHoldMenuBar);
+    if (!left && !(mayRepeat && theirs[i] && repeatsParent(*theirs[i], properties, toolkit))) {
       result.push_back(std::move(children[i]));
     }
   }
   return result;
 }
 
-Values TreeRelations::childrenOf(const Parts& object, const AtspiFacts& facts) {
+Values TreeRelations::childrenOf(const ObjectHandle& object, const Properties& properties) {
   Values result;
-  if (isTitleWithMenu(object, facts)) {
-    Parts menu = object;
+  if (isTitleWithMenu(object, properties)) {
+    ObjectHandle menu = object;
     menu.facet = Facet::openedMenu;
     result.push_back(Value{makeElement(std::move(menu))});
     return result;
   }
-  for (AtspiRef& ref : shownChildren(object, facts)) {
-    Parts child = object;
+  for (Ref& ref : shownChildren(object, properties)) {
+    ObjectHandle child = object;
     child.ref = std::move(ref);
     child.facet = Facet::whole;
-    child.place = placeBelow(facts);
-    child.clip = clipBelow(object.clip, facts, reader_.toolkitOf(object));
-    if (isWindow(object, facts)) {
+    child.place = placeBelow(properties);
+    child.clip = clipBelow(object.clip, properties, reader_.toolkitOf(object));
+    if (isWindow(object, properties)) {
       child.window = object.ref;
     }
     result.push_back(Value{makeElement(std::move(child))});
   }
-  if (isWindow(object, facts)) {
-    for (AtspiRef& ref : contextMenus(object)) {
-      Parts menu = object;
+  if (isWindow(object, properties)) {
+    for (Ref& ref : contextMenus(object)) {
+      ObjectHandle menu = object;
       menu.ref = std::move(ref);
       menu.window = object.ref;
       result.push_back(Value{makeElement(std::move(menu))});
@@ -150,38 +153,39 @@ Values TreeRelations::childrenOf(const Parts& object, const AtspiFacts& facts) {
 
 /// The open menus that no object of the application's windows holds: those of a right click. GTK 3
 /// and Chromium hang them on windows of their own, Qt on nothing.
-std::vector<AtspiRef> TreeRelations::contextMenus(const Parts& window) {
-  std::vector<AtspiRef> result;
-  for (AtspiRef& ref : events_.openMenus(window.pid)) {
-    Parts menu = window;
+std::vector<Ref> TreeRelations::contextMenus(const ObjectHandle& window) {
+  std::vector<Ref> result;
+  for (Ref& ref : notifications_.openMenus(window.pid)) {
+    ObjectHandle menu = window;
     menu.ref = ref;
     menu.window = {};
-    const FactsPtr facts = reader_.learn(menu, Fact::kind);
-    if (facts && (facts->is(AtspiRole::menu) || facts->is(AtspiRole::popupMenu)) &&
-        isShowing(*facts, reader_.toolkitOf(menu)) && hangsNowhere(menu)) {
+    const PropertiesPtr properties = reader_.read(menu, Property::basics);
+    if (properties && (properties->is(Role::menu) || properties->is(Role::popupMenu)) &&
+        isShowing(*properties, reader_.toolkitOf(menu)) && isDetachedMenu(menu)) {
       result.push_back(std::move(ref));
     }
   }
   return result;
 }
 
-bool TreeRelations::hangsNowhere(const Parts& menu) {
+bool TreeRelations::isDetachedMenu(const ObjectHandle& menu) {
   const std::vector<Toplevel> all = reader_.windowsOf(menu.pid, menu.timeout).toplevels;
-  Parts at = menu;
+  ObjectHandle at = menu;
   const Instant end = std::chrono::steady_clock::now() + menu.timeout;
   for (int depth = 0; depth < kMaxAncestors && std::chrono::steady_clock::now() < end; ++depth) {
-    const FactsPtr facts = reader_.learn(at, Fact::kind | Fact::parent);
-    if (!facts || !facts->parent || facts->parent->empty() || facts->parent->path == kRootPath) {
-      return facts != nullptr;
+    const PropertiesPtr properties = reader_.read(at, Property::basics | Property::parent);
+    if (!properties || !properties->parent || properties->parent->empty() ||
+        properties->parent->path == kRootPath) {
+      return properties != nullptr;
     }
-    at.ref = *facts->parent;
+    at.ref = *properties->parent;
     const auto top = std::ranges::find(all, at.ref, &Toplevel::ref);
     if (top != all.end()) {
       return !top->window || top->window->overrideRedirect;
     }
-    const FactsPtr above = reader_.learn(at, Fact::kind);
+    const PropertiesPtr above = reader_.read(at, Property::basics);
     if (above && (isMenuLike(*above) || isMenuEntryRole(above->role)) &&
-        !above->is(AtspiRole::menuBar)) {
+        !above->is(Role::menuBar)) {
       return false;  // A menu in a menu.
     }
   }
@@ -189,44 +193,45 @@ bool TreeRelations::hangsNowhere(const Parts& menu) {
 }
 
 /// An object that was not reached from its parent, with what its parent would have told of it.
-AtspiElement::Parts TreeRelations::asMet(Parts object) {
-  const FactsPtr facts = reader_.learn(object, Fact::kind);
-  if (!facts || !isMenuEntryRole(facts->role)) {
+ObjectHandle TreeRelations::withMenuPlace(ObjectHandle object) {
+  const PropertiesPtr properties = reader_.read(object, Property::basics);
+  if (!properties || !isMenuEntryRole(properties->role)) {
     return object;
   }
-  const FactsPtr withParent = reader_.learn(object, Fact::parent);
+  const PropertiesPtr withParent = reader_.read(object, Property::parent);
   if (!withParent || !withParent->parent || withParent->parent->empty()) {
     return object;
   }
-  Parts parent = object;
+  ObjectHandle parent = object;
   parent.ref = *withParent->parent;
-  if (const FactsPtr above = reader_.learn(parent, Fact::kind)) {
+  if (const PropertiesPtr above = reader_.read(parent, Property::basics)) {
     object.place = placeBelow(*above);
   }
   return object;
 }
 
-std::optional<Element> TreeRelations::parentOf(const Parts& object, const AtspiFacts& facts) {
+std::optional<Element> TreeRelations::parentOf(const ObjectHandle& object,
+                                               const Properties& properties) {
   if (object.facet == Facet::openedMenu) {
-    Parts title = object;
+    ObjectHandle title = object;
     title.facet = Facet::whole;
     return makeElement(std::move(title));
   }
-  if (!facts.parent || facts.parent->empty()) {
+  if (!properties.parent || properties.parent->empty()) {
     return std::nullopt;
   }
-  if (isWindow(object, facts) || facts.parent->path == kRootPath) {
+  if (isWindow(object, properties) || properties.parent->path == kRootPath) {
     return makeApplication(object.pid, object.timeout);
   }
-  Parts parent = object;
-  parent.ref = *facts.parent;
+  ObjectHandle parent = object;
+  parent.ref = *properties.parent;
   parent.place = MenuPlace::none;
-  parent = asMet(std::move(parent));
-  const FactsPtr above = reader_.learn(parent, Fact::kind);
+  parent = withMenuPlace(std::move(parent));
+  const PropertiesPtr above = reader_.read(parent, Property::basics);
   if (above && isTitleWithMenu(parent, *above)) {
     parent.facet = Facet::openedMenu;
   }
   return makeElement(std::move(parent));
 }
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::atspi

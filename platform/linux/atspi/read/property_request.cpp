@@ -1,199 +1,284 @@
 #include "platform/linux/atspi/read/property_request.h"
 
-#include <algorithm>
+#include "platform/linux/atspi/read/value_request.h"
+#include "platform/linux/atspi/translate/visibility.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::atspi {
 namespace {
 
-/// Longer texts are cut: nobody reads more of a value, and a log view may hold megabytes.
-constexpr std::int32_t kMaxTextCharacters = 20000;
+/// From this many children on, it is worth asking which of them are shown.
+constexpr int kManyChildren = 8;
 
-/// GTK 4 gives every label the commands of its context menu, none of which stands for pressing it.
-bool actionsMatter(const AtspiFacts& facts, Toolkit toolkit) {
-  return facts.has(AtspiInterface::action) &&
-         !(toolkit == Toolkit::gtk4 && facts.is(AtspiRole::label));
-}
-
-/// A name that axAction might know under another spelling: GetActions gives translated names in
-/// GTK 3 and empty ones in Chromium, where GetName gives the plain ones. Names with a dot are those
-/// of GTK 4's own commands, of which every label has some.
-bool needsPlainName(const std::string& action, std::uint32_t role) {
-  return !axAction(action, role) && action.find('.') == std::string::npos;
-}
-
-/// Chromium gives actions no names in the list of them. Its first two are what an object does when
-/// it is pressed and its context menu.
-void askFirstActionNames(const std::shared_ptr<Question>& question) {
-  question->facts->actions.resize(2);
-  question->open += 2;
-  for (std::int32_t i = 0; i < 2; ++i) {
-    question->batch.callWithNumber(
-        question->ref, {kAction, "GetName"}, i, [question, i](Reply reply) {
-          question->facts->actions[static_cast<std::size_t>(i)] =
-              (reply.ok ? readText(reply.message) : std::nullopt).value_or("");
-          answered(question);
-        });
+/// What gives an entry its placeholder, and web content its identifier.
+bool attributesMatter(const Properties& properties, Toolkit toolkit) {
+  switch (toolkit) {
+    case Toolkit::gtk4:
+      return properties.has(Interface::text) && properties.has(State::editable);
+    case Toolkit::gtk3:      // Told among the properties.
+    case Toolkit::chromium:  // The same.
+    case Toolkit::qt:        // Always empty.
+      return false;
+    case Toolkit::other:
+      return true;
   }
+  return true;
 }
 
-void askTextOf(const std::shared_ptr<Question>& question, std::int32_t end) {
-  Message message = question->batch.make(question->ref, kText, "GetText");
-  if (message) {
-    sd_bus_message_append(message.get(), "ii", 0, end);
-  }
-  question->batch.send(std::move(message), [question](Reply content) {
-    question->facts->text = content.ok ? readText(content.message) : std::nullopt;
-    answered(question);
+bool identifierMatters(Toolkit toolkit) {
+  // Qt 5 does not know the property.
+  return toolkit != Toolkit::qt;
+}
+
+void requestRoleAndStates(const std::shared_ptr<PropertyRequest>& request) {
+  request->open += 2;
+  request->batch.call(request->ref, kAccessible, "GetRole", [request](Reply reply) {
+    if (const auto role = reply.ok ? readNumber(reply.message) : std::nullopt) {
+      request->properties->role = *role;
+      request->properties->alive = true;
+    }
+    answered(request);
+  });
+  request->batch.call(request->ref, kAccessible, "GetState", [request](Reply reply) {
+    if (const auto states = reply.ok ? readStates(reply.message) : std::nullopt) {
+      request->properties->states = *states;
+    }
+    answered(request);
   });
 }
 
-void askTextContent(const std::shared_ptr<Question>& question) {
-  ++question->open;
-  // -1 means the end, but to GTK 4; and what has many lines may be too long to be read whole.
-  if (question->toolkit != Toolkit::gtk4 && question->facts->has(AtspiState::singleLine)) {
-    askTextOf(question, -1);
-    return;
+void requestInterfaces(const std::shared_ptr<PropertyRequest>& request) {
+  ++request->open;
+  request->batch.call(request->ref, kAccessible, "GetInterfaces", [request](Reply reply) {
+    if (const auto interfaces = reply.ok ? readInterfaces(reply.message) : std::nullopt) {
+      request->properties->interfaces = *interfaces;
+    }
+    answered(request);
+  });
+}
+
+bool dependsOnInterfaces(PropertySet wanted) {
+  return wanted.has(Property::extents) || wanted.has(Property::actions) ||
+         wanted.has(Property::value) || wanted.has(Property::address) ||
+         wanted.has(Property::attributes);
+}
+
+/// GTK and Chromium give all properties of an object in one answer. Qt 5 dies of the request.
+bool answersAllPropertiesAtOnce(Toolkit toolkit) {
+  return toolkit == Toolkit::gtk3 || toolkit == Toolkit::gtk4 || toolkit == Toolkit::chromium;
+}
+
+PropertySet properties(Toolkit toolkit) {
+  const PropertySet all =
+      Property::name | Property::description | Property::identifier | Property::parent;
+  return toolkit == Toolkit::gtk4 ? all : all | Property::attributes;
+}
+
+bool isWorthRequestingAll(PropertySet wanted) {
+  return wanted.has(Property::description) || wanted.has(Property::identifier) ||
+         wanted.has(Property::attributes);
+}
+
+void requestProperties(const std::shared_ptr<PropertyRequest>& request) {
+  request->wanted.add(properties(request->toolkit));
+  Message message = request->batch.make(request->ref, "org.freedesktop.DBus.Properties", "GetAll");
+  if (message) {
+    sd_bus_message_append(message.get(), "s", kAccessible);
   }
-  question->batch.property(question->ref, kText, "CharacterCount", [question](Reply reply) {
-    const auto count = reply.ok ? readVariantInt(reply.message) : std::nullopt;
-    if (!count || *count <= 0) {
-      if (count) {
-        question->facts->text = "";
+  ++request->open;
+  request->batch.send(std::move(message), [request](Reply reply) {
+    Properties& properties = *request->properties;
+    if (reply.ok) {
+      AccessibleProperties told = readProperties(reply.message);
+      properties.name = std::move(told.name).value_or("");
+      properties.description = std::move(told.description).value_or("");
+      properties.identifier = std::move(told.identifier).value_or("");
+      properties.parent = std::move(told.parent);
+      properties.childCount = told.childCount;
+      if (told.attributes) {
+        properties.attributes = *std::move(told.attributes);
       }
-      answered(question);
+    }
+    answered(request);
+  });
+}
+
+void requestTexts(const std::shared_ptr<PropertyRequest>& request) {
+  const auto property = [&request](Property fact, const char* name, std::string Properties::*into) {
+    if (!request->wanted.has(fact)) {
       return;
     }
-    askTextOf(question, std::min(*count, kMaxTextCharacters));
-  });
-}
-
-/// What is chosen in one of Chromium's lists: the name of the selected entry of its menu. The
-/// list's own text is a placeholder for the menu.
-void askChosen(const std::shared_ptr<Question>& question) {
-  ++question->open;
-  const auto giveUp = [question](const std::optional<AtspiRef>& ref) {
-    if (!ref || ref->empty()) {
-      answered(question);
-      return true;
-    }
-    return false;
-  };
-  const auto takeName = [question](Reply reply) {
-    question->facts->text = reply.ok ? readVariantText(reply.message) : std::nullopt;
-    answered(question);
-  };
-  const auto takeEntry = [question, giveUp, takeName](Reply reply) {
-    const std::optional<AtspiRef> entry = reply.ok ? readRef(reply.message) : std::nullopt;
-    if (!giveUp(entry)) {
-      question->batch.property(*entry, kAccessible, "Name", takeName);
-    }
-  };
-  const auto takeMenu = [question, giveUp, takeEntry](Reply reply) {
-    const std::optional<AtspiRef> menu = reply.ok ? readRef(reply.message) : std::nullopt;
-    if (!giveUp(menu)) {
-      question->batch.callWithNumber(*menu, {kSelection, "GetSelectedChild"}, 0, takeEntry);
-    }
-  };
-  question->batch.callWithNumber(question->ref, {kAccessible, "GetChildAtIndex"}, 0, takeMenu);
-}
-
-void askNumber(const std::shared_ptr<Question>& question) {
-  ++question->open;
-  question->batch.property(question->ref, kValue, "CurrentValue", [question](Reply reply) {
-    question->facts->number = reply.ok ? readVariantDouble(reply.message) : std::nullopt;
-    answered(question);
-  });
-}
-
-}  // namespace
-
-void askActions(const std::shared_ptr<Question>& question) {
-  if (!actionsMatter(*question->facts, question->toolkit)) {
-    return;
-  }
-  if (question->toolkit == Toolkit::chromium && !question->facts->has(AtspiInterface::value)) {
-    askFirstActionNames(question);
-    return;
-  }
-  ++question->open;
-  question->batch.call(question->ref, kAction, "GetActions", [question](Reply reply) {
-    if (auto actions = reply.ok ? readActions(reply.message) : std::nullopt) {
-      question->facts->actions = *std::move(actions);
-    }
-    answered(question);
-  });
-}
-
-void askActionNames(const std::shared_ptr<Question>& question) {
-  if (!question->wanted.has(Fact::actions) ||
-      (question->toolkit == Toolkit::chromium && !question->facts->has(AtspiInterface::value))) {
-    return;
-  }
-  std::vector<std::string>& actions = question->facts->actions;
-  for (std::size_t i = 0; i < actions.size(); ++i) {
-    if (!needsPlainName(actions[i], question->facts->role)) {
-      continue;
-    }
-    Message message = question->batch.make(question->ref, kAction, "GetName");
-    if (message) {
-      sd_bus_message_append(message.get(), "i", static_cast<std::int32_t>(i));
-    }
-    ++question->open;
-    question->batch.send(std::move(message), [question, i](Reply reply) {
-      if (auto name = reply.ok ? readText(reply.message) : std::nullopt) {
-        question->facts->actions[i] = *std::move(name);
+    ++request->open;
+    request->batch.property(request->ref, kAccessible, name, [request, into](Reply reply) {
+      if (auto text = reply.ok ? readVariantText(reply.message) : std::nullopt) {
+        (*request->properties).*into = *std::move(text);
       }
-      answered(question);
+      answered(request);
+    });
+  };
+  if (answersAllPropertiesAtOnce(request->toolkit) && isWorthRequestingAll(request->wanted)) {
+    requestProperties(request);
+    return;
+  }
+  property(Property::name, "Name", &Properties::name);
+  property(Property::description, "Description", &Properties::description);
+  if (identifierMatters(request->toolkit)) {
+    property(Property::identifier, "AccessibleId", &Properties::identifier);
+  }
+  if (request->wanted.has(Property::parent)) {
+    ++request->open;
+    request->batch.property(request->ref, kAccessible, "Parent", [request](Reply reply) {
+      request->properties->parent = reply.ok ? readVariantRef(reply.message) : std::nullopt;
+      answered(request);
     });
   }
 }
 
-void askAddress(const std::shared_ptr<Question>& question) {
-  const AtspiFacts& facts = *question->facts;
-  // Chromium says of every object that it is a document.
-  if (!facts.has(AtspiInterface::document) || roleRow(facts.role).axRole != "AXWebArea") {
-    return;
-  }
-  Message message = question->batch.make(question->ref, kDocument, "GetAttributeValue");
-  if (message) {
-    sd_bus_message_append(message.get(), "s", "URI");
-  }
-  ++question->open;
-  question->batch.send(std::move(message), [question](Reply reply) {
-    if (auto address = reply.ok ? readText(reply.message) : std::nullopt) {
-      question->facts->address = *std::move(address);
-    }
-    answered(question);
+void requestAllChildren(const std::shared_ptr<PropertyRequest>& request) {
+  ++request->open;
+  request->batch.call(request->ref, kAccessible, "GetChildren", [request](Reply reply) {
+    request->properties->children = reply.ok ? readRefs(reply.message) : std::nullopt;
+    answered(request);
   });
 }
 
-void askValue(const std::shared_ptr<Question>& question) {
-  const AtspiFacts& facts = *question->facts;
-  const RoleRow row = refined(roleRow(facts.role), facts.states);
-  switch (row.value) {
-    case ValueSource::none:
-    case ValueSource::onOff:
-    case ValueSource::label:
-      break;
-    case ValueSource::choice:
-      if (question->toolkit == Toolkit::chromium) {
-        askChosen(question);
-        break;
-      }
-      [[fallthrough]];
-    case ValueSource::text:
-      if (facts.has(AtspiInterface::text)) {
-        askTextContent(question);
-      } else if (facts.has(AtspiInterface::value)) {
-        askNumber(question);
-      }
-      break;
-    case ValueSource::quantity:
-      if (facts.has(AtspiInterface::value)) {
-        askNumber(question);
-      }
-      break;
+/// One answer in place of a list of all children and a request to each of them.
+void requestShownChildren(const std::shared_ptr<PropertyRequest>& request) {
+  Message message = request->batch.make(request->ref, kCollection, "GetMatches");
+  if (message) {
+    constexpr std::uint32_t kShowing = 1U << static_cast<unsigned>(State::showing);
+    constexpr int kAll = 1;
+    constexpr int kInOrder = 1;
+    // All of these states and of no attributes, roles and interfaces; not inverted; in the
+    // parent's order, however many, and none from further down.
+    sd_bus_message_append(message.get(), "(aiia{ss}iaiiasib)uib", 2, kShowing, 0, kAll, 0, kAll, 0,
+                          kAll, 0, kAll, 0, kInOrder, 0, 0);
+  }
+  ++request->open;
+  request->batch.send(std::move(message), [request](Reply reply) {
+    request->properties->children = reply.ok ? readRefs(reply.message) : std::nullopt;
+    if (!request->properties->children) {
+      requestAllChildren(request);
+    }
+    answered(request);
+  });
+}
+
+/// GTK 3 takes as long to list the shown children as to list all. Cells count as shown in any case.
+bool canListShownChildren(const Properties& properties, Toolkit toolkit) {
+  return toolkit == Toolkit::gtk3 && properties.childCount &&
+         *properties.childCount >= kManyChildren && !properties.has(State::managesDescendants);
+}
+
+void requestChildren(const std::shared_ptr<PropertyRequest>& request) {
+  const Properties& properties = *request->properties;
+  if (properties.childCount == 0) {
+    request->properties->children.emplace();
+  } else if (request->onlyShownChildren && canListShownChildren(properties, request->toolkit)) {
+    requestShownChildren(request);
+  } else {
+    requestAllChildren(request);
   }
 }
 
-}  // namespace tarqo::lnx
+void requestDetails(const std::shared_ptr<PropertyRequest>& request) {
+  const Properties& properties = *request->properties;
+  const PropertySet wanted = request->wanted;
+  if (wanted.has(Property::children)) {
+    requestChildren(request);
+  }
+  if (wanted.has(Property::attributes) && attributesMatter(properties, request->toolkit)) {
+    ++request->open;
+    request->batch.call(request->ref, kAccessible, "GetAttributes", [request](Reply reply) {
+      if (auto attributes = reply.ok ? readAttributes(reply.message) : std::nullopt) {
+        request->properties->attributes = *std::move(attributes);
+      }
+      answered(request);
+    });
+  }
+  // Places of what is not shown are garbage, and asking for them upsets GTK 3.
+  if (wanted.has(Property::extents) && properties.has(Interface::component) &&
+      isShowing(properties, request->toolkit)) {
+    ++request->open;
+    Message message = request->batch.make(request->ref, kComponent, "GetExtents");
+    if (message) {
+      const std::uint32_t ofWindow = request->toolkit == Toolkit::gtk4 ? 1 : 0;
+      sd_bus_message_append(message.get(), "u", ofWindow);
+    }
+    request->batch.send(std::move(message), [request](Reply reply) {
+      request->properties->extents = reply.ok ? readExtents(reply.message) : std::nullopt;
+      answered(request);
+    });
+  }
+  if (wanted.has(Property::actions)) {
+    requestActions(request);
+  }
+  if (wanted.has(Property::value)) {
+    requestValue(request);
+  }
+  if (wanted.has(Property::address)) {
+    requestAddress(request);
+  }
+  // Whether an object of such a role is a window shows by what it hangs on.
+  if (!wanted.has(Property::parent) && !properties.parent && isWindowRole(properties.role)) {
+    ++request->open;
+    request->batch.property(request->ref, kAccessible, "Parent", [request](Reply reply) {
+      request->properties->parent = reply.ok ? readVariantRef(reply.message) : std::nullopt;
+      answered(request);
+    });
+  }
+}
+
+}  // namespace
+
+void answered(const std::shared_ptr<PropertyRequest>& request) {
+  if (--request->open > 0) {
+    return;
+  }
+  ++request->round;
+  if (request->round == 1 && request->properties->alive) {
+    request->open = 1;
+    requestDetails(request);
+    answered(request);
+    return;
+  }
+  if (request->round == 2) {
+    request->open = 1;
+    requestActionNames(request);
+    answered(request);
+    return;
+  }
+  request->properties->known.add(request->wanted);
+  if (request->done) {
+    request->done();
+  }
+}
+
+void requestProperties(Batch& batch, const PropertyQuery& query,
+                       std::shared_ptr<Properties> properties, std::function<void()> done) {
+  auto request = std::make_shared<PropertyRequest>(
+      PropertyRequest{.batch = batch,
+                      .ref = query.ref,
+                      .toolkit = query.toolkit,
+                      .onlyShownChildren = query.onlyShownChildren});
+  PropertySet wanted = query.wanted;
+  if (wanted.has(Property::value)) {
+    wanted.add(Property::name);  // A label's text and a list's choice.
+  }
+  if (dependsOnInterfaces(wanted)) {
+    wanted.add(Property::interfaces);
+  }
+  request->wanted = (wanted | Property::roleAndStates).without(properties->known);
+  request->properties = std::move(properties);
+  request->done = std::move(done);
+  request->open = 1;  // Held until every call of the round is under way.
+  if (request->wanted.has(Property::roleAndStates)) {
+    requestRoleAndStates(request);
+  }
+  if (request->wanted.has(Property::interfaces)) {
+    requestInterfaces(request);
+  }
+  requestTexts(request);
+  answered(request);
+}
+
+}  // namespace tarqo::lnx::atspi

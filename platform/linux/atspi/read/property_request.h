@@ -1,40 +1,28 @@
-// One object being asked for facts, round by round: first what it is, then what is worth asking of
-// such an object, then what the answers left open.
+// Requests the properties of objects, in up to three rounds: first what an object is, then what is
+// worth requesting of such an object, then what the answers left open.
 #pragma once
 
 #include <functional>
 #include <memory>
 
-#include "platform/linux/atspi/read/properties.h"
+#include "platform/linux/atspi/translate/properties.h"
+#include "platform/linux/atspi/wire/bus.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::atspi {
 
-/// What is under way for one object.
-struct Question {
-  AtspiBatch& batch;
-  AtspiRef ref;
+struct PropertyQuery {
+  Ref ref;
   Toolkit toolkit = Toolkit::other;
-  FactSet wanted{};
+  PropertySet wanted;
+  /// Leaves out children that are not shown, where listing the others costs less: what a long
+  /// list has scrolled away.
   bool onlyShownChildren = false;
-  std::shared_ptr<AtspiFacts> facts{};
-  std::function<void()> done{};
-  int open = 0;  ///< Unanswered calls of this round.
-  int round = 0;
 };
 
-/// Counts an answer in, and begins the next round after the last answer of one.
-void answered(const std::shared_ptr<Question>& question);
+/// Adds to a batch the requests for those of the wanted properties that are not known yet. `done`
+/// is called from the batch's run when all have been answered; never when the batch ends before.
+/// `properties` is kept alive until then.
+void requestProperties(Batch& batch, const PropertyQuery& query,
+                       std::shared_ptr<Properties> properties, std::function<void()> done);
 
-/// Asks for the names of the actions, where they stand for something.
-void askActions(const std::shared_ptr<Question>& question);
-
-/// Asks again for the names that the list of actions did not give plainly.
-void askActionNames(const std::shared_ptr<Question>& question);
-
-/// Asks for whatever the value of the object's role is made of.
-void askValue(const std::shared_ptr<Question>& question);
-
-/// Asks for the address of a page.
-void askAddress(const std::shared_ptr<Question>& question);
-
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::atspi

@@ -1,11 +1,14 @@
 #include "platform/linux/atspi/read/read_ahead.h"
 
+#include "platform/linux/atspi/read/property_request.h"
+
 #include <algorithm>
 
-#include "platform/linux/atspi/translate/translate.h"
+#include "platform/linux/atspi/translate/view.h"
+#include "platform/linux/atspi/translate/visibility.h"
 #include "platform/linux/atspi/wire/codec.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::atspi {
 namespace {
 
 /// Objects asked in one stretch. The walk seldom wants more than this, and what it does not want
@@ -33,9 +36,9 @@ bool hasCache(Toolkit toolkit) {
 
 /// Whether an object that is said to be shown may be none the less, which its place tells: rows
 /// scrolled away (GTK 3), lists of closed boxes (Qt), pages of a stack (GTK 4).
-bool onlyPlaceTellsHidden(const AtspiFacts& facts, Toolkit toolkit) {
+bool isHiddenByPlaceOnly(const Properties& properties, Toolkit toolkit) {
   return toolkit == Toolkit::gtk4 || toolkit == Toolkit::qt ||
-         (toolkit == Toolkit::gtk3 && isCellRole(facts.role));
+         (toolkit == Toolkit::gtk3 && isCellRole(properties.role));
 }
 
 /// Gives every parent the children that the cache lists for it, where it lists all of them and says
@@ -47,14 +50,14 @@ class ChildrenFromCache {
     children_[item.parent].emplace_back(item.index, item.ref);
   }
 
-  [[nodiscard]] std::optional<std::vector<AtspiRef>> of(const AtspiRef& parent) {
+  [[nodiscard]] std::optional<std::vector<Ref>> of(const Ref& parent) {
     const int count = counts_[parent];
-    std::vector<std::pair<int, AtspiRef>>& listed = children_[parent];
+    std::vector<std::pair<int, Ref>>& listed = children_[parent];
     if (count != static_cast<int>(listed.size())) {
       return std::nullopt;
     }
     std::ranges::sort(listed, {}, [](const auto& child) { return child.first; });
-    std::vector<AtspiRef> result;
+    std::vector<Ref> result;
     for (std::size_t i = 0; i < listed.size(); ++i) {
       if (listed[i].first != static_cast<int>(i)) {
         return std::nullopt;
@@ -65,19 +68,20 @@ class ChildrenFromCache {
   }
 
  private:
-  std::unordered_map<AtspiRef, int, AtspiRefHash> counts_;
-  std::unordered_map<AtspiRef, std::vector<std::pair<int, AtspiRef>>, AtspiRefHash> children_;
+  std::unordered_map<Ref, int, RefHash> counts_;
+  std::unordered_map<Ref, std::vector<std::pair<int, Ref>>, RefHash> children_;
 };
 
 }  // namespace
 
-FactSet factsReadAhead() {
-  return Fact::kind | Fact::name | Fact::description | Fact::identifier | Fact::attributes |
-         Fact::children | Fact::extents | Fact::actions | Fact::value | Fact::address;
+PropertySet propertiesReadAhead() {
+  return Property::basics | Property::name | Property::description | Property::identifier |
+         Property::attributes | Property::children | Property::extents | Property::actions |
+         Property::value | Property::address;
 }
 
-struct AtspiTree::Stretch {
-  AtspiBatch& batch;
+struct ReadAhead::Stretch {
+  Batch& batch;
   const std::string& busName;
   Toolkit toolkit = Toolkit::other;
   int started = 0;
@@ -85,7 +89,7 @@ struct AtspiTree::Stretch {
   int limit = kStretch;
 };
 
-AtspiTree::AtspiTree(const AtspiElement::Parts& root, const TreeReadLimits& limits)
+ReadAhead::ReadAhead(const ObjectHandle& root, const TreeReadLimits& limits)
     : pid_(root.pid), root_(root.ref), elements_(limits.elements) {
   const Duration left =
       std::max(limits.deadline - std::chrono::steady_clock::now(), Duration::zero());
@@ -94,18 +98,18 @@ AtspiTree::AtspiTree(const AtspiElement::Parts& root, const TreeReadLimits& limi
   answersUntil_ = limits.deadline - reserved / 2;
 }
 
-bool AtspiTree::isOver() const { return std::chrono::steady_clock::now() >= openUntil_; }
+bool ReadAhead::isOver() const { return std::chrono::steady_clock::now() >= openUntil_; }
 
-const std::shared_ptr<AtspiFacts>& AtspiTree::factsOf(const AtspiRef& ref) {
-  std::shared_ptr<AtspiFacts>& facts = facts_[ref];
-  if (!facts) {
-    facts = std::make_shared<AtspiFacts>();
+const std::shared_ptr<Properties>& ReadAhead::propertiesOf(const Ref& ref) {
+  std::shared_ptr<Properties>& properties = properties_[ref];
+  if (!properties) {
+    properties = std::make_shared<Properties>();
   }
-  return facts;
+  return properties;
 }
 
-void AtspiTree::readAhead(const AtspiElement::Parts& object, Toolkit toolkit, AtspiBus& channel) {
-  if (ended_ || factsOf(object.ref)->known.hasAll(factsReadAhead())) {
+void ReadAhead::readFrom(const ObjectHandle& object, Toolkit toolkit, Bus& channel) {
+  if (ended_ || propertiesOf(object.ref)->known.hasAll(propertiesReadAhead())) {
     return;
   }
   std::erase_if(ahead_, [&object](const Node& node) { return node.ref == object.ref; });
@@ -118,7 +122,7 @@ void AtspiTree::readAhead(const AtspiElement::Parts& object, Toolkit toolkit, At
       return;
     }
     const bool useCache = hasCache(toolkit) && !cacheTried_;
-    AtspiBatch batch(channel);
+    Batch batch(channel);
     Stretch stretch{batch, object.ref.bus, toolkit};
     stretch.limit = useCache ? std::min(kCacheWorthwhile, left) : left;
     Instant until = answersUntil_;
@@ -140,7 +144,7 @@ void AtspiTree::readAhead(const AtspiElement::Parts& object, Toolkit toolkit, At
   }
 }
 
-void AtspiTree::start(Stretch& stretch) {
+void ReadAhead::start(Stretch& stretch) {
   while (stretch.active < kAtOnce && stretch.started < stretch.limit && !ahead_.empty() &&
          (stretch.started == 0 || !isOver())) {
     const Node node = std::move(ahead_.back());
@@ -149,75 +153,78 @@ void AtspiTree::start(Stretch& stretch) {
   }
 }
 
-void AtspiTree::open(Stretch& stretch, const Node& node) {
-  const std::shared_ptr<AtspiFacts> facts = factsOf(node.ref);
+void ReadAhead::open(Stretch& stretch, const Node& node) {
+  const std::shared_ptr<Properties> properties = propertiesOf(node.ref);
   // What another process shows in there is read when the walk gets to it.
-  if (facts->known.hasAll(factsReadAhead()) || node.ref.bus != stretch.busName) {
+  if (properties->known.hasAll(propertiesReadAhead()) || node.ref.bus != stretch.busName) {
     return;
   }
   ++stretch.started;
   ++stretch.active;
-  askFacts(stretch.batch, {node.ref, stretch.toolkit, Fact::look}, facts,
-           [this, &stretch, node, facts] { lookKnown(stretch, node, facts); });
+  requestProperties(
+      stretch.batch, {node.ref, stretch.toolkit, Property::roleAndStates}, properties,
+      [this, &stretch, node, properties] { onRoleAndStates(stretch, node, properties); });
 }
 
-void AtspiTree::lookKnown(Stretch& stretch, const Node& node,
-                          const std::shared_ptr<AtspiFacts>& facts) {
-  const bool shown = node.whole || isShowing(*facts, stretch.toolkit) || isWindowRole(facts->role);
-  if (!facts->alive || !shown) {
-    passBy(stretch, *facts);
-  } else if (onlyPlaceTellsHidden(*facts, stretch.toolkit)) {
-    askFacts(stretch.batch, {node.ref, stretch.toolkit, Fact::extents}, facts,
-             [this, &stretch, node, facts] { placeKnown(stretch, node, facts); });
+void ReadAhead::onRoleAndStates(Stretch& stretch, const Node& node,
+                                const std::shared_ptr<Properties>& properties) {
+  const bool shown =
+      node.whole || isShowing(*properties, stretch.toolkit) || isWindowRole(properties->role);
+  if (!properties->alive || !shown) {
+    skip(stretch, *properties);
+  } else if (isHiddenByPlaceOnly(*properties, stretch.toolkit)) {
+    requestProperties(stretch.batch, {node.ref, stretch.toolkit, Property::extents}, properties,
+                      [this, &stretch, node, properties] { onExtents(stretch, node, properties); });
   } else {
-    askAll(stretch, node, facts);
+    requestAll(stretch, node, properties);
   }
 }
 
-void AtspiTree::placeKnown(Stretch& stretch, const Node& node,
-                           const std::shared_ptr<AtspiFacts>& facts) {
+void ReadAhead::onExtents(Stretch& stretch, const Node& node,
+                          const std::shared_ptr<Properties>& properties) {
   // What lies outside of the window is scrolled away, unless it is in a popover.
-  if (isWindow(*facts) && windows && windows->popups.empty()) {
-    window_ = plausible(facts->extents);
+  if (isWindow(*properties) && windows && windows->popups.empty()) {
+    window_ = plausible(properties->extents);
   }
-  const AtspiView view{.facts = *facts,
-                       .toolkit = stretch.toolkit,
-                       .inMenuBar = node.whole,
-                       .clip = node.clip ? node.clip : window_};
-  if (isHidden(view) && !isWindow(*facts)) {
-    passBy(stretch, *facts);
+  const View view{.properties = *properties,
+                  .toolkit = stretch.toolkit,
+                  .inMenuBar = node.whole,
+                  .clip = node.clip ? node.clip : window_};
+  if (isHidden(view) && !isWindow(*properties)) {
+    skip(stretch, *properties);
   } else {
-    askAll(stretch, node, facts);
+    requestAll(stretch, node, properties);
   }
 }
 
-void AtspiTree::askAll(Stretch& stretch, const Node& node,
-                       const std::shared_ptr<AtspiFacts>& facts) {
-  askFacts(stretch.batch, {node.ref, stretch.toolkit, factsReadAhead(), !node.whole}, facts,
-           [this, &stretch, node, facts] {
-             const std::optional<Rect> clip = clipBelow(node.clip, *facts, stretch.toolkit);
-             if (facts->children) {
-               for (auto child = facts->children->rbegin(); child != facts->children->rend();
-                    ++child) {
-                 ahead_.push_back({*child, node.whole, clip});
-               }
-             }
-             --stretch.active;
-             start(stretch);
-           });
+void ReadAhead::requestAll(Stretch& stretch, const Node& node,
+                           const std::shared_ptr<Properties>& properties) {
+  requestProperties(stretch.batch, {node.ref, stretch.toolkit, propertiesReadAhead(), !node.whole},
+                    properties, [this, &stretch, node, properties] {
+                      const std::optional<Rect> clip =
+                          clipBelow(node.clip, *properties, stretch.toolkit);
+                      if (properties->children) {
+                        for (auto child = properties->children->rbegin();
+                             child != properties->children->rend(); ++child) {
+                          ahead_.push_back({*child, node.whole, clip});
+                        }
+                      }
+                      --stretch.active;
+                      start(stretch);
+                    });
 }
 
-void AtspiTree::passBy(Stretch& stretch, AtspiFacts& facts) {
+void ReadAhead::skip(Stretch& stretch, Properties& properties) {
   // Nobody looks below what is hidden, and of itself nothing more is asked.
-  facts.known.add(factsReadAhead());
+  properties.known.add(propertiesReadAhead());
   --stretch.active;
   start(stretch);
 }
 
-void AtspiTree::readCache(const AtspiElement::Parts& object, AtspiBus& channel) {
+void ReadAhead::readCache(const ObjectHandle& object, Bus& channel) {
   cacheTried_ = true;
   std::vector<CacheItem> items;
-  AtspiBatch batch(channel);
+  Batch batch(channel);
   batch.call({object.ref.bus, "/org/a11y/atspi/cache"}, "org.a11y.atspi.Cache", "GetItems",
              [&items](Reply reply) {
                if (reply.ok) {
@@ -235,23 +242,24 @@ void AtspiTree::readCache(const AtspiElement::Parts& object, AtspiBus& channel) 
     children.add(item);
   }
   for (CacheItem& item : items) {
-    AtspiFacts& facts = *factsOf(item.ref);
-    if (facts.known.has(Fact::kind)) {
+    Properties& properties = *propertiesOf(item.ref);
+    if (properties.known.has(Property::basics)) {
       continue;
     }
-    facts.alive = true;
-    facts.role = item.role;
-    facts.states = item.states;
-    facts.interfaces = item.interfaces;
-    facts.name = std::move(item.name);
-    facts.description = std::move(item.description);
-    facts.parent = std::move(item.parent);
-    facts.known.add(Fact::kind | Fact::name | Fact::description | Fact::parent);
-    facts.children = children.of(item.ref);
-    if (facts.children) {
-      facts.known.add(Fact::children);
+    properties.alive = true;
+    properties.role = item.role;
+    properties.states = item.states;
+    properties.interfaces = item.interfaces;
+    properties.name = std::move(item.name);
+    properties.description = std::move(item.description);
+    properties.parent = std::move(item.parent);
+    properties.known.add(Property::basics | Property::name | Property::description |
+                         Property::parent);
+    properties.children = children.of(item.ref);
+    if (properties.children) {
+      properties.known.add(Property::children);
     }
   }
 }
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::atspi

@@ -14,19 +14,19 @@
 #include <vector>
 
 #include "platform/accessibility.h"
-#include "platform/linux/atspi/read/element.h"
-#include "platform/linux/atspi/read/properties.h"
+#include "platform/linux/atspi/translate/properties.h"
 #include "platform/linux/atspi/translate/window_matching.h"
 #include "platform/linux/atspi/wire/bus.h"
+#include "platform/linux/atspi/wire/object_handle.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::atspi {
 
 /// Everything the core asks of an element that it walks over.
-[[nodiscard]] FactSet factsReadAhead();
+[[nodiscard]] PropertySet propertiesReadAhead();
 
-class AtspiTree {
+class ReadAhead {
  public:
-  AtspiTree(const AtspiElement::Parts& root, const TreeReadLimits& limits);
+  ReadAhead(const ObjectHandle& root, const TreeReadLimits& limits);
 
   [[nodiscard]] Pid pid() const { return pid_; }
 
@@ -37,40 +37,42 @@ class AtspiTree {
   [[nodiscard]] bool closed() const { return closed_; }
 
   void end() { ended_ = closed_ = true; }
-  void askAgain() {
+  void readLive() {
     ended_ = true;
     closed_ = false;
   }
 
-  /// The facts of an object, as far as they are known; made when there are none.
-  [[nodiscard]] const std::shared_ptr<AtspiFacts>& factsOf(const AtspiRef& ref);
+  /// The properties of an object, as far as they are known; made when there are none.
+  [[nodiscard]] const std::shared_ptr<Properties>& propertiesOf(const Ref& ref);
 
   /// Reads the stretch of the tree that begins with `object`, unless it was read before, through a
   /// connection to its application. The root is read however little time is left: then this waits
   /// for at most its messaging time-out.
-  void readAhead(const AtspiElement::Parts& object, Toolkit toolkit, AtspiBus& channel);
+  void readFrom(const ObjectHandle& object, Toolkit toolkit, Bus& channel);
 
   std::optional<ApplicationWindows> windows;  ///< As they were when first asked for.
 
  private:
   struct Node {
-    AtspiRef ref;
+    Ref ref;
     bool whole = false;          ///< Also what is not shown: inside a menu bar.
-    std::optional<Rect> clip{};  ///< As in `AtspiElement::Parts`.
+    std::optional<Rect> clip{};  ///< As in `ObjectHandle`.
   };
   struct Stretch;
 
   [[nodiscard]] bool isOver() const;
   void start(Stretch& stretch);
   void open(Stretch& stretch, const Node& node);
-  void lookKnown(Stretch& stretch, const Node& node, const std::shared_ptr<AtspiFacts>& facts);
-  void placeKnown(Stretch& stretch, const Node& node, const std::shared_ptr<AtspiFacts>& facts);
-  void askAll(Stretch& stretch, const Node& node, const std::shared_ptr<AtspiFacts>& facts);
-  void passBy(Stretch& stretch, AtspiFacts& facts);
-  void readCache(const AtspiElement::Parts& object, AtspiBus& channel);
+  void onRoleAndStates(Stretch& stretch, const Node& node,
+                       const std::shared_ptr<Properties>& properties);
+  void onExtents(Stretch& stretch, const Node& node, const std::shared_ptr<Properties>& properties);
+  void requestAll(Stretch& stretch, const Node& node,
+                  const std::shared_ptr<Properties>& properties);
+  void skip(Stretch& stretch, Properties& properties);
+  void readCache(const ObjectHandle& object, Bus& channel);
 
   Pid pid_;
-  AtspiRef root_;
+  Ref root_;
   std::size_t elements_;  ///< About as many as the walk will visit.
   Instant openUntil_;     ///< From then on no further object is asked.
   Instant answersUntil_;  ///< From then on what has not answered is given up.
@@ -78,8 +80,8 @@ class AtspiTree {
   bool closed_ = false;
   bool cacheTried_ = false;
   std::optional<Rect> window_;  ///< Where the toolkit tells places inside the window.
-  std::unordered_map<AtspiRef, std::shared_ptr<AtspiFacts>, AtspiRefHash> facts_;
+  std::unordered_map<Ref, std::shared_ptr<Properties>, RefHash> properties_;
   std::vector<Node> ahead_;  ///< Known of, not asked yet; the last is the next in the walk.
 };
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::atspi

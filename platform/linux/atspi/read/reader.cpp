@@ -1,8 +1,10 @@
 #include "platform/linux/atspi/read/reader.h"
 
+#include "platform/linux/atspi/read/property_request.h"
+
 #include <algorithm>
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::atspi {
 namespace {
 
 /// How far up the window of an object is looked for.
@@ -41,129 +43,128 @@ WindowNumber keyboardWindowAmong(const std::vector<LocatedWindow>& windows,
 }  // namespace
 
 /// Ends the scope it was made for, unless a later one has replaced it.
-class AtspiReader::Scope final : public TreeRead {
+class Reader::Scope final : public TreeRead {
  public:
-  Scope(AtspiReader& reader, std::shared_ptr<AtspiTree> tree)
-      : reader_(reader), tree_(std::move(tree)) {}
+  Scope(Reader& reader, std::shared_ptr<ReadAhead> ahead)
+      : reader_(reader), readAhead_(std::move(ahead)) {}
   Scope(const Scope&) = delete;
   Scope& operator=(const Scope&) = delete;
   ~Scope() override {
-    if (reader_.tree_ == tree_) {
-      reader_.tree_.reset();
+    if (reader_.readAhead_ == readAhead_) {
+      reader_.readAhead_.reset();
     }
   }
 
-  [[nodiscard]] bool incomplete() const override { return tree_->ended(); }
-  void askAgain() override { tree_->askAgain(); }
+  [[nodiscard]] bool incomplete() const override { return readAhead_->ended(); }
+  void askAgain() override { readAhead_->readLive(); }
 
  private:
-  AtspiReader& reader_;
-  std::shared_ptr<AtspiTree> tree_;
+  Reader& reader_;
+  std::shared_ptr<ReadAhead> readAhead_;
 };
 
-AtspiTree* AtspiReader::treeOf(Pid pid) {
-  return tree_ && tree_->pid() == pid ? tree_.get() : nullptr;
+ReadAhead* Reader::readAheadOf(Pid pid) {
+  return readAhead_ && readAhead_->pid() == pid ? readAhead_.get() : nullptr;
 }
 
-bool AtspiReader::failed(Pid pid) {
-  const AtspiTree* tree = treeOf(pid);
+bool Reader::failed(Pid pid) {
+  const ReadAhead* ahead = readAheadOf(pid);
   const auto silent = silentUntil_.find(pid);
-  return (tree != nullptr && tree->closed()) ||
+  return (ahead != nullptr && ahead->closed()) ||
          (silent != silentUntil_.end() && std::chrono::steady_clock::now() < silent->second);
 }
 
-void AtspiReader::noteFailure(Pid pid) {
+void Reader::noteFailure(Pid pid) {
   silentUntil_[pid] = std::chrono::steady_clock::now() + kLeftAlone;
-  if (AtspiTree* tree = treeOf(pid)) {
-    tree->end();
+  if (ReadAhead* ahead = readAheadOf(pid)) {
+    ahead->end();
   }
 }
 
-BatchLimits AtspiReader::limitsFor(const AtspiElement::Parts& object) {
+BatchLimits Reader::limitsFor(const ObjectHandle& object) {
   return {std::chrono::steady_clock::now() + object.timeout, object.timeout};
 }
 
-Toolkit AtspiReader::toolkitOf(const AtspiElement::Parts& object) {
+Toolkit Reader::toolkitOf(const ObjectHandle& object) {
   if (failed(object.pid)) {
-    return applications_.knownToolkitOf(object.ref.bus).value_or(Toolkit::other);
+    return registry_.knownToolkitOf(object.ref.bus).value_or(Toolkit::other);
   }
-  const std::optional<Toolkit> toolkit = applications_.toolkitOf(object.ref.bus, object.timeout);
+  const std::optional<Toolkit> toolkit = registry_.toolkitOf(object.ref.bus, object.timeout);
   if (!toolkit) {
     noteFailure(object.pid);
   }
   return toolkit.value_or(Toolkit::other);
 }
 
-void AtspiReader::reach(const AtspiElement::Parts& object) {
-  if (AtspiTree* tree = treeOf(object.pid)) {
+void Reader::readAheadFrom(const ObjectHandle& object) {
+  if (ReadAhead* ahead = readAheadOf(object.pid)) {
     const Toolkit toolkit = toolkitOf(object);
-    if (!tree->ended()) {
-      tree->readAhead(object, toolkit,
-                      applications_.channelTo(object.ref.bus, toolkit, object.timeout));
+    if (!ahead->ended()) {
+      ahead->readFrom(object, toolkit,
+                      registry_.channelTo(object.ref.bus, toolkit, object.timeout));
     }
   }
 }
 
-bool AtspiReader::ask(const AtspiElement::Parts& object,
-                      const std::function<void(AtspiBatch&)>& fill) {
+bool Reader::request(const ObjectHandle& object, const std::function<void(Batch&)>& fill) {
   if (failed(object.pid)) {
     return false;
   }
-  AtspiBatch batch(bus_);
+  Batch batch(bus_);
   fill(batch);
   const BatchOutcome outcome = batch.run(limitsFor(object));
   if (outcome == BatchOutcome::timedOut) {
     noteFailure(object.pid);
-  } else if (outcome == BatchOutcome::lost && treeOf(object.pid) != nullptr) {
-    treeOf(object.pid)->end();
+  } else if (outcome == BatchOutcome::lost && readAheadOf(object.pid) != nullptr) {
+    readAheadOf(object.pid)->end();
   }
   return outcome == BatchOutcome::complete;
 }
 
-FactsPtr AtspiReader::learn(const AtspiElement::Parts& object, FactSet wanted) {
-  return learnAll({&object, 1}, wanted).front();
+PropertiesPtr Reader::read(const ObjectHandle& object, PropertySet wanted) {
+  return readAll({&object, 1}, wanted).front();
 }
 
-std::vector<FactsPtr> AtspiReader::learnAll(std::span<const AtspiElement::Parts> objects,
-                                            FactSet wanted) {
-  std::vector<FactsPtr> result(objects.size());
+std::vector<PropertiesPtr> Reader::readAll(std::span<const ObjectHandle> objects,
+                                           PropertySet wanted) {
+  std::vector<PropertiesPtr> result(objects.size());
   if (objects.empty()) {
     return result;
   }
-  AtspiTree* tree = treeOf(objects.front().pid);
+  ReadAhead* ahead = readAheadOf(objects.front().pid);
   const Toolkit toolkit = toolkitOf(objects.front());
-  const auto isKnown = [wanted](const std::shared_ptr<AtspiFacts>& facts) {
-    return facts->known.hasAll(wanted | Fact::look);
+  const auto isKnown = [wanted](const std::shared_ptr<Properties>& properties) {
+    return properties->known.hasAll(wanted | Property::roleAndStates);
   };
-  std::vector<std::shared_ptr<AtspiFacts>> facts;
-  for (const AtspiElement::Parts& object : objects) {
-    facts.push_back(tree ? tree->factsOf(object.ref) : std::make_shared<AtspiFacts>());
+  std::vector<std::shared_ptr<Properties>> properties;
+  for (const ObjectHandle& object : objects) {
+    properties.push_back(ahead ? ahead->propertiesOf(object.ref) : std::make_shared<Properties>());
   }
-  if (!std::ranges::all_of(facts, isKnown)) {
-    ask(objects.front(), [&](AtspiBatch& batch) {
-      for (std::size_t i = 0; i < facts.size(); ++i) {
-        if (!isKnown(facts[i])) {
-          askFacts(batch, {objects[i].ref, toolkit, wanted}, facts[i], {});
+  if (!std::ranges::all_of(properties, isKnown)) {
+    request(objects.front(), [&](Batch& batch) {
+      for (std::size_t i = 0; i < properties.size(); ++i) {
+        if (!isKnown(properties[i])) {
+          requestProperties(batch, {objects[i].ref, toolkit, wanted}, properties[i], {});
         }
       }
     });
   }
-  for (std::size_t i = 0; i < facts.size(); ++i) {
-    if (isKnown(facts[i]) && facts[i]->alive) {
-      result[i] = facts[i];
+  for (std::size_t i = 0; i < properties.size(); ++i) {
+    if (isKnown(properties[i]) && properties[i]->alive) {
+      result[i] = properties[i];
     }
   }
   return result;
 }
 
-std::vector<AtspiElement::Parts> AtspiReader::topLevelObjects(Pid pid, Duration patience) {
-  std::vector<AtspiElement::Parts> result;
-  for (const AtspiApp& application : applications_.of(pid, patience)) {
-    const AtspiElement::Parts root{.pid = pid, .timeout = patience, .ref = application.root};
-    ask(root, [&](AtspiBatch& batch) {
+std::vector<ObjectHandle> Reader::topLevelObjects(Pid pid, Duration patience) {
+  std::vector<ObjectHandle> result;
+  for (const Registration& application : registry_.registrationsOf(pid, patience)) {
+    const ObjectHandle root{.pid = pid, .timeout = patience, .ref = application.root};
+    request(root, [&](Batch& batch) {
       batch.call(root.ref, kAccessible, "GetChildren", [&](Reply reply) {
-        for (AtspiRef& child : (reply.ok ? readRefs(reply.message) : std::nullopt)
-                                   .value_or(std::vector<AtspiRef>())) {
+        for (Ref& child :
+             (reply.ok ? readRefs(reply.message) : std::nullopt).value_or(std::vector<Ref>())) {
           result.push_back({.pid = pid, .timeout = patience, .ref = child, .window = child});
         }
       });
@@ -172,20 +173,21 @@ std::vector<AtspiElement::Parts> AtspiReader::topLevelObjects(Pid pid, Duration 
   return result;
 }
 
-const ApplicationWindows& AtspiReader::windowsOf(Pid pid, Duration patience) {
-  AtspiTree* tree = treeOf(pid);
-  if (tree != nullptr && tree->windows) {
-    return *tree->windows;
+const ApplicationWindows& Reader::windowsOf(Pid pid, Duration patience) {
+  ReadAhead* ahead = readAheadOf(pid);
+  if (ahead != nullptr && ahead->windows) {
+    return *ahead->windows;
   }
-  if (momentPid_ == pid) {
-    return moment_;
+  if (windowsThisCallPid_ == pid) {
+    return windowsThisCall_;
   }
-  const std::vector<AtspiElement::Parts> objects = topLevelObjects(pid, patience);
-  const std::vector<FactsPtr> facts = learnAll(objects, Fact::name | Fact::parent | Fact::extents);
+  const std::vector<ObjectHandle> objects = topLevelObjects(pid, patience);
+  const std::vector<PropertiesPtr> properties =
+      readAll(objects, Property::name | Property::parent | Property::extents);
   std::vector<Toplevel> toplevels;
   for (std::size_t i = 0; i < objects.size(); ++i) {
-    if (facts[i]) {
-      toplevels.push_back({objects[i].ref, toolkitOf(objects[i]), facts[i], std::nullopt});
+    if (properties[i]) {
+      toplevels.push_back({objects[i].ref, toolkitOf(objects[i]), properties[i], std::nullopt});
     }
   }
   std::vector<Toplevel>& known = known_[pid];
@@ -194,18 +196,18 @@ const ApplicationWindows& AtspiReader::windowsOf(Pid pid, Duration patience) {
   } else {
     known = toplevels;
   }
-  moment_ = paired(pid, toplevels, patience);
-  momentPid_ = pid;
-  if (tree != nullptr && !tree->ended()) {
-    tree->windows = moment_;
+  windowsThisCall_ = paired(pid, toplevels, patience);
+  windowsThisCallPid_ = pid;
+  if (ahead != nullptr && !ahead->ended()) {
+    ahead->windows = windowsThisCall_;
   }
-  return moment_;
+  return windowsThisCall_;
 }
 
 /// Twins wait for a proof: one that receives keystrokes now tells which it is, and is known from
 /// then on.
-ApplicationWindows AtspiReader::paired(Pid pid, const std::vector<Toplevel>& toplevels,
-                                       Duration patience) {
+ApplicationWindows Reader::paired(Pid pid, const std::vector<Toplevel>& toplevels,
+                                  Duration patience) {
   const std::vector<LocatedWindow> windows = locator_.windowsOf(pid);
   std::vector<ProvenPair>& proven = proven_[pid];
   std::erase_if(proven, [&](const ProvenPair& pair) {
@@ -218,7 +220,7 @@ ApplicationWindows AtspiReader::paired(Pid pid, const std::vector<Toplevel>& top
     if (focused == 0 || failed(pid)) {
       continue;
     }
-    if (const std::optional<AtspiRef> active = activeTwin(pid, twins, focused, patience)) {
+    if (const std::optional<Ref> active = activeTwin(pid, twins, focused, patience)) {
       proven.push_back({*active, focused});
       matched = toplevels;
       static_cast<void>(pairWithWindows(matched, windows, proven));
@@ -231,25 +233,24 @@ ApplicationWindows AtspiReader::paired(Pid pid, const std::vector<Toplevel>& top
 /// The twin that its application calls the active one while its window has the keyboard. The
 /// application learns of that after the X server, so it is asked when it has caught up, and what it
 /// says counts when nothing has changed meanwhile.
-std::optional<AtspiRef> AtspiReader::activeTwin(Pid pid, const Twins& twins, WindowNumber focused,
-                                                Duration patience) {
+std::optional<Ref> Reader::activeTwin(Pid pid, const Twins& twins, WindowNumber focused,
+                                      Duration patience) {
   if (!locator_.awaitEventsHandled(focused, patience)) {
     return std::nullopt;
   }
-  const std::vector<AtspiRef> active = activeAmong(pid, twins.objects, patience);
+  const std::vector<Ref> active = activeAmong(pid, twins.objects, patience);
   const bool isStillFocused =
       keyboardWindowAmong(locator_.windowsOf(pid), twins.windows) == focused;
   return active.size() == 1 && isStillFocused ? std::optional(active.front()) : std::nullopt;
 }
 
-std::vector<AtspiRef> AtspiReader::activeAmong(Pid pid, const std::vector<AtspiRef>& objects,
-                                               Duration patience) {
-  std::vector<AtspiRef> active;
-  ask({.pid = pid, .timeout = patience, .ref = objects.front()}, [&](AtspiBatch& batch) {
-    for (const AtspiRef& object : objects) {
+std::vector<Ref> Reader::activeAmong(Pid pid, const std::vector<Ref>& objects, Duration patience) {
+  std::vector<Ref> active;
+  request({.pid = pid, .timeout = patience, .ref = objects.front()}, [&](Batch& batch) {
+    for (const Ref& object : objects) {
       batch.call(object, kAccessible, "GetState", [&active, &object](Reply reply) {
         const auto states = reply.ok ? readStates(reply.message) : std::nullopt;
-        if (states && states->has(AtspiState::active)) {
+        if (states && states->has(State::active)) {
           active.push_back(object);
         }
       });
@@ -258,46 +259,46 @@ std::vector<AtspiRef> AtspiReader::activeAmong(Pid pid, const std::vector<AtspiR
   return active;
 }
 
-FactsPtr AtspiReader::factsOfSilentWindow(const AtspiElement::Parts& object) {
+PropertiesPtr Reader::propertiesOfSilentWindow(const ObjectHandle& object) {
   if (!failed(object.pid)) {
     return nullptr;
   }
   const std::vector<Toplevel>& known = known_[object.pid];
   const auto found = std::ranges::find(known, object.ref, &Toplevel::ref);
-  return found == known.end() ? nullptr : found->facts;
+  return found == known.end() ? nullptr : found->properties;
 }
 
-std::optional<Toplevel> AtspiReader::toplevelOf(const AtspiElement::Parts& object) {
+std::optional<Toplevel> Reader::toplevelOf(const ObjectHandle& object) {
   const std::vector<Toplevel>& all = windowsOf(object.pid, object.timeout).toplevels;
-  AtspiRef at = object.window.empty() ? object.ref : object.window;
+  Ref at = object.window.empty() ? object.ref : object.window;
   const Instant end = std::chrono::steady_clock::now() + object.timeout;
   for (int depth = 0; depth < kMaxDepth && std::chrono::steady_clock::now() < end; ++depth) {
     const auto found = std::ranges::find(all, at, &Toplevel::ref);
     if (found != all.end()) {
       return *found;
     }
-    AtspiElement::Parts parts = object;
+    ObjectHandle parts = object;
     parts.ref = at;
-    const FactsPtr facts = learn(parts, Fact::parent);
-    if (!facts || !facts->parent || facts->parent->empty()) {
+    const PropertiesPtr properties = read(parts, Property::parent);
+    if (!properties || !properties->parent || properties->parent->empty()) {
       return std::nullopt;
     }
-    at = *facts->parent;
+    at = *properties->parent;
   }
   return std::nullopt;
 }
 
-std::unique_ptr<TreeRead> AtspiReader::readTree(const AtspiElement::Parts& window,
-                                                const TreeReadLimits& limits) {
-  tree_ = std::make_shared<AtspiTree>(window, limits);
-  auto scope = std::make_unique<Scope>(*this, tree_);
+std::unique_ptr<TreeRead> Reader::readTree(const ObjectHandle& window,
+                                           const TreeReadLimits& limits) {
+  readAhead_ = std::make_shared<ReadAhead>(window, limits);
+  auto scope = std::make_unique<Scope>(*this, readAhead_);
   if (failed(window.pid)) {
-    tree_->end();  // It is left alone for a while yet, and must not pass for empty.
+    readAhead_->end();  // It is left alone for a while yet, and must not pass for empty.
   }
   // The toolkit's name is the first question: an application that hangs shows here.
   static_cast<void>(windowsOf(window.pid, window.timeout));
-  reach(window);
+  readAheadFrom(window);
   return scope;
 }
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::atspi

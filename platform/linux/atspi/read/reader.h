@@ -1,5 +1,5 @@
-// Asks objects for facts: live, each bounded by its application's messaging time-out, or from what
-// was read ahead while a tree is being read.
+// Reads the properties of objects: live, each read bounded by its application's messaging time-out,
+// or from what was read ahead while a tree is being read.
 //
 // Worker thread only.
 #pragma once
@@ -11,86 +11,86 @@
 #include <vector>
 
 #include "platform/accessibility.h"
-#include "platform/linux/atspi/read/element.h"
-#include "platform/linux/atspi/read/properties.h"
 #include "platform/linux/atspi/read/read_ahead.h"
 #include "platform/linux/atspi/read/registry.h"
+#include "platform/linux/atspi/translate/properties.h"
 #include "platform/linux/atspi/translate/window_matching.h"
 #include "platform/linux/atspi/wire/bus.h"
+#include "platform/linux/atspi/wire/object_handle.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::atspi {
 
-using FactsPtr = std::shared_ptr<const AtspiFacts>;
+using PropertiesPtr = std::shared_ptr<const Properties>;
 
-class AtspiReader {
+class Reader {
  public:
-  AtspiReader(AtspiBus& bus, WindowLocator& locator)
-      : bus_(bus), applications_(bus), locator_(locator) {}
+  Reader(Bus& bus, WindowLocator& locator) : bus_(bus), registry_(bus), locator_(locator) {}
 
-  /// What an object tells; null when it is gone, does not answer, or is not among what was read
-  /// before this tree read ended.
-  [[nodiscard]] FactsPtr learn(const AtspiElement::Parts& object, FactSet wanted);
+  /// What an object reports; null when it is gone, does not answer, or was not read before the
+  /// reading ahead of this scope ended.
+  [[nodiscard]] PropertiesPtr read(const ObjectHandle& object, PropertySet wanted);
 
   /// The same for several objects of one application in one batch: one slot each, in order.
-  [[nodiscard]] std::vector<FactsPtr> learnAll(std::span<const AtspiElement::Parts> objects,
-                                               FactSet wanted);
+  [[nodiscard]] std::vector<PropertiesPtr> readAll(std::span<const ObjectHandle> objects,
+                                                   PropertySet wanted);
 
   /// The top-level objects of a process with their windows.
   [[nodiscard]] const ApplicationWindows& windowsOf(Pid pid, Duration patience);
 
-  /// What a window told before its application stopped answering; null when it answers, and when
-  /// the object is no window.
-  [[nodiscard]] FactsPtr factsOfSilentWindow(const AtspiElement::Parts& object);
+  /// What a window reported before its application stopped answering; null when it answers, and
+  /// when the object is no window.
+  [[nodiscard]] PropertiesPtr propertiesOfSilentWindow(const ObjectHandle& object);
 
-  /// The top-level object that an object lies in; none when it cannot be found, or not within the
+  /// The top-level object that an object lies in; empty when it cannot be found, or not within one
   /// messaging time-out: the answers of an application that is slow, but in time, add up.
-  [[nodiscard]] std::optional<Toplevel> toplevelOf(const AtspiElement::Parts& object);
+  [[nodiscard]] std::optional<Toplevel> toplevelOf(const ObjectHandle& object);
 
   /// `other` when the application does not answer.
-  [[nodiscard]] Toolkit toolkitOf(const AtspiElement::Parts& object);
+  [[nodiscard]] Toolkit toolkitOf(const ObjectHandle& object);
 
   /// In a tree read: reads ahead from an object that the walk has reached.
-  void reach(const AtspiElement::Parts& object);
+  void readAheadFrom(const ObjectHandle& object);
 
-  /// Asks one thing; false when there was no answer in time or the connection failed.
-  bool ask(const AtspiElement::Parts& object, const std::function<void(AtspiBatch&)>& fill);
+  /// Runs one batch of requests, which `fill` adds; false when an answer did not come in time or
+  /// the connection failed.
+  bool request(const ObjectHandle& object, const std::function<void(Batch&)>& fill);
 
-  [[nodiscard]] AtspiBus& bus() { return bus_; }
-  [[nodiscard]] AtspiApplications& applications() { return applications_; }
+  [[nodiscard]] Bus& bus() { return bus_; }
+  [[nodiscard]] Registry& registry() { return registry_; }
   [[nodiscard]] WindowLocator& locator() { return locator_; }
 
   /// Forgets what holds only for the length of one call of the service: where the windows are.
-  void beginCall() { momentPid_ = 0; }
+  void beginCall() { windowsThisCallPid_ = 0; }
 
   /// The scope of `Accessibility::readTree`.
-  [[nodiscard]] std::unique_ptr<TreeRead> readTree(const AtspiElement::Parts& window,
+  [[nodiscard]] std::unique_ptr<TreeRead> readTree(const ObjectHandle& window,
                                                    const TreeReadLimits& limits);
 
  private:
   class Scope;
 
-  [[nodiscard]] AtspiTree* treeOf(Pid pid);
-  [[nodiscard]] std::vector<AtspiElement::Parts> topLevelObjects(Pid pid, Duration patience);
+  [[nodiscard]] ReadAhead* readAheadOf(Pid pid);
+  [[nodiscard]] std::vector<ObjectHandle> topLevelObjects(Pid pid, Duration patience);
   [[nodiscard]] ApplicationWindows paired(Pid pid, const std::vector<Toplevel>& toplevels,
                                           Duration patience);
-  [[nodiscard]] std::optional<AtspiRef> activeTwin(Pid pid, const Twins& twins,
-                                                   WindowNumber focused, Duration patience);
-  [[nodiscard]] std::vector<AtspiRef> activeAmong(Pid pid, const std::vector<AtspiRef>& objects,
-                                                  Duration patience);
+  [[nodiscard]] std::optional<Ref> activeTwin(Pid pid, const Twins& twins, WindowNumber focused,
+                                              Duration patience);
+  [[nodiscard]] std::vector<Ref> activeAmong(Pid pid, const std::vector<Ref>& objects,
+                                             Duration patience);
   [[nodiscard]] bool failed(Pid pid);
   void noteFailure(Pid pid);
-  [[nodiscard]] BatchLimits limitsFor(const AtspiElement::Parts& object);
+  [[nodiscard]] BatchLimits limitsFor(const ObjectHandle& object);
 
-  AtspiBus& bus_;
-  AtspiApplications applications_;
+  Bus& bus_;
+  Registry registry_;
   WindowLocator& locator_;
-  std::shared_ptr<AtspiTree> tree_;
+  std::shared_ptr<ReadAhead> readAhead_;
   std::unordered_map<Pid, Instant> silentUntil_;          ///< Who failed to answer.
-  std::unordered_map<Pid, std::vector<Toplevel>> known_;  ///< As last told, without places.
+  std::unordered_map<Pid, std::vector<Toplevel>> known_;  ///< As last reported, without windows.
   /// Which of several twins is which does not change while they live.
   std::unordered_map<Pid, std::vector<ProvenPair>> proven_;
-  Pid momentPid_ = 0;
-  ApplicationWindows moment_;
+  Pid windowsThisCallPid_ = 0;
+  ApplicationWindows windowsThisCall_;
 };
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::atspi

@@ -1,6 +1,6 @@
 #include "platform/linux/atspi/read/registry.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::atspi {
 namespace {
 
 BatchLimits within(Duration patience) {
@@ -12,7 +12,7 @@ constexpr auto kNameless = std::chrono::seconds(1);
 
 }  // namespace
 
-void AtspiApplications::forgetAfterReconnect() {
+void Registry::forgetAfterReconnect() {
   // A new bus counts its names from the start again.
   static_cast<void>(bus_.connection());
   if (generation_ != bus_.generation()) {
@@ -25,9 +25,9 @@ void AtspiApplications::forgetAfterReconnect() {
   }
 }
 
-void AtspiApplications::learnPids(const std::vector<AtspiRef>& roots, Duration patience) {
-  AtspiBatch batch(bus_);
-  for (const AtspiRef& root : roots) {
+void Registry::learnPids(const std::vector<Ref>& roots, Duration patience) {
+  Batch batch(bus_);
+  for (const Ref& root : roots) {
     if (pids_.contains(root.bus)) {
       continue;
     }
@@ -45,10 +45,10 @@ void AtspiApplications::learnPids(const std::vector<AtspiRef>& roots, Duration p
   static_cast<void>(batch.run(within(patience)));
 }
 
-std::vector<AtspiApp> AtspiApplications::of(Pid pid, Duration patience) {
+std::vector<Registration> Registry::registrationsOf(Pid pid, Duration patience) {
   forgetAfterReconnect();
-  std::vector<AtspiRef> roots;
-  AtspiBatch batch(bus_);
+  std::vector<Ref> roots;
+  Batch batch(bus_);
   batch.call(registryRoot(), kAccessible, "GetChildren", [&roots](Reply reply) {
     if (auto children = reply.ok ? readRefs(reply.message) : std::nullopt) {
       roots = *std::move(children);
@@ -56,8 +56,8 @@ std::vector<AtspiApp> AtspiApplications::of(Pid pid, Duration patience) {
   });
   static_cast<void>(batch.run(within(patience)));
   learnPids(roots, patience);
-  std::vector<AtspiApp> result;
-  for (const AtspiRef& root : roots) {
+  std::vector<Registration> result;
+  for (const Ref& root : roots) {
     const auto found = pids_.find(root.bus);
     if (found != pids_.end() && found->second == pid) {
       result.push_back({root, pid});
@@ -66,7 +66,7 @@ std::vector<AtspiApp> AtspiApplications::of(Pid pid, Duration patience) {
   return result;
 }
 
-std::optional<Toolkit> AtspiApplications::toolkitOf(const std::string& busName, Duration patience) {
+std::optional<Toolkit> Registry::toolkitOf(const std::string& busName, Duration patience) {
   forgetAfterReconnect();
   if (const std::optional<Toolkit> known = knownToolkitOf(busName)) {
     return known;
@@ -77,8 +77,8 @@ std::optional<Toolkit> AtspiApplications::toolkitOf(const std::string& busName, 
   }
   std::optional<std::string> name;
   std::string version;
-  AtspiBatch batch(bus_);
-  const AtspiRef root{busName, kRootPath};
+  Batch batch(bus_);
+  const Ref root{busName, kRootPath};
   batch.property(root, kApplication, "ToolkitName", [&name](Reply reply) {
     name = reply.ok ? readVariantText(reply.message) : std::nullopt;
   });
@@ -95,13 +95,12 @@ std::optional<Toolkit> AtspiApplications::toolkitOf(const std::string& busName, 
   return toolkits_[busName] = toolkitNamed(*name, version);
 }
 
-std::optional<Toolkit> AtspiApplications::knownToolkitOf(const std::string& busName) const {
+std::optional<Toolkit> Registry::knownToolkitOf(const std::string& busName) const {
   const auto known = toolkits_.find(busName);
   return known == toolkits_.end() ? std::nullopt : std::optional(known->second);
 }
 
-AtspiBus& AtspiApplications::channelTo(const std::string& busName, Toolkit toolkit,
-                                       Duration patience) {
+Bus& Registry::channelTo(const std::string& busName, Toolkit toolkit, Duration patience) {
   // The bus costs GTK 3 as much time again as its answers do; the others take long enough over
   // them.
   if (toolkit != Toolkit::gtk3) {
@@ -109,7 +108,7 @@ AtspiBus& AtspiApplications::channelTo(const std::string& busName, Toolkit toolk
   }
   if (channelName_ != busName) {
     std::string address;
-    AtspiBatch batch(bus_);
+    Batch batch(bus_);
     batch.call({busName, kRootPath}, kApplication, "GetApplicationBusAddress",
                [&address](Reply reply) {
                  address = (reply.ok ? readText(reply.message) : std::nullopt).value_or("");
@@ -120,10 +119,10 @@ AtspiBus& AtspiApplications::channelTo(const std::string& busName, Toolkit toolk
     channelName_ = busName;
     const auto pid = pids_.find(busName);
     const bool offered = !address.empty() && pid != pids_.end();
-    channel_ = offered ? std::make_unique<AtspiBus>(DirectAddress{std::move(address), pid->second})
-                       : nullptr;
+    channel_ =
+        offered ? std::make_unique<Bus>(PeerAddress{std::move(address), pid->second}) : nullptr;
   }
   return channel_ && channel_->connection() != nullptr ? *channel_ : bus_;
 }
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::atspi

@@ -11,24 +11,24 @@
 #include <vector>
 
 #include "platform/accessibility.h"
-#include "platform/linux/atspi/read/properties.h"
+#include "platform/linux/atspi/translate/properties.h"
 #include "platform/linux/atspi/wire/bus.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::atspi {
 
 /// One registration of an application. A process may have several.
-struct AtspiApp {
-  AtspiRef root;
+struct Registration {
+  Ref root;
   Pid pid = 0;
 };
 
-class AtspiApplications {
+class Registry {
  public:
-  explicit AtspiApplications(AtspiBus& bus) : bus_(bus) {}
+  explicit Registry(Bus& bus) : bus_(bus) {}
 
   /// The registrations of a process, in the registry's order; empty when it has none or the bus
   /// does not answer within `patience`.
-  [[nodiscard]] std::vector<AtspiApp> of(Pid pid, Duration patience);
+  [[nodiscard]] std::vector<Registration> registrationsOf(Pid pid, Duration patience);
 
   /// The toolkit of a connection, asked once; none while the application does not answer. One that
   /// answers without a name, as it may while it starts, is `other` for a second.
@@ -39,19 +39,19 @@ class AtspiApplications {
 
   /// The connection to read an application through: its own, past the bus, where it offers one and
   /// is the faster for it, else the bus. Asked once; the bus too while there is no answer.
-  [[nodiscard]] AtspiBus& channelTo(const std::string& busName, Toolkit toolkit, Duration patience);
+  [[nodiscard]] Bus& channelTo(const std::string& busName, Toolkit toolkit, Duration patience);
 
  private:
   void forgetAfterReconnect();
-  void learnPids(const std::vector<AtspiRef>& roots, Duration patience);
+  void learnPids(const std::vector<Ref>& roots, Duration patience);
 
-  AtspiBus& bus_;
+  Bus& bus_;
   int generation_ = 0;
   std::unordered_map<std::string, Pid> pids_;  ///< Unique names are never used again.
   std::unordered_map<std::string, Toolkit> toolkits_;
   std::unordered_map<std::string, Instant> namelessUntil_;
-  std::string channelName_;            ///< Whose channel the next is.
-  std::unique_ptr<AtspiBus> channel_;  ///< Null for the bus.
+  std::string channelName_;       ///< Whose channel the next is.
+  std::unique_ptr<Bus> channel_;  ///< Null for the bus.
 };
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::atspi

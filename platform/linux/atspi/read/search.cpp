@@ -2,12 +2,12 @@
 
 #include <algorithm>
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::atspi {
 namespace {
 
-void appendChildren(std::vector<AtspiElement::Parts>& level, const AtspiElement::Parts& parent,
-                    const AtspiFacts& facts) {
-  for (const AtspiRef& child : facts.children.value_or(std::vector<AtspiRef>())) {
+void appendChildren(std::vector<ObjectHandle>& level, const ObjectHandle& parent,
+                    const Properties& properties) {
+  for (const Ref& child : properties.children.value_or(std::vector<Ref>())) {
     level.push_back(parent);
     level.back().ref = child;
   }
@@ -15,11 +15,11 @@ void appendChildren(std::vector<AtspiElement::Parts>& level, const AtspiElement:
 
 }  // namespace
 
-void searchBelow(AtspiReader& reader, const AtspiElement::Parts& start, FactSet wanted,
-                 std::size_t limit, const Visitor& visit) {
-  wanted.add(Fact::kind | Fact::children);
-  const FactsPtr top = reader.learn(start, wanted);
-  std::vector<AtspiElement::Parts> level;
+void searchBelow(Reader& reader, const ObjectHandle& start, PropertySet wanted, std::size_t limit,
+                 const Visitor& visit) {
+  wanted.add(Property::basics | Property::children);
+  const PropertiesPtr top = reader.read(start, wanted);
+  std::vector<ObjectHandle> level;
   if (top) {
     appendChildren(level, start, *top);
   }
@@ -28,15 +28,15 @@ void searchBelow(AtspiReader& reader, const AtspiElement::Parts& start, FactSet 
   while (!level.empty() && seen < limit && std::chrono::steady_clock::now() < end) {
     level.resize(std::min(level.size(), limit - seen));
     seen += level.size();
-    const std::vector<FactsPtr> facts = reader.learnAll(level, wanted);
-    std::vector<AtspiElement::Parts> next;
+    const std::vector<PropertiesPtr> properties = reader.readAll(level, wanted);
+    std::vector<ObjectHandle> next;
     for (std::size_t i = 0; i < level.size(); ++i) {
-      if (facts[i] && visit(level[i], *facts[i]) == Visit::descend) {
-        appendChildren(next, level[i], *facts[i]);
+      if (properties[i] && visit(level[i], *properties[i]) == Visit::descend) {
+        appendChildren(next, level[i], *properties[i]);
       }
     }
     level = std::move(next);
   }
 }
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::atspi

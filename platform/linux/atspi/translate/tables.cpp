@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::atspi {
 namespace {
 
 using enum ValueSource;
@@ -213,16 +213,16 @@ constexpr EventRow kEvents[] = {
 
 struct MenuEventRow {
   std::string_view detail;
-  AtspiRole role;
+  Role role;
 };
 
 // How toolkits say that a menu opened: all of these are changes of a state.
 constexpr MenuEventRow kMenuEvents[] = {
-  {"showing",  AtspiRole::menu},       // Chromium
-  {"showing",  AtspiRole::popupMenu},  // Qt
-  {"focused",  AtspiRole::menu},       // GTK 3, of a context menu
-  {"selected", AtspiRole::menu},       // GTK 3, in the menu bar
-  {"expanded", AtspiRole::menuItem},   // GTK 4, in the menu bar
+  {"showing",  Role::menu},       // Chromium
+  {"showing",  Role::popupMenu},  // Qt
+  {"focused",  Role::menu},       // GTK 3, of a context menu
+  {"selected", Role::menu},       // GTK 3, in the menu bar
+  {"expanded", Role::menuItem},   // GTK 4, in the menu bar
 };
 // clang-format on
 
@@ -277,16 +277,16 @@ bool isCellRole(std::uint32_t role) {
   return contains(kCellRoles, role) || contains(kHeaderRoles, role);
 }
 
-RoleRow refined(const RoleRow& row, AtspiStates states) {
+RoleRow refined(const RoleRow& row, States states) {
   RoleRow result = row;
-  const auto role = static_cast<AtspiRole>(row.role);
-  const bool manyLines = states.has(AtspiState::multiLine);
-  if ((role == AtspiRole::text || role == AtspiRole::entry) && manyLines) {
+  const auto role = static_cast<Role>(row.role);
+  const bool manyLines = states.has(State::multiLine);
+  if ((role == Role::text || role == Role::entry) && manyLines) {
     result.axRole = "AXTextArea";
-  } else if (role == AtspiRole::comboBox && states.has(AtspiState::editable)) {
+  } else if (role == Role::comboBox && states.has(State::editable)) {
     result.axRole = "AXComboBox";
     result.value = text;
-  } else if (role == AtspiRole::listItem && states.has(AtspiState::selectable)) {
+  } else if (role == Role::listItem && states.has(State::selectable)) {
     result.axRole = "AXRow";
   }
   return result;
@@ -326,4 +326,4 @@ bool isOfMenu(const EventRow& row, std::uint32_t role) {
          });
 }
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::atspi

@@ -7,10 +7,12 @@
 #include <span>
 #include <string_view>
 
-namespace tarqo::lnx {
+#include "platform/linux/atspi/wire/codec.h"
+
+namespace tarqo::lnx::atspi {
 
 /// The roles that the code tells apart, by their numbers on the bus.
-enum class AtspiRole : std::uint32_t {
+enum class Role : std::uint32_t {
   invalid = 0,
   alert = 2,
   checkBox = 7,
@@ -41,45 +43,6 @@ enum class AtspiRole : std::uint32_t {
   entry = 79,
   documentWeb = 95,
   staticText = 116,
-};
-
-/// The states that the code asks for, by their bit numbers on the bus.
-enum class AtspiState : unsigned {
-  active = 1,
-  checked = 4,
-  editable = 7,
-  enabled = 8,
-  expanded = 10,
-  focusable = 11,
-  focused = 12,
-  iconified = 15,
-  modal = 16,
-  multiLine = 17,
-  pressed = 20,
-  selectable = 22,
-  selected = 23,
-  sensitive = 24,
-  showing = 25,
-  singleLine = 26,
-  visible = 30,
-  managesDescendants = 31,
-  indeterminate = 32,
-  checkable = 41,
-  readOnly = 43,
-};
-
-/// The states of an object as the bus sends them: one bit each.
-class AtspiStates {
- public:
-  AtspiStates() = default;
-  explicit AtspiStates(std::uint64_t bits) : bits_(bits) {}
-
-  [[nodiscard]] bool has(AtspiState state) const {
-    return (bits_ >> static_cast<unsigned>(state) & 1U) != 0;
-  }
-
- private:
-  std::uint64_t bits_ = 0;
 };
 
 /// Where the value of an element comes from.
@@ -115,7 +78,7 @@ struct RoleRow {
 [[nodiscard]] bool isCellRole(std::uint32_t role);
 
 /// What the row of a role leaves to the states: the role and subrole that is shown in the end.
-[[nodiscard]] RoleRow refined(const RoleRow& row, AtspiStates states);
+[[nodiscard]] RoleRow refined(const RoleRow& row, States states);
 
 /// The protocol's name of an action ("click" is "AXPress"), case ignored; none for what it has no
 /// name for. The same word means different things on different roles.
@@ -146,4 +109,4 @@ inline constexpr std::string_view kMenuClosed = "AXMenuClosed";
 /// tells the end of a state, that it closed.
 [[nodiscard]] bool isOfMenu(const EventRow& row, std::uint32_t role);
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::atspi

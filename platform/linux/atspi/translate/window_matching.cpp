@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cmath>
 
-#include "platform/linux/atspi/translate/translate.h"
+#include "platform/linux/atspi/translate/visibility.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::atspi {
 namespace {
 
 /// Objects and windows whose titles differ must agree to this much in every coordinate.
@@ -46,7 +46,7 @@ Rect withoutShadow(const LocatedWindow& window) {
 
 /// Toolkits report a top-level object with or without its decorations and shadows.
 double resemblance(const Toplevel& toplevel, const LocatedWindow& window) {
-  const std::optional<Rect> extents = plausible(toplevel.facts->extents);
+  const std::optional<Rect> extents = plausible(toplevel.properties->extents);
   if (!extents) {
     return kPlaceUnknown;
   }
@@ -62,7 +62,7 @@ std::vector<Pair> possiblePairs(const std::vector<Toplevel>& toplevels,
   std::vector<Pair> pairs;
   for (std::size_t t = 0; t < toplevels.size(); ++t) {
     for (std::size_t w = 0; w < windows.size(); ++w) {
-      const std::string& name = toplevels[t].facts->name;
+      const std::string& name = toplevels[t].properties->name;
       // Popups bear the program's name, as may a window.
       const bool titled = !name.empty() && name == windows[w].title && !windows[w].overrideRedirect;
       const double apart = resemblance(toplevels[t], windows[w]);
@@ -186,7 +186,7 @@ std::vector<Twins> pairWithWindows(std::vector<Toplevel>& toplevels,
                                    const std::vector<ProvenPair>& proven) {
   const auto others = std::stable_partition(
       toplevels.begin(), toplevels.end(),
-      [](const Toplevel& toplevel) { return isWindowRole(toplevel.facts->role); });
+      [](const Toplevel& toplevel) { return isWindowRole(toplevel.properties->role); });
   std::vector<Toplevel> plain(others, toplevels.end());
   toplevels.erase(others, toplevels.end());
   std::vector<Twins> twins = matchWindows(toplevels, windows, proven);
@@ -227,11 +227,11 @@ Point screenOffset(const Toplevel& toplevel) {
   }
   // Without the property a shadow shows by the window being larger than its content, evenly.
   Point offset{window.client.x, window.client.y};
-  if (const std::optional<Rect> extents = plausible(toplevel.facts->extents)) {
+  if (const std::optional<Rect> extents = plausible(toplevel.properties->extents)) {
     offset.x += std::max(0.0, (window.client.width - extents->width) / 2);
     offset.y += std::max(0.0, (window.client.height - extents->height) / 2);
   }
   return offset;
 }
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::atspi

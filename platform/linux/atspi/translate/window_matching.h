@@ -6,16 +6,16 @@
 #include <optional>
 #include <vector>
 
-#include "platform/linux/atspi/read/properties.h"
+#include "platform/linux/atspi/translate/properties.h"
 #include "platform/linux/x11/window_locator.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::atspi {
 
 /// A top-level object, and the window that shows it.
 struct Toplevel {
-  AtspiRef ref;
+  Ref ref;
   Toolkit toolkit = Toolkit::other;
-  std::shared_ptr<const AtspiFacts> facts;  ///< Kind, name, parent and extents.
+  std::shared_ptr<const Properties> properties;  ///< Kind, name, parent and extents.
   std::optional<LocatedWindow> window;
 };
 
@@ -27,14 +27,14 @@ struct ApplicationWindows {
 
 /// An object and its window, known by more than their looks.
 struct ProvenPair {
-  AtspiRef ref;
+  Ref ref;
   WindowNumber window = 0;
 };
 
 /// Objects and windows that title, place and size do not tell apart, such as two windows of one
 /// program that show the same page at the same place.
 struct Twins {
-  std::vector<AtspiRef> objects;
+  std::vector<Ref> objects;
   std::vector<WindowNumber> windows;
 };
 
@@ -60,4 +60,4 @@ std::vector<Twins> pairWithWindows(std::vector<Toplevel>& toplevels,
 [[nodiscard]] const LocatedWindow* popupOfSize(const ApplicationWindows& windows,
                                                const Rect& extents);
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::atspi

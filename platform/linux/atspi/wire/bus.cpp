@@ -5,7 +5,7 @@
 
 #include "platform/linux/base/bus_readiness.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::atspi {
 namespace {
 
 using std::chrono::duration_cast;
@@ -49,17 +49,17 @@ BusHandle connect(const std::string& address, Instant deadline) {
   }
   // A bus that accepts connections but never says hello must not be taken for one that works.
   const char* name = nullptr;
-  sd_bus_message* question = nullptr;
-  if (sd_bus_message_new_method_call(made, &question, "org.freedesktop.DBus",
+  sd_bus_message* request = nullptr;
+  if (sd_bus_message_new_method_call(made, &request, "org.freedesktop.DBus",
                                      "/org/freedesktop/DBus", "org.freedesktop.DBus",
                                      "GetId") < 0) {
     return nullptr;
   }
-  const Message call(question);
+  const Message call(request);
   sd_bus_message* answer = nullptr;
-  const int asked = sd_bus_call(made, question, numberOf(helloBefore(deadline)), nullptr, &answer);
+  const int result = sd_bus_call(made, request, numberOf(helloBefore(deadline)), nullptr, &answer);
   const Message held(answer);
-  if (asked < 0 || sd_bus_get_unique_name(made, &name) < 0) {
+  if (result < 0 || sd_bus_get_unique_name(made, &name) < 0) {
     return nullptr;
   }
   return bus;
@@ -67,9 +67,9 @@ BusHandle connect(const std::string& address, Instant deadline) {
 
 }  // namespace
 
-bool AtspiRef::empty() const { return path.empty() || path == "/org/a11y/atspi/null"; }
+bool Ref::empty() const { return path.empty() || path == "/org/a11y/atspi/null"; }
 
-AtspiRef registryRoot() { return {"org.a11y.atspi.Registry", kRootPath}; }
+Ref registryRoot() { return {"org.a11y.atspi.Registry", kRootPath}; }
 
 namespace {
 
@@ -107,13 +107,13 @@ BusHandle openAccessibilityBus(Duration patience) {
   return address ? connect(*address, deadline) : nullptr;
 }
 
-sd_bus* AtspiBus::connection() {
+sd_bus* Bus::connection() {
   if (bus_ && sd_bus_is_open(bus_.get()) <= 0) {
     bus_.reset();
   }
   const Instant started = std::chrono::steady_clock::now();
   if (!bus_ && started >= notBefore_) {
-    bus_ = isDirect() ? openApplication(application_) : openAccessibilityBus(kConnectPatience);
+    bus_ = isPeer() ? openPeerConnection(application_) : openAccessibilityBus(kConnectPatience);
     ++generation_;
     const Instant ended = std::chrono::steady_clock::now();
     if (!bus_ && ended - started > kSlowFailure) {
@@ -123,11 +123,11 @@ sd_bus* AtspiBus::connection() {
   return bus_.get();
 }
 
-void AtspiBus::drop() { bus_.reset(); }
+void Bus::drop() { bus_.reset(); }
 
-Message AtspiBatch::make(const AtspiRef& target, const char* interface, const char* member) {
+Message Batch::make(const Ref& target, const char* interface, const char* member) {
   sd_bus* bus = bus_.connection();
-  const char* name = bus_.isDirect() ? nullptr : target.bus.c_str();
+  const char* name = bus_.isPeer() ? nullptr : target.bus.c_str();
   sd_bus_message* made = nullptr;
   if (bus == nullptr || sd_bus_message_new_method_call(bus, &made, name, target.path.c_str(),
                                                        interface, member) < 0) {
@@ -136,7 +136,7 @@ Message AtspiBatch::make(const AtspiRef& target, const char* interface, const ch
   return Message(made);
 }
 
-void AtspiBatch::send(Message message, ReplyHandler handler) {
+void Batch::send(Message message, ReplyHandler handler) {
   if (!message) {
     handler({});
     return;
@@ -144,13 +144,13 @@ void AtspiBatch::send(Message message, ReplyHandler handler) {
   waiting_.emplace_back(std::move(message), std::move(handler));
 }
 
-void AtspiBatch::call(const AtspiRef& target, const char* interface, const char* member,
-                      ReplyHandler handler) {
+void Batch::call(const Ref& target, const char* interface, const char* member,
+                 ReplyHandler handler) {
   send(make(target, interface, member), std::move(handler));
 }
 
-void AtspiBatch::callWithNumber(const AtspiRef& target, AtspiMethod method, std::int32_t number,
-                                ReplyHandler handler) {
+void Batch::callWithNumber(const Ref& target, Method method, std::int32_t number,
+                           ReplyHandler handler) {
   Message message = make(target, method.interface, method.name);
   if (message) {
     sd_bus_message_append(message.get(), "i", number);
@@ -158,8 +158,8 @@ void AtspiBatch::callWithNumber(const AtspiRef& target, AtspiMethod method, std:
   send(std::move(message), std::move(handler));
 }
 
-void AtspiBatch::property(const AtspiRef& target, const char* interface, const char* name,
-                          ReplyHandler handler) {
+void Batch::property(const Ref& target, const char* interface, const char* name,
+                     ReplyHandler handler) {
   Message message = make(target, "org.freedesktop.DBus.Properties", "Get");
   if (message) {
     sd_bus_message_append(message.get(), "ss", interface, name);
@@ -167,9 +167,9 @@ void AtspiBatch::property(const AtspiRef& target, const char* interface, const c
   send(std::move(message), std::move(handler));
 }
 
-int AtspiBatch::onReply(sd_bus_message* reply, void* pending, sd_bus_error* /*error*/) {
+int Batch::onReply(sd_bus_message* reply, void* pending, sd_bus_error* /*error*/) {
   auto* answered = static_cast<Pending*>(pending);
-  AtspiBatch& batch = *answered->batch;
+  Batch& batch = *answered->batch;
   const ReplyHandler handler = std::move(answered->handler);
   batch.pending_.erase(answered->self);
   batch.lastAnswer_ = std::chrono::steady_clock::now();
@@ -182,7 +182,7 @@ int AtspiBatch::onReply(sd_bus_message* reply, void* pending, sd_bus_error* /*er
   return 1;
 }
 
-bool AtspiBatch::sendWaiting() {
+bool Batch::sendWaiting() {
   while (pending_.size() < kWindow && !waiting_.empty()) {
     auto [message, handler] = std::move(waiting_.front());
     waiting_.pop_front();
@@ -202,7 +202,7 @@ bool AtspiBatch::sendWaiting() {
   return true;
 }
 
-bool AtspiBatch::waitForInput(BatchLimits limits) {
+bool Batch::waitForInput(BatchLimits limits) {
   const Instant now = std::chrono::steady_clock::now();
   const Instant until = std::min(limits.deadline, lastAnswer_ + limits.perAnswer);
   if (now >= until) {
@@ -213,7 +213,7 @@ bool AtspiBatch::waitForInput(BatchLimits limits) {
   return true;
 }
 
-BatchOutcome AtspiBatch::run(BatchLimits limits) {
+BatchOutcome Batch::run(BatchLimits limits) {
   stopped_ = false;
   lastAnswer_ = std::chrono::steady_clock::now();
   while (!stopped_) {
@@ -240,4 +240,4 @@ BatchOutcome AtspiBatch::run(BatchLimits limits) {
   return BatchOutcome::complete;
 }
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::atspi

@@ -15,21 +15,21 @@
 #include "platform/linux/atspi/wire/peer_connection.h"
 #include "platform/linux/base/bus_handles.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::atspi {
 
 /// One object on the bus: the unique name of the connection that holds it, and its path there.
-struct AtspiRef {
+struct Ref {
   std::string bus;
   std::string path;
 
-  bool operator==(const AtspiRef&) const = default;
+  bool operator==(const Ref&) const = default;
 
   /// AT-SPI says "no object" by a null path.
   [[nodiscard]] bool empty() const;
 };
 
-struct AtspiRefHash {
-  std::size_t operator()(const AtspiRef& ref) const {
+struct RefHash {
+  std::size_t operator()(const Ref& ref) const {
     return std::hash<std::string>()(ref.path) * 31 + std::hash<std::string>()(ref.bus);
   }
 };
@@ -47,15 +47,15 @@ inline constexpr const char* kValue = "org.a11y.atspi.Value";
 inline constexpr const char* kRootPath = "/org/a11y/atspi/accessible/root";
 
 /// The object below which every application registers.
-[[nodiscard]] AtspiRef registryRoot();
+[[nodiscard]] Ref registryRoot();
 
-class AtspiBus {
+class Bus {
  public:
   /// To the accessibility bus.
-  AtspiBus() = default;
+  Bus() = default;
 
   /// To one application, past the bus, at the address it told, which is not empty.
-  explicit AtspiBus(DirectAddress application) : application_(std::move(application)) {}
+  explicit Bus(PeerAddress application) : application_(std::move(application)) {}
 
   /// The connection; made when there is none. Null when there is no session bus or no accessibility
   /// bus on it. Waits for at most 3 s, when the accessibility bus must be started first; after an
@@ -66,7 +66,7 @@ class AtspiBus {
   [[nodiscard]] sd_bus* current() const { return bus_.get(); }
 
   /// Whether what is sent goes to one application, whoever it is addressed to.
-  [[nodiscard]] bool isDirect() const { return !application_.text.empty(); }
+  [[nodiscard]] bool isPeer() const { return !application_.text.empty(); }
 
   /// Gives up a connection that failed. The next use makes a new one.
   void drop();
@@ -75,7 +75,7 @@ class AtspiBus {
   [[nodiscard]] int generation() const { return generation_; }
 
  private:
-  DirectAddress application_;  ///< Empty for the bus.
+  PeerAddress application_;  ///< Empty for the bus.
   BusHandle bus_;
   int generation_ = 0;
   Instant notBefore_ = kDistantPast;
@@ -98,7 +98,7 @@ enum class BatchOutcome {
   lost       ///< The connection failed.
 };
 
-struct AtspiMethod {
+struct Method {
   const char* interface;
   const char* name;
 };
@@ -111,28 +111,25 @@ struct BatchLimits {
 
 /// Calls that are sent without awaiting each other's answers. Answers are handled in `run`, and a
 /// handler may add further calls. Calls that are unanswered when it is destroyed are forgotten.
-class AtspiBatch {
+class Batch {
  public:
-  explicit AtspiBatch(AtspiBus& bus) : bus_(bus) {}
-  AtspiBatch(const AtspiBatch&) = delete;
-  AtspiBatch& operator=(const AtspiBatch&) = delete;
+  explicit Batch(Bus& bus) : bus_(bus) {}
+  Batch(const Batch&) = delete;
+  Batch& operator=(const Batch&) = delete;
 
   /// A call to be filled with arguments and given to `send`; null when there is no bus.
-  [[nodiscard]] Message make(const AtspiRef& target, const char* interface, const char* member);
+  [[nodiscard]] Message make(const Ref& target, const char* interface, const char* member);
 
   void send(Message message, ReplyHandler handler);
 
   /// A call without arguments.
-  void call(const AtspiRef& target, const char* interface, const char* member,
-            ReplyHandler handler);
+  void call(const Ref& target, const char* interface, const char* member, ReplyHandler handler);
 
   /// A call with a number as its argument.
-  void callWithNumber(const AtspiRef& target, AtspiMethod method, std::int32_t number,
-                      ReplyHandler handler);
+  void callWithNumber(const Ref& target, Method method, std::int32_t number, ReplyHandler handler);
 
   /// Reads a property; the answer is a variant.
-  void property(const AtspiRef& target, const char* interface, const char* name,
-                ReplyHandler handler);
+  void property(const Ref& target, const char* interface, const char* name, ReplyHandler handler);
 
   [[nodiscard]] BatchOutcome run(BatchLimits limits);
 
@@ -141,7 +138,7 @@ class AtspiBatch {
 
  private:
   struct Pending {
-    AtspiBatch* batch = nullptr;
+    Batch* batch = nullptr;
     ReplyHandler handler;
     Slot slot;
     std::list<Pending>::iterator self;
@@ -151,11 +148,11 @@ class AtspiBatch {
   [[nodiscard]] bool sendWaiting();
   [[nodiscard]] bool waitForInput(BatchLimits limits);
 
-  AtspiBus& bus_;
+  Bus& bus_;
   std::deque<std::pair<Message, ReplyHandler>> waiting_;
   std::list<Pending> pending_;
   Instant lastAnswer_ = kDistantPast;
   bool stopped_ = false;
 };
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::atspi

@@ -3,19 +3,19 @@
 #include <array>
 #include <cstring>
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::atspi {
 namespace {
 
-constexpr std::pair<std::string_view, AtspiInterface> kInterfaces[] = {
-    {"Action", AtspiInterface::action},
-    {"Component", AtspiInterface::component},
-    {"Collection", AtspiInterface::collection},
-    {"Document", AtspiInterface::document},
-    {"EditableText", AtspiInterface::editableText},
-    {"Selection", AtspiInterface::selection},
-    {"Table", AtspiInterface::table},
-    {"Text", AtspiInterface::text},
-    {"Value", AtspiInterface::value},
+constexpr std::pair<std::string_view, Interface> kInterfaces[] = {
+    {"Action", Interface::action},
+    {"Component", Interface::component},
+    {"Collection", Interface::collection},
+    {"Document", Interface::document},
+    {"EditableText", Interface::editableText},
+    {"Selection", Interface::selection},
+    {"Table", Interface::table},
+    {"Text", Interface::text},
+    {"Value", Interface::value},
 };
 
 constexpr std::string_view kPrefix = "org.a11y.atspi.";
@@ -45,16 +45,16 @@ bool enter(sd_bus_message* m, char type, const char* contents) {
 void leave(sd_bus_message* m) { sd_bus_message_exit_container(m); }
 
 /// Reads the inside of an open array or struct position: (so).
-std::optional<AtspiRef> readRefHere(sd_bus_message* m) {
+std::optional<Ref> readRefHere(sd_bus_message* m) {
   const char* bus = nullptr;
   const char* path = nullptr;
   if (sd_bus_message_read(m, "(so)", &bus, &path) <= 0) {
     return std::nullopt;
   }
-  return AtspiRef{bus, path};
+  return Ref{bus, path};
 }
 
-std::optional<AtspiStates> readStatesHere(sd_bus_message* m) {
+std::optional<States> readStatesHere(sd_bus_message* m) {
   const void* data = nullptr;
   std::size_t bytes = 0;
   if (sd_bus_message_read_array(m, 'u', &data, &bytes) < 0) {
@@ -66,14 +66,14 @@ std::optional<AtspiStates> readStatesHere(sd_bus_message* m) {
   if (count > 1) {
     bits |= static_cast<std::uint64_t>(words[1]) << 32U;
   }
-  return AtspiStates(bits);
+  return States(bits);
 }
 
-std::optional<AtspiInterfaces> readInterfacesHere(sd_bus_message* m) {
+std::optional<Interfaces> readInterfacesHere(sd_bus_message* m) {
   if (!enter(m, 'a', "s")) {
     return std::nullopt;
   }
-  AtspiInterfaces result;
+  Interfaces result;
   const char* name = nullptr;
   while (sd_bus_message_read(m, "s", &name) > 0) {
     result.add(name);
@@ -84,7 +84,7 @@ std::optional<AtspiInterfaces> readInterfacesHere(sd_bus_message* m) {
 
 }  // namespace
 
-void AtspiInterfaces::add(std::string_view name) {
+void Interfaces::add(std::string_view name) {
   if (!name.starts_with(kPrefix)) {
     return;
   }
@@ -120,14 +120,14 @@ std::optional<bool> readBool(sd_bus_message* m) {
   return truth != 0;
 }
 
-std::optional<AtspiRef> readRef(sd_bus_message* m) { return readRefHere(m); }
+std::optional<Ref> readRef(sd_bus_message* m) { return readRefHere(m); }
 
-std::optional<std::vector<AtspiRef>> readRefs(sd_bus_message* m) {
+std::optional<std::vector<Ref>> readRefs(sd_bus_message* m) {
   if (!enter(m, 'a', "(so)")) {
     return std::nullopt;
   }
-  std::vector<AtspiRef> result;
-  while (std::optional<AtspiRef> ref = readRefHere(m)) {
+  std::vector<Ref> result;
+  while (std::optional<Ref> ref = readRefHere(m)) {
     if (!ref->empty()) {
       result.push_back(*std::move(ref));
     }
@@ -136,15 +136,15 @@ std::optional<std::vector<AtspiRef>> readRefs(sd_bus_message* m) {
   return result;
 }
 
-std::optional<AtspiStates> readStates(sd_bus_message* m) { return readStatesHere(m); }
+std::optional<States> readStates(sd_bus_message* m) { return readStatesHere(m); }
 
-std::optional<AtspiInterfaces> readInterfaces(sd_bus_message* m) { return readInterfacesHere(m); }
+std::optional<Interfaces> readInterfaces(sd_bus_message* m) { return readInterfacesHere(m); }
 
-std::optional<AtspiAttributes> readAttributes(sd_bus_message* m) {
+std::optional<Attributes> readAttributes(sd_bus_message* m) {
   if (!enter(m, 'a', "{ss}")) {
     return std::nullopt;
   }
-  AtspiAttributes result;
+  Attributes result;
   const char* key = nullptr;
   const char* value = nullptr;
   while (sd_bus_message_read(m, "{ss}", &key, &value) > 0) {
@@ -208,7 +208,7 @@ std::optional<int> readVariantInt(sd_bus_message* m) {
   return number;
 }
 
-std::optional<AtspiRef> readVariantRef(sd_bus_message* m) {
+std::optional<Ref> readVariantRef(sd_bus_message* m) {
   if (!enter(m, 'v', "(so)")) {
     return std::nullopt;
   }
@@ -251,14 +251,14 @@ AccessibleProperties readProperties(sd_bus_message* m) {
   return result;
 }
 
-std::vector<AtspiRef> readRelation(sd_bus_message* m, std::uint32_t type) {
-  std::vector<AtspiRef> result;
+std::vector<Ref> readRelation(sd_bus_message* m, std::uint32_t type) {
+  std::vector<Ref> result;
   if (!enter(m, 'a', "(ua(so))")) {
     return result;
   }
   while (enter(m, 'r', "ua(so)")) {
     const std::optional<std::uint32_t> kind = readNumber(m);
-    std::optional<std::vector<AtspiRef>> targets = readRefs(m);
+    std::optional<std::vector<Ref>> targets = readRefs(m);
     leave(m);
     if (kind == type && targets) {
       result = *std::move(targets);
@@ -275,21 +275,21 @@ std::vector<CacheItem> readCacheItems(sd_bus_message* m) {
   }
   while (enter(m, 'r', kContents)) {
     CacheItem item;
-    const std::optional<AtspiRef> self = readRefHere(m);
-    const std::optional<AtspiRef> application = readRefHere(m);
-    const std::optional<AtspiRef> parent = readRefHere(m);
+    const std::optional<Ref> self = readRefHere(m);
+    const std::optional<Ref> application = readRefHere(m);
+    const std::optional<Ref> parent = readRefHere(m);
     std::int32_t index = -1;
     std::int32_t count = -1;
     if (!self || !application || !parent || sd_bus_message_read(m, "ii", &index, &count) <= 0) {
       break;
     }
-    const std::optional<AtspiInterfaces> interfaces = readInterfacesHere(m);
+    const std::optional<Interfaces> interfaces = readInterfacesHere(m);
     const char* name = nullptr;
     const char* description = nullptr;
     if (!interfaces || sd_bus_message_read(m, "sus", &name, &item.role, &description) <= 0) {
       break;
     }
-    const std::optional<AtspiStates> states = readStatesHere(m);
+    const std::optional<States> states = readStatesHere(m);
     if (!states) {
       break;
     }
@@ -307,4 +307,4 @@ std::vector<CacheItem> readCacheItems(sd_bus_message* m) {
   return result;
 }
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::atspi

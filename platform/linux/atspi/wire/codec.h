@@ -6,17 +6,56 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
 #include "platform/geometry.h"
-#include "platform/linux/atspi/translate/tables.h"
 #include "platform/linux/atspi/wire/bus.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::atspi {
 
-/// The interfaces that are asked for, one bit each.
-enum class AtspiInterface : unsigned {
+/// The states that are read, by their bit numbers on the bus.
+enum class State : unsigned {
+  active = 1,
+  checked = 4,
+  editable = 7,
+  enabled = 8,
+  expanded = 10,
+  focusable = 11,
+  focused = 12,
+  iconified = 15,
+  modal = 16,
+  multiLine = 17,
+  pressed = 20,
+  selectable = 22,
+  selected = 23,
+  sensitive = 24,
+  showing = 25,
+  singleLine = 26,
+  visible = 30,
+  managesDescendants = 31,
+  indeterminate = 32,
+  checkable = 41,
+  readOnly = 43,
+};
+
+/// The states of an object as the bus sends them: one bit each.
+class States {
+ public:
+  States() = default;
+  explicit States(std::uint64_t bits) : bits_(bits) {}
+
+  [[nodiscard]] bool has(State state) const {
+    return (bits_ >> static_cast<unsigned>(state) & 1U) != 0;
+  }
+
+ private:
+  std::uint64_t bits_ = 0;
+};
+
+/// The interfaces that are read, one bit each.
+enum class Interface : unsigned {
   action = 1U << 0,
   component = 1U << 1,
   collection = 1U << 2,
@@ -28,9 +67,9 @@ enum class AtspiInterface : unsigned {
   value = 1U << 8,
 };
 
-class AtspiInterfaces {
+class Interfaces {
  public:
-  [[nodiscard]] bool has(AtspiInterface which) const {
+  [[nodiscard]] bool has(Interface which) const {
     return (bits_ & static_cast<unsigned>(which)) != 0;
   }
   void add(std::string_view name);
@@ -39,39 +78,39 @@ class AtspiInterfaces {
   unsigned bits_ = 0;
 };
 
-using AtspiAttributes = std::vector<std::pair<std::string, std::string>>;
+using Attributes = std::vector<std::pair<std::string, std::string>>;
 
 /// The properties of an accessible object, read at once. What the toolkit left out is none.
 struct AccessibleProperties {
   std::optional<std::string> name;
   std::optional<std::string> description;
   std::optional<std::string> identifier;
-  std::optional<AtspiAttributes> attributes;
-  std::optional<AtspiRef> parent;
+  std::optional<Attributes> attributes;
+  std::optional<Ref> parent;
   std::optional<int> childCount;
 };
 
 /// One row of the cache that some toolkits fill for a whole application at once.
 struct CacheItem {
-  AtspiRef ref;
-  AtspiRef parent;
+  Ref ref;
+  Ref parent;
   int index = -1;       ///< Among the parent's children; -1 when the toolkit does not say.
   int childCount = -1;  ///< -1 when the cache leaves the children out.
-  AtspiInterfaces interfaces;
+  Interfaces interfaces;
   std::string name;
   std::uint32_t role = 0;
   std::string description;
-  AtspiStates states;
+  States states;
 };
 
 [[nodiscard]] std::optional<std::string> readText(sd_bus_message* m);
 [[nodiscard]] std::optional<std::uint32_t> readNumber(sd_bus_message* m);
 [[nodiscard]] std::optional<bool> readBool(sd_bus_message* m);
-[[nodiscard]] std::optional<AtspiRef> readRef(sd_bus_message* m);
-[[nodiscard]] std::optional<std::vector<AtspiRef>> readRefs(sd_bus_message* m);
-[[nodiscard]] std::optional<AtspiStates> readStates(sd_bus_message* m);
-[[nodiscard]] std::optional<AtspiInterfaces> readInterfaces(sd_bus_message* m);
-[[nodiscard]] std::optional<AtspiAttributes> readAttributes(sd_bus_message* m);
+[[nodiscard]] std::optional<Ref> readRef(sd_bus_message* m);
+[[nodiscard]] std::optional<std::vector<Ref>> readRefs(sd_bus_message* m);
+[[nodiscard]] std::optional<States> readStates(sd_bus_message* m);
+[[nodiscard]] std::optional<Interfaces> readInterfaces(sd_bus_message* m);
+[[nodiscard]] std::optional<Attributes> readAttributes(sd_bus_message* m);
 
 /// A rectangle as it was told, garbage included.
 [[nodiscard]] std::optional<Rect> readExtents(sd_bus_message* m);
@@ -83,13 +122,13 @@ struct CacheItem {
 [[nodiscard]] std::optional<std::string> readVariantText(sd_bus_message* m);
 [[nodiscard]] std::optional<double> readVariantDouble(sd_bus_message* m);
 [[nodiscard]] std::optional<int> readVariantInt(sd_bus_message* m);
-[[nodiscard]] std::optional<AtspiRef> readVariantRef(sd_bus_message* m);
+[[nodiscard]] std::optional<Ref> readVariantRef(sd_bus_message* m);
 
 [[nodiscard]] AccessibleProperties readProperties(sd_bus_message* m);
 
 /// The targets of the relations of one type.
-[[nodiscard]] std::vector<AtspiRef> readRelation(sd_bus_message* m, std::uint32_t type);
+[[nodiscard]] std::vector<Ref> readRelation(sd_bus_message* m, std::uint32_t type);
 
 [[nodiscard]] std::vector<CacheItem> readCacheItems(sd_bus_message* m);
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::atspi

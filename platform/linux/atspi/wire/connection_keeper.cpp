@@ -7,7 +7,7 @@
 
 #include "platform/linux/base/spawn.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::atspi {
 namespace {
 
 /// What the child does. Calls only what is safe after a fork of a process with threads.
@@ -50,4 +50,4 @@ ConnectionKeeper::~ConnectionKeeper() {
   }
 }
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::atspi

@@ -3,7 +3,7 @@
 
 #include "platform/process_id.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::atspi {
 
 /// A child that holds a socket until its other end is closed. It is in a session of its own, has no
 /// other file open, and heeds no signal but SIGKILL, so that what ends the helper spares it.
@@ -27,4 +27,4 @@ class ConnectionKeeper {
   Pid pid_ = 0;
 };
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::atspi

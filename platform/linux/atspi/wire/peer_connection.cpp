@@ -4,7 +4,7 @@
 
 #include <string_view>
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::atspi {
 namespace {
 
 /// Of one local socket, not of a list of places to try.
@@ -24,7 +24,7 @@ Pid listener(sd_bus* bus) {
 
 }  // namespace
 
-BusHandle openApplication(const DirectAddress& address) {
+BusHandle openPeerConnection(const PeerAddress& address) {
   sd_bus* made = nullptr;
   if (!isLocalSocket(address.text) || sd_bus_new(&made) < 0) {
     return nullptr;
@@ -37,4 +37,4 @@ BusHandle openApplication(const DirectAddress& address) {
   return direct;
 }
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::atspi

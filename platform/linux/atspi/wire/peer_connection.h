@@ -6,10 +6,11 @@
 #include "platform/accessibility.h"
 #include "platform/linux/base/bus_handles.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::atspi {
 
-/// Where an application tells that it listens. What it tells is not trusted: see `openApplication`.
-struct DirectAddress {
+/// Where an application tells that it listens. What it tells is not trusted: see
+/// `openPeerConnection`.
+struct PeerAddress {
   std::string text;  ///< A D-Bus address; empty when it told none.
   Pid pid = 0;       ///< The process that must listen there.
 };
@@ -20,6 +21,6 @@ struct DirectAddress {
 ///
 /// A D-Bus address can name a program to run or a host to look up; an application must not bring
 /// the helper to either.
-[[nodiscard]] BusHandle openApplication(const DirectAddress& address);
+[[nodiscard]] BusHandle openPeerConnection(const PeerAddress& address);
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::atspi

@@ -14,7 +14,7 @@
 #include <string>
 #include <thread>
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::atspi {
 namespace {
 
 using namespace std::chrono_literals;
@@ -56,7 +56,7 @@ class SlowApplication {
     std::filesystem::remove_all(folder_);
   }
 
-  [[nodiscard]] DirectAddress address() const { return {"unix:path=" + path(), getpid()}; }
+  [[nodiscard]] PeerAddress address() const { return {"unix:path=" + path(), getpid()}; }
 
  private:
   [[nodiscard]] std::string path() const { return (folder_ / "socket").string(); }
@@ -116,12 +116,12 @@ class SlowApplication {
   std::thread thread_;
 };
 
-TEST(AtspiReader, TheWayUpToTheWindowTakesNoLongerThanOneTimeOut) {
+TEST(Reader, TheWayUpToTheWindowTakesNoLongerThanOneTimeOut) {
   SlowApplication application;
-  AtspiBus bus(application.address());
+  Bus bus(application.address());
   NoWindows windows;
-  AtspiReader reader(bus, windows);
-  const AtspiElement::Parts object{.pid = getpid(), .timeout = 300ms, .ref = {":1.1", "/a"}};
+  Reader reader(bus, windows);
+  const ObjectHandle object{.pid = getpid(), .timeout = 300ms, .ref = {":1.1", "/a"}};
   reader.beginCall();
   const Instant begun = std::chrono::steady_clock::now();
   EXPECT_FALSE(reader.toplevelOf(object).has_value());
@@ -131,8 +131,8 @@ TEST(AtspiReader, TheWayUpToTheWindowTakesNoLongerThanOneTimeOut) {
   // It answered all the time, so it is not left alone.
   std::this_thread::sleep_for(100ms);
   reader.beginCall();
-  EXPECT_NE(reader.learn(object, Fact::parent), nullptr);
+  EXPECT_NE(reader.read(object, Property::parent), nullptr);
 }
 
 }  // namespace
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::atspi

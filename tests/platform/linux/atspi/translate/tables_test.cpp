@@ -6,42 +6,44 @@
 #include <set>
 #include <string>
 
-#include "platform/linux/atspi/translate/translate.h"
+#include "platform/linux/atspi/translate/attributes.h"
+#include "platform/linux/atspi/translate/view.h"
+#include "platform/linux/atspi/translate/visibility.h"
 #include "platform/linux/atspi/translate/window_matching.h"
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::atspi {
 namespace {
 
-AtspiStates statesOf(std::initializer_list<AtspiState> list) {
+States statesOf(std::initializer_list<State> list) {
   std::uint64_t bits = 0;
-  for (const AtspiState state : list) {
+  for (const State state : list) {
     bits |= std::uint64_t{1} << static_cast<unsigned>(state);
   }
-  return AtspiStates(bits);
+  return States(bits);
 }
 
-AtspiFacts factsOf(AtspiRole role, std::initializer_list<AtspiState> states = {}) {
-  AtspiFacts facts;
-  facts.alive = true;
-  facts.role = static_cast<std::uint32_t>(role);
-  facts.states = statesOf(states);
-  return facts;
+Properties propertiesOf(Role role, std::initializer_list<State> states = {}) {
+  Properties properties;
+  properties.alive = true;
+  properties.role = static_cast<std::uint32_t>(role);
+  properties.states = statesOf(states);
+  return properties;
 }
 
-void offer(AtspiFacts& facts, std::initializer_list<const char*> interfaces) {
+void offer(Properties& properties, std::initializer_list<const char*> interfaces) {
   for (const char* name : interfaces) {
-    facts.interfaces.add(std::string("org.a11y.atspi.") + name);
+    properties.interfaces.add(std::string("org.a11y.atspi.") + name);
   }
 }
 
-std::string textOf(const AtspiView& view, std::string_view attribute) {
+std::string textOf(const View& view, std::string_view attribute) {
   const std::optional<Value> value = plainAttribute(view, attribute);
   const std::string* text = value ? value->as<std::string>() : nullptr;
   return text == nullptr ? "(none)" : *text;
 }
 
 TEST(AtspiValues, OfASpinButtonWithoutTextHaveAllTheirDigits) {
-  AtspiFacts spin = factsOf(AtspiRole::spinButton, {});
+  Properties spin = propertiesOf(Role::spinButton, {});
   for (const auto& [number, text] :
        std::initializer_list<std::pair<double, const char*>>{{1234567, "1234567"},
                                                              {0, "0"},
@@ -67,44 +69,44 @@ TEST(AtspiRoles, ThatNobodyKnowsAreUnknown) {
 }
 
 TEST(AtspiRoles, OfTextDependOnTheNumberOfLines) {
-  EXPECT_EQ(axRole({factsOf(AtspiRole::text, {AtspiState::singleLine})}).role, "AXTextField");
-  EXPECT_EQ(axRole({factsOf(AtspiRole::text, {AtspiState::multiLine})}).role, "AXTextArea");
-  EXPECT_EQ(axRole({factsOf(AtspiRole::entry, {AtspiState::multiLine})}).role, "AXTextArea");
+  EXPECT_EQ(axRole({propertiesOf(Role::text, {State::singleLine})}).role, "AXTextField");
+  EXPECT_EQ(axRole({propertiesOf(Role::text, {State::multiLine})}).role, "AXTextArea");
+  EXPECT_EQ(axRole({propertiesOf(Role::entry, {State::multiLine})}).role, "AXTextArea");
 }
 
 TEST(AtspiRoles, OfWindowsCountAtTheTopOnly) {
-  AtspiFacts dialog = factsOf(AtspiRole::dialog);
-  dialog.parent = AtspiRef{":1.1", "/org/a11y/atspi/accessible/7"};
+  Properties dialog = propertiesOf(Role::dialog);
+  dialog.parent = Ref{":1.1", "/org/a11y/atspi/accessible/7"};
   EXPECT_EQ(axRole({dialog}).role, "AXGroup");
   EXPECT_EQ(axRole({dialog}).subrole, "AXApplicationDialog");
-  dialog.parent = AtspiRef{":1.1", kRootPath};
+  dialog.parent = Ref{":1.1", kRootPath};
   EXPECT_EQ(axRole({dialog}).role, "AXWindow");
   EXPECT_EQ(axRole({dialog}).subrole, "AXDialog");
-  AtspiFacts frame = factsOf(AtspiRole::frame);
-  frame.parent = AtspiRef{":1.1", kRootPath};
+  Properties frame = propertiesOf(Role::frame);
+  frame.parent = Ref{":1.1", kRootPath};
   EXPECT_EQ(axRole({frame}).subrole, "AXStandardWindow");
 }
 
 TEST(AtspiRoles, OfOneMenuObjectAreItsTitleAndItsMenu) {
-  const AtspiFacts menu = factsOf(AtspiRole::menu);
-  EXPECT_EQ(axRole({.facts = menu, .place = MenuPlace::bar}).role, "AXMenuBarItem");
-  EXPECT_EQ(axRole({.facts = menu, .place = MenuPlace::menu}).role, "AXMenuItem");
-  EXPECT_EQ(axRole({.facts = menu, .facet = Facet::openedMenu}).role, "AXMenu");
-  EXPECT_EQ(axRole({.facts = menu}).role, "AXMenu");
+  const Properties menu = propertiesOf(Role::menu);
+  EXPECT_EQ(axRole({.properties = menu, .place = MenuPlace::bar}).role, "AXMenuBarItem");
+  EXPECT_EQ(axRole({.properties = menu, .place = MenuPlace::menu}).role, "AXMenuItem");
+  EXPECT_EQ(axRole({.properties = menu, .facet = Facet::openedMenu}).role, "AXMenu");
+  EXPECT_EQ(axRole({.properties = menu}).role, "AXMenu");
 }
 
 TEST(AtspiRoles, OfMenusThatOnlyThePointerOpensCanBeClicked) {
-  const AtspiFacts entry = factsOf(AtspiRole::menuItem);
-  EXPECT_EQ(axRole({.facts = entry, .toolkit = Toolkit::gtk4, .place = MenuPlace::bar}).role,
+  const Properties entry = propertiesOf(Role::menuItem);
+  EXPECT_EQ(axRole({.properties = entry, .toolkit = Toolkit::gtk4, .place = MenuPlace::bar}).role,
             "AXPopUpButton");
 }
 
 TEST(AtspiRoles, OfSearchFieldsShowInTheSubrole) {
-  AtspiFacts field = factsOf(AtspiRole::entry, {AtspiState::editable});
+  Properties field = propertiesOf(Role::entry, {State::editable});
   EXPECT_EQ(axRole({field, Toolkit::chromium}).subrole, "");
   field.attributes = {{"text-input-type", "search"}};
   EXPECT_EQ(axRole({field, Toolkit::chromium}).subrole, "AXSearchField");
-  EXPECT_EQ(axRole({factsOf(AtspiRole::entry), Toolkit::gtk4}).subrole, "AXSearchField");
+  EXPECT_EQ(axRole({propertiesOf(Role::entry), Toolkit::gtk4}).subrole, "AXSearchField");
 }
 
 TEST(AtspiActions, ArePressesWhateverTheToolkitCallsThem) {
@@ -118,24 +120,24 @@ TEST(AtspiActions, ArePressesWhateverTheToolkitCallsThem) {
 }
 
 TEST(AtspiActions, OfRowsAndEntriesAreNoPresses) {
-  EXPECT_EQ(axAction("activate", static_cast<std::uint32_t>(AtspiRole::tableCell)), "AXOpen");
-  EXPECT_EQ(axAction("activate", static_cast<std::uint32_t>(AtspiRole::text)), "AXConfirm");
+  EXPECT_EQ(axAction("activate", static_cast<std::uint32_t>(Role::tableCell)), "AXOpen");
+  EXPECT_EQ(axAction("activate", static_cast<std::uint32_t>(Role::text)), "AXConfirm");
 }
 
 TEST(AtspiActions, ThatEveryObjectOffersCountOnControlsOnly) {
   const std::uint32_t panel = 39;
   EXPECT_EQ(axAction("doDefault", panel), std::nullopt);
   EXPECT_EQ(axAction("showContextMenu", panel), std::nullopt);
-  EXPECT_EQ(axAction("doDefault", static_cast<std::uint32_t>(AtspiRole::pageTab)), "AXPress");
+  EXPECT_EQ(axAction("doDefault", static_cast<std::uint32_t>(Role::pageTab)), "AXPress");
 }
 
 TEST(AtspiActions, WithoutAMeaningHereAreLeftOut) {
-  EXPECT_EQ(axAction("clipboard.copy", static_cast<std::uint32_t>(AtspiRole::label)), std::nullopt);
+  EXPECT_EQ(axAction("clipboard.copy", static_cast<std::uint32_t>(Role::label)), std::nullopt);
   EXPECT_EQ(axAction("", 43), std::nullopt);
 }
 
 TEST(AtspiActions, AreNamedOnceAndFoundByTheirIndex) {
-  AtspiFacts button = factsOf(AtspiRole::invalid);
+  Properties button = propertiesOf(Role::invalid);
   button.role = 43;
   button.actions = {"SetFocus", "Press", "click", "ShowMenu"};
   EXPECT_EQ(axActionNames({button}), (std::vector<std::string>{"AXPress", "AXShowMenu"}));
@@ -144,7 +146,7 @@ TEST(AtspiActions, AreNamedOnceAndFoundByTheirIndex) {
   EXPECT_EQ(actionIndex({button}, "AXConfirm"), std::nullopt);
 }
 
-TEST(AtspiEvents, AreTranslatedToNotificationsOfTheProtocolOnly) {
+TEST(Events, AreTranslatedToNotificationsOfTheProtocolOnly) {
   const std::set<std::string_view> known{"AXMenuOpened",
                                          "AXMenuClosed",
                                          "AXMenuItemSelected",
@@ -167,7 +169,7 @@ TEST(AtspiEvents, AreTranslatedToNotificationsOfTheProtocolOnly) {
   }
 }
 
-TEST(AtspiEvents, AreNeverSubscribedWholesale) {
+TEST(Events, AreNeverSubscribedWholesale) {
   for (const EventRow& row : eventRows()) {
     EXPECT_NE(row.subscription, "object:");
     EXPECT_NE(row.subscription, "object:state-changed");
@@ -175,7 +177,7 @@ TEST(AtspiEvents, AreNeverSubscribedWholesale) {
   }
 }
 
-TEST(AtspiEvents, AreFoundByMemberAndDetail) {
+TEST(Events, AreFoundByMemberAndDetail) {
   const EventRow* focus = eventRow("Object", "StateChanged", "focused");
   ASSERT_NE(focus, nullptr);
   EXPECT_EQ(focus->notification, "AXFocusedUIElementChanged");
@@ -185,34 +187,34 @@ TEST(AtspiEvents, AreFoundByMemberAndDetail) {
   EXPECT_EQ(added->notification, "AXCreated");
 }
 
-TEST(AtspiEvents, OfMenusAreToldByStateAndRole) {
-  const auto role = [](AtspiRole each) { return static_cast<std::uint32_t>(each); };
+TEST(Events, OfMenusAreToldByStateAndRole) {
+  const auto role = [](Role each) { return static_cast<std::uint32_t>(each); };
   const EventRow* showing = eventRow("Object", "StateChanged", "showing");
   const EventRow* expanded = eventRow("Object", "StateChanged", "expanded");
   const EventRow* checked = eventRow("Object", "StateChanged", "checked");
   EXPECT_TRUE(mayBeOfMenu(*showing));
   EXPECT_FALSE(mayBeOfMenu(*checked));
   EXPECT_FALSE(mayBeOfMenu(*eventRow("Object", "SelectionChanged", "")));
-  EXPECT_TRUE(isOfMenu(*showing, role(AtspiRole::popupMenu)));
-  EXPECT_FALSE(isOfMenu(*showing, role(AtspiRole::menuItem)));
-  EXPECT_TRUE(isOfMenu(*expanded, role(AtspiRole::menuItem)));
-  EXPECT_FALSE(isOfMenu(*expanded, role(AtspiRole::comboBox)));
+  EXPECT_TRUE(isOfMenu(*showing, role(Role::popupMenu)));
+  EXPECT_FALSE(isOfMenu(*showing, role(Role::menuItem)));
+  EXPECT_TRUE(isOfMenu(*expanded, role(Role::menuItem)));
+  EXPECT_FALSE(isOfMenu(*expanded, role(Role::comboBox)));
 }
 
-TEST(AtspiEvents, OfWindowsAreFoundInEitherCase) {
+TEST(Events, OfWindowsAreFoundInEitherCase) {
   EXPECT_NE(eventRow("Window", "Activate", ""), nullptr);
   EXPECT_EQ(eventRow("Window", "activate", ""), eventRow("Window", "Activate", ""));
 }
 
 TEST(AtspiTexts, OfALabelAreItsValue) {
-  AtspiFacts label = factsOf(AtspiRole::label);
+  Properties label = propertiesOf(Role::label);
   label.name = "Hello";
   EXPECT_EQ(textOf({label}, "AXValue"), "Hello");
   EXPECT_EQ(textOf({label}, "AXTitle"), "(none)");
 }
 
 TEST(AtspiTexts, OfAButtonAreItsTitle) {
-  AtspiFacts button = factsOf(AtspiRole::invalid);
+  Properties button = propertiesOf(Role::invalid);
   button.role = 43;
   button.name = "Save";
   EXPECT_EQ(textOf({button}, "AXTitle"), "Save");
@@ -220,7 +222,7 @@ TEST(AtspiTexts, OfAButtonAreItsTitle) {
 }
 
 TEST(AtspiTexts, OfAPasswordAreNeverShown) {
-  AtspiFacts field = factsOf(AtspiRole::passwordText, {AtspiState::editable});
+  Properties field = propertiesOf(Role::passwordText, {State::editable});
   offer(field, {"Text", "EditableText"});
   field.text = "secret";
   EXPECT_EQ(plainAttribute({field}, "AXValue"), std::nullopt);
@@ -228,21 +230,21 @@ TEST(AtspiTexts, OfAPasswordAreNeverShown) {
 }
 
 TEST(AtspiTexts, ThatAreTheNameOfAClassAreNone) {
-  AtspiFacts entry = factsOf(AtspiRole::text);
+  Properties entry = propertiesOf(Role::text);
   entry.name = "GtkEntry";
   EXPECT_EQ(textOf({entry, Toolkit::gtk4}, "AXTitle"), "(none)");
   EXPECT_EQ(textOf({entry, Toolkit::gtk3}, "AXTitle"), "GtkEntry");
 }
 
 TEST(AtspiTexts, OfPlaceholdersComeFromWhereTheToolkitKeepsThem) {
-  AtspiFacts gtk = factsOf(AtspiRole::text, {AtspiState::editable});
+  Properties gtk = propertiesOf(Role::text, {State::editable});
   gtk.attributes = {{"placeholder-text", "Name"}};
   EXPECT_EQ(textOf({gtk, Toolkit::gtk3}, "AXPlaceholderValue"), "Name");
-  AtspiFacts qt = factsOf(AtspiRole::text, {AtspiState::editable});
+  Properties qt = propertiesOf(Role::text, {State::editable});
   qt.description = "Name";
   EXPECT_EQ(textOf({qt, Toolkit::qt}, "AXPlaceholderValue"), "Name");
   EXPECT_EQ(textOf({qt, Toolkit::qt}, "AXDescription"), "(none)");
-  AtspiFacts web = factsOf(AtspiRole::entry, {AtspiState::editable});
+  Properties web = propertiesOf(Role::entry, {State::editable});
   web.name = "Name";
   web.attributes = {{"name-from", "placeholder"}};
   EXPECT_EQ(textOf({web, Toolkit::chromium}, "AXPlaceholderValue"), "Name");
@@ -250,40 +252,40 @@ TEST(AtspiTexts, OfPlaceholdersComeFromWhereTheToolkitKeepsThem) {
 }
 
 TEST(AtspiValues, OfACheckBoxAreNumbers) {
-  const auto number = [](std::initializer_list<AtspiState> states) {
-    const AtspiFacts box = factsOf(AtspiRole::checkBox, states);
+  const auto number = [](std::initializer_list<State> states) {
+    const Properties box = propertiesOf(Role::checkBox, states);
     return *plainAttribute({box}, "AXValue")->as<double>();
   };
   EXPECT_EQ(number({}), 0);
-  EXPECT_EQ(number({AtspiState::checked}), 1);
-  EXPECT_EQ(number({AtspiState::checked, AtspiState::indeterminate}), 2);
+  EXPECT_EQ(number({State::checked}), 1);
+  EXPECT_EQ(number({State::checked, State::indeterminate}), 2);
 }
 
 TEST(AtspiValues, AreSettableWhereTheToolkitTakesThem) {
-  AtspiFacts field = factsOf(AtspiRole::text, {AtspiState::editable});
+  Properties field = propertiesOf(Role::text, {State::editable});
   offer(field, {"Text"});
   EXPECT_FALSE(hasSettableValue({field}));
   offer(field, {"EditableText"});
   EXPECT_TRUE(hasSettableValue({field}));
-  AtspiFacts shown = factsOf(AtspiRole::text);
+  Properties shown = propertiesOf(Role::text);
   offer(shown, {"Text", "EditableText"});
   EXPECT_FALSE(hasSettableValue({shown}));
 }
 
 TEST(AtspiVisibility, FollowsTheShowingState) {
-  EXPECT_TRUE(isHidden({factsOf(AtspiRole::label, {AtspiState::visible})}));
-  EXPECT_FALSE(isHidden({factsOf(AtspiRole::label, {AtspiState::showing})}));
-  EXPECT_FALSE(isHidden({factsOf(AtspiRole::label, {AtspiState::visible}), Toolkit::gtk4}));
+  EXPECT_TRUE(isHidden({propertiesOf(Role::label, {State::visible})}));
+  EXPECT_FALSE(isHidden({propertiesOf(Role::label, {State::showing})}));
+  EXPECT_FALSE(isHidden({propertiesOf(Role::label, {State::visible}), Toolkit::gtk4}));
 }
 
 TEST(AtspiVisibility, SparesWhatIsInAClosedMenu) {
-  const AtspiFacts entry = factsOf(AtspiRole::menuItem);
+  const Properties entry = propertiesOf(Role::menuItem);
   EXPECT_TRUE(isHidden({entry}));
-  EXPECT_FALSE(isHidden({.facts = entry, .place = MenuPlace::menu, .inMenuBar = true}));
+  EXPECT_FALSE(isHidden({.properties = entry, .place = MenuPlace::menu, .inMenuBar = true}));
 }
 
 TEST(AtspiVisibility, EndsWhereAPlaceIsGarbage) {
-  AtspiFacts cell = factsOf(AtspiRole::tableCell, {AtspiState::showing});
+  Properties cell = propertiesOf(Role::tableCell, {State::showing});
   cell.extents = Rect{-2147483648.0, -2147483648.0, 1, 1};
   EXPECT_TRUE(isHidden({cell, Toolkit::gtk3}));
   cell.extents = Rect{1545626248, 32764, 10, 10};
@@ -294,32 +296,32 @@ TEST(AtspiVisibility, EndsWhereAPlaceIsGarbage) {
 
 TEST(AtspiVisibility, EndsWhereOneIsScrolledAwayButNotForWhatHoldsIt) {
   const Rect clip{0, 0, 100, 100};
-  const auto isHiddenAt = [&](AtspiRole role, Rect extents) {
-    AtspiFacts facts = factsOf(role, {AtspiState::visible});
-    facts.extents = extents;
-    return isHidden({.facts = facts, .toolkit = Toolkit::gtk4, .clip = clip});
+  const auto isHiddenAt = [&](Role role, Rect extents) {
+    Properties properties = propertiesOf(role, {State::visible});
+    properties.extents = extents;
+    return isHidden({.properties = properties, .toolkit = Toolkit::gtk4, .clip = clip});
   };
-  EXPECT_FALSE(isHiddenAt(AtspiRole::label, {0, 80, 100, 30}));
-  EXPECT_TRUE(isHiddenAt(AtspiRole::label, {0, 90, 100, 30}));
-  EXPECT_FALSE(isHiddenAt(AtspiRole::list, {0, 90, 100, 3000}));
-  EXPECT_TRUE(isHiddenAt(AtspiRole::list, {0, 110, 100, 3000}));
-  EXPECT_FALSE(isHiddenAt(AtspiRole::text, {0, 0, 100, 3000}));
+  EXPECT_FALSE(isHiddenAt(Role::label, {0, 80, 100, 30}));
+  EXPECT_TRUE(isHiddenAt(Role::label, {0, 90, 100, 30}));
+  EXPECT_FALSE(isHiddenAt(Role::list, {0, 90, 100, 3000}));
+  EXPECT_TRUE(isHiddenAt(Role::list, {0, 110, 100, 3000}));
+  EXPECT_FALSE(isHiddenAt(Role::text, {0, 0, 100, 3000}));
 }
 
 TEST(AtspiVisibility, EndsOutsideOfTheWindowWhereTheToolkitDoesNotSay) {
-  AtspiFacts row = factsOf(AtspiRole::label, {AtspiState::visible});
+  Properties row = propertiesOf(Role::label, {State::visible});
   row.extents = Rect{0, 900, 100, 20};
   const Rect window{0, 0, 500, 500};
-  EXPECT_TRUE(isHidden({.facts = row, .toolkit = Toolkit::gtk4, .clip = window}));
+  EXPECT_TRUE(isHidden({.properties = row, .toolkit = Toolkit::gtk4, .clip = window}));
   row.extents = Rect{0, 480, 100, 20};
-  EXPECT_FALSE(isHidden({.facts = row, .toolkit = Toolkit::gtk4, .clip = window}));
+  EXPECT_FALSE(isHidden({.properties = row, .toolkit = Toolkit::gtk4, .clip = window}));
 }
 
 Toplevel toplevelOf(const char* name, Rect extents, Toolkit toolkit = Toolkit::gtk3) {
-  auto facts = std::make_shared<AtspiFacts>(factsOf(AtspiRole::frame));
-  facts->name = name;
-  facts->extents = extents;
-  return {{":1.1", name}, toolkit, facts, std::nullopt};
+  auto properties = std::make_shared<Properties>(propertiesOf(Role::frame));
+  properties->name = name;
+  properties->extents = extents;
+  return {{":1.1", name}, toolkit, properties, std::nullopt};
 }
 
 LocatedWindow located(WindowNumber number, const char* title, Rect client) {
@@ -361,9 +363,9 @@ TEST(AtspiWindows, ThatNoObjectResemblesAreLeftAlone) {
 TEST(AtspiWindows, OfPlainWidgetsAreThoseThatAManagedWindowShows) {
   const auto plain = [](const char* name, Rect extents) {
     Toplevel object = toplevelOf(name, extents, Toolkit::qt);
-    auto facts = std::make_shared<AtspiFacts>(*object.facts);
-    facts->role = 20;  // A filler.
-    object.facts = facts;
+    auto properties = std::make_shared<Properties>(*object.properties);
+    properties->role = 20;  // A filler.
+    object.properties = properties;
     return object;
   };
   std::vector<Toplevel> objects{plain("Tip", {5, 5, 80, 20}), plain("A", {0, 0, 500, 400}),
@@ -377,19 +379,19 @@ TEST(AtspiWindows, OfPlainWidgetsAreThoseThatAManagedWindowShows) {
   ASSERT_EQ(objects.size(), 3U);
   EXPECT_EQ(objects[0].window->number, 1U);  // The frame, before the widget of the same title.
   EXPECT_FALSE(objects[1].window.has_value());
-  EXPECT_EQ(objects[2].facts->name, "B");
+  EXPECT_EQ(objects[2].properties->name, "B");
   EXPECT_EQ(objects[2].window->number, 2U);
 }
 
 TEST(AtspiRoles, OfPlainWidgetsThatAreWindowsAreThoseOfWindows) {
-  AtspiFacts label = factsOf(AtspiRole::label);
+  Properties label = propertiesOf(Role::label);
   label.name = "Plain";
-  const AtspiView window{.facts = label, .toolkit = Toolkit::qt, .topLevel = true};
+  const View window{.properties = label, .toolkit = Toolkit::qt, .topLevel = true};
   EXPECT_EQ(axRole(window).role, "AXWindow");
   EXPECT_EQ(axRole(window).subrole, "AXStandardWindow");
   EXPECT_EQ(textOf(window, "AXTitle"), "Plain");
   EXPECT_EQ(axActionNames(window), std::vector<std::string>{"AXRaise"});
-  EXPECT_EQ(axRole({.facts = label, .toolkit = Toolkit::qt}).role, "AXStaticText");
+  EXPECT_EQ(axRole({.properties = label, .toolkit = Toolkit::qt}).role, "AXStaticText");
 }
 
 TEST(AtspiWindows, OfGtk4AddTheShadowToTheirPlaces) {
@@ -409,4 +411,4 @@ TEST(AtspiWindows, OfOtherToolkitsTellPlacesOnTheScreen) {
 }
 
 }  // namespace
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::atspi

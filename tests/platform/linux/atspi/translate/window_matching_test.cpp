@@ -9,22 +9,22 @@
 #include <utility>
 #include <vector>
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::atspi {
 namespace {
 
 constexpr Rect kHere{200, 150, 420, 260};
 constexpr Rect kThere{700, 300, 420, 260};
 
-AtspiRef refOf(const std::string& path) { return {":1.1", path}; }
+Ref refOf(const std::string& path) { return {":1.1", path}; }
 
 Toplevel object(const std::string& path, const std::string& name, std::optional<Rect> extents,
-                Toolkit toolkit = Toolkit::gtk3, AtspiRole role = AtspiRole::frame) {
-  auto facts = std::make_shared<AtspiFacts>();
-  facts->alive = true;
-  facts->role = static_cast<std::uint32_t>(role);
-  facts->name = name;
-  facts->extents = extents;
-  return {refOf(path), toolkit, std::move(facts), std::nullopt};
+                Toolkit toolkit = Toolkit::gtk3, Role role = Role::frame) {
+  auto properties = std::make_shared<Properties>();
+  properties->alive = true;
+  properties->role = static_cast<std::uint32_t>(role);
+  properties->name = name;
+  properties->extents = extents;
+  return {refOf(path), toolkit, std::move(properties), std::nullopt};
 }
 
 LocatedWindow xWindow(WindowNumber number, const std::string& title, const Rect& place) {
@@ -53,7 +53,7 @@ TEST(AtspiTwins, TwinsGetNoWindow) {
       matchWindows(objects, {xWindow(20, "Same", kHere), xWindow(10, "Same", kHere)});
   EXPECT_EQ(numbersOf(objects), (Numbers{0, 0}));
   ASSERT_EQ(twins.size(), 1U);
-  EXPECT_EQ(twins[0].objects, (std::vector<AtspiRef>{refOf("/1"), refOf("/2")}));
+  EXPECT_EQ(twins[0].objects, (std::vector<Ref>{refOf("/1"), refOf("/2")}));
   EXPECT_EQ(twins[0].windows, (Numbers{20, 10}));
 }
 
@@ -140,7 +140,7 @@ TEST(AtspiTwins, AnUnusedObjectWithoutAPlaceIsNoTwin) {
 
 TEST(AtspiTwins, APlainObjectIsNoWindowOfATwin) {
   std::vector<Toplevel> objects{object("/1", "Same", kHere), object("/2", "Same", kHere),
-                                object("/tip", "Same", kHere, Toolkit::qt, AtspiRole::label)};
+                                object("/tip", "Same", kHere, Toolkit::qt, Role::label)};
   EXPECT_EQ(
       pairWithWindows(objects, {xWindow(20, "Same", kHere), xWindow(10, "Same", kHere)}).size(),
       1U);
@@ -148,4 +148,4 @@ TEST(AtspiTwins, APlainObjectIsNoWindowOfATwin) {
 }
 
 }  // namespace
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::atspi

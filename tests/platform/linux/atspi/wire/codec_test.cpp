@@ -7,7 +7,7 @@
 
 #include <string>
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::atspi {
 namespace {
 
 constexpr std::size_t kMost = 64 * 1024;
@@ -88,11 +88,11 @@ TEST_F(AtspiAnswerTest, AttributesBeyondAnyNeedAreLeftOut) {
   }
   sd_bus_message_close_container(answer.get());
   seal(answer);
-  const std::optional<AtspiAttributes> read = readAttributes(answer.get());
+  const std::optional<Attributes> read = readAttributes(answer.get());
   ASSERT_TRUE(read.has_value());
   EXPECT_EQ(read->size(), 200U);
   EXPECT_EQ(read->front().first, "0");
 }
 
 }  // namespace
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::atspi

@@ -13,7 +13,7 @@
 #include <chrono>
 #include <thread>
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::atspi {
 namespace {
 
 using namespace std::chrono_literals;
@@ -118,4 +118,4 @@ TEST_F(KeeperTest, EndsWithTheApplication) {
 }
 
 }  // namespace
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::atspi

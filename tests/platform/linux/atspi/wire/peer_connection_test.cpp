@@ -12,7 +12,7 @@
 #include <filesystem>
 #include <thread>
 
-namespace tarqo::lnx {
+namespace tarqo::lnx::atspi {
 namespace {
 
 class DirectAddressTest : public testing::Test {
@@ -45,22 +45,22 @@ class DirectAddressTest : public testing::Test {
 };
 
 TEST_F(DirectAddressTest, TheSocketOfTheProcessItselfIsConnectedTo) {
-  EXPECT_NE(openApplication({address(), getpid()}), nullptr);
-  EXPECT_NE(openApplication({address() + ",guid=0123456789abcdef0123456789abcdef", getpid()}),
+  EXPECT_NE(openPeerConnection({address(), getpid()}), nullptr);
+  EXPECT_NE(openPeerConnection({address() + ",guid=0123456789abcdef0123456789abcdef", getpid()}),
             nullptr);
 }
 
 TEST_F(DirectAddressTest, TheSocketOfAnotherProcessIsNot) {
-  EXPECT_EQ(openApplication({address(), getppid()}), nullptr);
-  EXPECT_EQ(openApplication({address(), 0}), nullptr);
+  EXPECT_EQ(openPeerConnection({address(), getppid()}), nullptr);
+  EXPECT_EQ(openPeerConnection({address(), 0}), nullptr);
 }
 
 TEST_F(DirectAddressTest, NoProgramIsStarted) {
   const std::filesystem::path made = folder_ / "made";
   const std::string program = "unixexec:path=/usr/bin/touch,argv1=" + made.string();
-  EXPECT_EQ(openApplication({program, getpid()}), nullptr);
-  EXPECT_EQ(openApplication({address() + ";" + program, getpid()}), nullptr);
-  EXPECT_EQ(openApplication({"unix:path=/nowhere;" + program, getpid()}), nullptr);
+  EXPECT_EQ(openPeerConnection({program, getpid()}), nullptr);
+  EXPECT_EQ(openPeerConnection({address() + ";" + program, getpid()}), nullptr);
+  EXPECT_EQ(openPeerConnection({"unix:path=/nowhere;" + program, getpid()}), nullptr);
   std::this_thread::sleep_for(std::chrono::milliseconds(200));
   EXPECT_FALSE(std::filesystem::exists(made));
 }
@@ -68,9 +68,9 @@ TEST_F(DirectAddressTest, NoProgramIsStarted) {
 TEST_F(DirectAddressTest, NoOtherKindOfAddressIsTried) {
   for (const char* text : {"", "tcp:host=localhost,port=1", "unix:runtime=yes", "unix:", "x",
                            "launchd:env=DISPLAY", "UNIX:path=/tmp"}) {
-    EXPECT_EQ(openApplication({text, getpid()}), nullptr) << text;
+    EXPECT_EQ(openPeerConnection({text, getpid()}), nullptr) << text;
   }
 }
 
 }  // namespace
-}  // namespace tarqo::lnx
+}  // namespace tarqo::lnx::atspi
