@@ -1,65 +1,29 @@
 #include "platform/linux/linux_login_session.h"
 
 #include <cerrno>
-#include <cstdint>
-
-#include "platform/linux/base/bus_handles.h"
-#include "platform/linux/base/bus_readiness.h"
+#include <chrono>
+#include <string>
+#include <utility>
 
 namespace tarqo::lnx {
 namespace {
 
-using SteadyClock = std::chrono::steady_clock;
-
-constexpr std::chrono::seconds kAbsenceRemembered{5};
-constexpr std::chrono::milliseconds kBusyLeftAlone{500};
+constexpr std::chrono::seconds kAbsenceRest{5};
+constexpr std::chrono::milliseconds kBusyRest{500};
 constexpr std::chrono::milliseconds kAnswerTime{100};
 constexpr std::chrono::milliseconds kFirstAnswerTime{1000};
 
-constexpr const char* kLoginManager = "org.freedesktop.login1";
-constexpr const char* kPropertiesInterface = "org.freedesktop.DBus.Properties";
-
-struct Call {
-  const char* service;
-  const char* path;
-  const char* interface;
-  const char* member;
-  /// The texts to call it with; null for none.
-  const char* text1 = nullptr;
-  const char* text2 = nullptr;
-};
-
-/// The reply; null when there is none in time, which the service hears of, too. Starts no service
-/// that does not run yet.
-Message ask(OptionalService& service, sd_bus* bus, const Call& call) {
-  sd_bus_message* made = nullptr;
-  int result = sd_bus_message_new_method_call(bus, &made, call.service, call.path, call.interface,
-                                              call.member);
-  const Message request(made);
-  if (result >= 0) {
-    result = sd_bus_message_set_auto_start(made, 0);
-  }
-  if (result >= 0 && call.text1 != nullptr) {
-    result = sd_bus_message_append(made, "ss", call.text1, call.text2);
-  }
-  sd_bus_message* reply = nullptr;
-  if (result >= 0) {
-    result = sd_bus_call(bus, made, static_cast<std::uint64_t>(service.patience().count()), nullptr,
-                         &reply);
-  }
-  service.heard(result);
-  return Message(result >= 0 ? reply : nullptr);
+Message readProperty(OptionalService& service, const char* path, const char* interface,
+                     const char* property) {
+  return service.call({"org.freedesktop.login1", path, "org.freedesktop.DBus.Properties", "Get"},
+                      interface, property);
 }
 
-Call readOf(const char* path, const char* interface, const char* property) {
-  return {kLoginManager, path, kPropertiesInterface, "Get", interface, property};
-}
-
-/// A property of a session; none when it does not tell.
-std::optional<bool> readFlag(OptionalService& service, sd_bus* bus, const std::string& session,
+/// A property of a session; empty when the service does not answer.
+std::optional<bool> readFlag(OptionalService& service, const std::string& session,
                              const char* property) {
   const Message reply =
-      ask(service, bus, readOf(session.c_str(), "org.freedesktop.login1.Session", property));
+      readProperty(service, session.c_str(), "org.freedesktop.login1.Session", property);
   int value = 0;
   if (!reply || sd_bus_message_read(reply.get(), "v", "b", &value) < 0) {
     return std::nullopt;
@@ -67,12 +31,11 @@ std::optional<bool> readFlag(OptionalService& service, sd_bus* bus, const std::s
   return value != 0;
 }
 
-/// The object of the session that shows the user's desktop; empty when there is none.
-std::string sessionPath(OptionalService& service, sd_bus* bus) {
-  // Not the helper's own session, which may be that of a remote shell, or none at all.
-  const Message reply =
-      ask(service, bus,
-          readOf("/org/freedesktop/login1/user/self", "org.freedesktop.login1.User", "Display"));
+/// The object of the session that shows the user's desktop; empty when there is no such session.
+std::string sessionPath(OptionalService& service) {
+  // Not the helper's own session: that may be a remote shell's, or the helper may be in no session.
+  const Message reply = readProperty(service, "/org/freedesktop/login1/user/self",
+                                     "org.freedesktop.login1.User", "Display");
   const char* name = nullptr;
   const char* path = nullptr;
   if (!reply || sd_bus_message_read(reply.get(), "v", "(so)", &name, &path) < 0 || *name == '\0') {
@@ -83,8 +46,8 @@ std::string sessionPath(OptionalService& service, sd_bus* bus) {
 
 }  // namespace
 
-sd_bus* OptionalService::bus() {
-  if (SteadyClock::now() < leftAloneUntil_) {
+sd_bus* OptionalService::connection() {
+  if (afterFailure_.isRunning(clock_.now())) {
     return nullptr;
   }
   if (!bus_) {
@@ -92,58 +55,77 @@ sd_bus* OptionalService::bus() {
     const int result =
         kind_ == Bus::system ? sd_bus_open_system(&opened) : sd_bus_open_user(&opened);
     bus_.reset(opened);
-    if (result < 0 || !becomesReady(opened, patience())) {
-      heard(-ENOTCONN);
+    if (result < 0 || !becomesReady(opened, patience(), clock_)) {
+      note(-ENOTCONN);
     }
   }
   return bus_.get();
 }
 
-std::chrono::microseconds OptionalService::patience() const {
+Message OptionalService::call(const MethodCall& method, const char* text1, const char* text2) {
+  sd_bus* bus = connection();
+  if (bus == nullptr) {
+    return nullptr;
+  }
+  const Message message = newCall(bus, method);
+  int result = message ? sd_bus_message_set_auto_start(message.get(), 0) : -ENOMEM;
+  if (result >= 0 && text1 != nullptr) {
+    result = sd_bus_message_append(message.get(), "ss", text1, text2);
+  }
+  CallResult answer{result, nullptr};
+  if (result >= 0) {
+    answer = callAndWait(bus, message, patience());
+  }
+  note(answer.code);
+  return std::move(answer.reply);
+}
+
+Duration OptionalService::patience() const {
   return state_ == State::unknown ? kFirstAnswerTime : kAnswerTime;
 }
 
-void OptionalService::heard(int result) {
-  hasTold_ = hasTold_ || result != -ETIMEDOUT;
+/// Remembers what came of a call, as sd-bus reports it: an answer (0 or more), that the time was
+/// over, or that nobody can answer.
+void OptionalService::note(int result) {
+  hasAnswered_ = hasAnswered_ || result != -ETIMEDOUT;
   if (result >= 0) {
     state_ = State::answering;
   } else if (result == -ETIMEDOUT) {
     state_ = State::busy;
-    leftAloneUntil_ = SteadyClock::now() + kBusyLeftAlone;
+    afterFailure_.start(clock_.now(), kBusyRest);
   } else {
     state_ = State::absent;
-    leftAloneUntil_ = SteadyClock::now() + kAbsenceRemembered;
+    afterFailure_.start(clock_.now(), kAbsenceRest);
     bus_.reset();
   }
 }
 
-std::optional<LoginSession> LinuxLoginSession::askLoginManager() {
-  sd_bus* bus = loginManager_.bus();
-  if (bus == nullptr) {
-    return std::nullopt;
-  }
-  const std::string path = sessionPath(loginManager_, bus);
-  const auto locked =
-      path.empty() ? std::nullopt : readFlag(loginManager_, bus, path, "LockedHint");
+LinuxLoginSession::LinuxLoginSession()
+    : loginManager_(OptionalService::Bus::system, systemClock_),
+      screenSaver_(OptionalService::Bus::session, systemClock_) {}
+
+LinuxLoginSession::LinuxLoginSession(Clock& clock)
+    : loginManager_(OptionalService::Bus::system, clock),
+      screenSaver_(OptionalService::Bus::session, clock) {}
+
+std::optional<LoginSession> LinuxLoginSession::readLoginManager() {
+  const std::string path = sessionPath(loginManager_);
+  const auto locked = path.empty() ? std::nullopt : readFlag(loginManager_, path, "LockedHint");
   if (!locked) {
     return std::nullopt;
   }
   LoginSession session = lastLogin_.value_or(LoginSession{});
   session.locked = locked;
-  if (const auto active = readFlag(loginManager_, bus, path, "Active")) {
+  if (const auto active = readFlag(loginManager_, path, "Active")) {
     session.onConsole = active;
   }
   return session;
 }
 
-std::optional<bool> LinuxLoginSession::askScreenSaver() {
-  sd_bus* bus = screenSaver_.bus();
-  if (bus == nullptr) {
-    return std::nullopt;
-  }
-  const Message reply = ask(screenSaver_, bus,
-                            {"org.freedesktop.ScreenSaver", "/org/freedesktop/ScreenSaver",
-                             "org.freedesktop.ScreenSaver", "GetActive"});
+std::optional<bool> LinuxLoginSession::readScreenSaver() {
+  const Message reply =
+      screenSaver_.call({"org.freedesktop.ScreenSaver", "/org/freedesktop/ScreenSaver",
+                         "org.freedesktop.ScreenSaver", "GetActive"});
   int active = 0;
   if (!reply || sd_bus_message_read(reply.get(), "b", &active) < 0) {
     return std::nullopt;
@@ -152,17 +134,17 @@ std::optional<bool> LinuxLoginSession::askScreenSaver() {
 }
 
 LoginSession LinuxLoginSession::read() {
-  if (const auto told = askLoginManager(); told || !loginManager_.isBusy()) {
-    lastLogin_ = told;
+  if (const auto login = readLoginManager(); login || !loginManager_.isBusy()) {
+    lastLogin_ = login;
   }
-  if (const auto told = askScreenSaver(); told || !screenSaver_.isBusy()) {
-    lastCovered_ = told;
+  if (const auto covered = readScreenSaver(); covered || !screenSaver_.isBusy()) {
+    lastCovered_ = covered;
   }
   LoginSession session = lastLogin_.value_or(LoginSession{});
-  const bool untold = loginManager_.neverTold() || screenSaver_.neverTold();
-  // Either may know of a lock that the other was not told of.
-  if (lastCovered_ || untold) {
-    session.locked = untold || lastCovered_.value_or(false) || session.locked.value_or(false);
+  const bool isUnknown = loginManager_.hasNeverAnswered() || screenSaver_.hasNeverAnswered();
+  // Either may know of a lock that the other does not report.
+  if (lastCovered_ || isUnknown) {
+    session.locked = isUnknown || lastCovered_.value_or(false) || session.locked.value_or(false);
   }
   return session;
 }

@@ -2,69 +2,75 @@
 // the desktop.
 #pragma once
 
-#include <systemd/sd-bus.h>
-
-#include <chrono>
-#include <memory>
 #include <optional>
-#include <string>
 
+#include "platform/clock.h"
+#include "platform/linux/base/backoff.h"
+#include "platform/linux/base/sd_bus.h"
+#include "platform/linux/linux_clock.h"
 #include "platform/window_server.h"
 
 namespace tarqo::lnx {
 
-struct CloseBus {
-  void operator()(sd_bus* bus) const { sd_bus_close_unref(bus); }
-};
-
-/// A service on a bus that may well not exist, or be too busy to answer. One that does not answer
-/// is left alone for a while, so that it costs nothing. Worker thread only.
+/// A service on a bus that may well not exist, or be too busy to answer. After a failure it is not
+/// called for a while, so that it costs nothing. Worker thread only.
 class OptionalService {
  public:
   enum class Bus { system, session };
 
-  explicit OptionalService(Bus bus) : kind_(bus) {}
+  /// `clock` is kept and outlives this.
+  OptionalService(Bus bus, Clock& clock) : clock_(clock), kind_(bus) {}
 
-  /// The bus to ask the service on; null while the service is left alone.
-  [[nodiscard]] sd_bus* bus();
+  /// Calls a method with two texts, or with none when the first is null. Waits for the answer for
+  /// at most 0.1 s, 1 s before the first one, since there is none to fall back on. Null when there
+  /// is no answer in time and while the service is not called. Starts no service that does not run.
+  [[nodiscard]] Message call(const MethodCall& method, const char* text1 = nullptr,
+                             const char* text2 = nullptr);
 
-  /// How long to wait for an answer: longer for the first one, since there is none to fall back on.
-  [[nodiscard]] std::chrono::microseconds patience() const;
-
-  /// Remembers what came of a question, as sd-bus reports it: an answer (0 or more), that the time
-  /// was over, or that there is nobody who could answer.
-  void heard(int result);
-
-  /// Whether the service was too slow when it was last asked.
+  /// Whether the service was too slow when it was last called.
   [[nodiscard]] bool isBusy() const { return state_ == State::busy; }
 
-  /// Whether it is too slow and was never seen to answer, nor known to be absent.
-  [[nodiscard]] bool neverTold() const { return isBusy() && !hasTold_; }
+  /// Whether it is too slow and never answered, nor was known to be absent.
+  [[nodiscard]] bool hasNeverAnswered() const { return isBusy() && !hasAnswered_; }
 
  private:
   enum class State { unknown, answering, absent, busy };
 
+  [[nodiscard]] sd_bus* connection();
+  [[nodiscard]] Duration patience() const;
+  void note(int result);
+
+  Clock& clock_;
   Bus kind_;
-  std::unique_ptr<sd_bus, CloseBus> bus_;
+  BusHandle bus_;
   State state_ = State::unknown;
-  bool hasTold_ = false;
-  std::chrono::steady_clock::time_point leftAloneUntil_;
+  bool hasAnswered_ = false;  ///< Or was known to be absent.
+  Backoff afterFailure_;
 };
 
 class LinuxLoginSession {
  public:
-  /// Each service is waited for at most 0.1 s a call, 1 s before its first answer. An absent one
-  /// tells nothing. One that is too busy stands by its last answer; the desktop counts as locked
-  /// when it has given none.
+  /// On the clock of the system.
+  LinuxLoginSession();
+
+  /// `clock` is kept and outlives this.
+  explicit LinuxLoginSession(Clock& clock);
+  LinuxLoginSession(const LinuxLoginSession&) = delete;
+  LinuxLoginSession& operator=(const LinuxLoginSession&) = delete;
+
+  /// Waits for each service for at most 0.1 s a call, 1 s before its first answer. An absent one is
+  /// passed over. For one that is too busy its last answer stands; without one the desktop counts
+  /// as locked.
   [[nodiscard]] LoginSession read();
 
  private:
-  /// None when the service does not tell in time, or is absent.
-  [[nodiscard]] std::optional<LoginSession> askLoginManager();
-  [[nodiscard]] std::optional<bool> askScreenSaver();
+  /// Both are empty when the service is absent or does not answer in time.
+  [[nodiscard]] std::optional<LoginSession> readLoginManager();
+  [[nodiscard]] std::optional<bool> readScreenSaver();
 
-  OptionalService loginManager_{OptionalService::Bus::system};
-  OptionalService screenSaver_{OptionalService::Bus::session};
+  LinuxClock systemClock_;
+  OptionalService loginManager_;
+  OptionalService screenSaver_;
   std::optional<LoginSession> lastLogin_;
   std::optional<bool> lastCovered_;
 };

@@ -19,8 +19,8 @@ int inMilliseconds(Duration duration) {
 
 }  // namespace
 
-LinuxMainLoop::LinuxMainLoop()
-    : wake_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)), watched_{{wake_, POLLIN, 0}} {}
+LinuxMainLoop::LinuxMainLoop(Clock& clock)
+    : clock_(clock), wake_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)), watched_{{wake_, POLLIN, 0}} {}
 
 LinuxMainLoop::~LinuxMainLoop() {
   if (wake_ >= 0) {
@@ -58,12 +58,12 @@ void LinuxMainLoop::runTasks() {
 
 // Asks for no memory: there is nobody here to tell when there is none.
 void LinuxMainLoop::turn(Duration patience) {
-  Instant until = std::chrono::steady_clock::now() + patience;
+  Instant until = clock_.now() + patience;
   for (std::size_t i = 0; i < sources_.size(); ++i) {
     watched_[i + 1] = {sources_[i]->descriptor(), sources_[i]->events(), 0};
     until = std::min(until, sources_[i]->deadline().value_or(until));
   }
-  const Duration left = until - std::chrono::steady_clock::now();
+  const Duration left = until - clock_.now();
   poll(watched_.data(), watched_.size(), inMilliseconds(left));
   runTasks();
   for (LoopSource* source : sources_) {

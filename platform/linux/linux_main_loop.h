@@ -34,7 +34,8 @@ class LoopSource {
 
 class LinuxMainLoop final : public MainLoop {
  public:
-  LinuxMainLoop();
+  /// `clock` is kept and outlives this.
+  explicit LinuxMainLoop(Clock& clock);
   ~LinuxMainLoop() override;
   LinuxMainLoop(const LinuxMainLoop&) = delete;
   LinuxMainLoop& operator=(const LinuxMainLoop&) = delete;
@@ -54,6 +55,7 @@ class LinuxMainLoop final : public MainLoop {
  private:
   void runTasks();
 
+  Clock& clock_;
   int wake_ = -1;  ///< An eventfd that `post` writes to.
   std::vector<LoopSource*> sources_;
   std::vector<pollfd> watched_;  ///< That of `wake_` and of each source, in their order.

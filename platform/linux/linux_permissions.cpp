@@ -1,8 +1,10 @@
 #include "platform/linux/linux_permissions.h"
 
+#include <chrono>
+#include <cstdint>
 #include <utility>
 
-#include "platform/linux/base/bus_readiness.h"
+#include "platform/linux/base/sd_bus.h"
 
 namespace tarqo::lnx {
 namespace {
@@ -11,21 +13,21 @@ constexpr const char* kService = "org.a11y.Bus";
 constexpr const char* kPath = "/org/a11y/bus";
 constexpr const char* kStatus = "org.a11y.Status";
 constexpr const char* kSwitch = "IsEnabled";
-constexpr std::uint64_t kAnswerMicroseconds = 500'000;
+constexpr std::chrono::milliseconds kAnswerTime{500};
 
-BusHandle sessionBus() {
+BusHandle sessionBus(Clock& clock) {
   sd_bus* opened = nullptr;
   if (sd_bus_open_user(&opened) < 0) {
     return nullptr;
   }
   BusHandle bus(opened);
-  sd_bus_set_method_call_timeout(opened, kAnswerMicroseconds);
-  return becomesReady(opened, std::chrono::microseconds(kAnswerMicroseconds)) ? std::move(bus)
-                                                                              : nullptr;
+  constexpr auto kLimit = std::chrono::microseconds(kAnswerTime).count();
+  sd_bus_set_method_call_timeout(opened, static_cast<std::uint64_t>(kLimit));
+  return becomesReady(opened, kAnswerTime, clock) ? std::move(bus) : nullptr;
 }
 
-bool isSwitchedOn() {
-  const BusHandle bus = sessionBus();
+bool isSwitchedOn(Clock& clock) {
+  const BusHandle bus = sessionBus(clock);
   int on = 0;
   return bus &&
          sd_bus_get_property_trivial(bus.get(), kService, kPath, kStatus, kSwitch, nullptr, 'b',
@@ -41,16 +43,12 @@ bool LinuxPermissions::busAnswers() {
     if (bus == nullptr) {
       return false;
     }
-    sd_bus_message* asked = nullptr;
-    if (sd_bus_message_new_method_call(bus, &asked, "org.freedesktop.DBus", "/org/freedesktop/DBus",
-                                       "org.freedesktop.DBus.Peer", "Ping") < 0) {
+    const Message call = newCall(bus, {"org.freedesktop.DBus", "/org/freedesktop/DBus",
+                                       "org.freedesktop.DBus.Peer", "Ping"});
+    if (!call) {
       return false;
     }
-    const Message call(asked);
-    sd_bus_message* answered = nullptr;
-    const int result = sd_bus_call(bus, asked, kAnswerMicroseconds, nullptr, &answered);
-    const Message answer(answered);
-    if (result >= 0) {
+    if (callAndWait(bus, call, kAnswerTime).code >= 0) {
       return true;
     }
     bus_.drop();
@@ -65,10 +63,10 @@ bool LinuxPermissions::accessibilityTrusted() {
   if (switchedOnIn_ == bus_.generation()) {
     return true;
   }
-  bool on = isSwitchedOn();
+  bool on = isSwitchedOn(clock_);
   if (!on && switchedOnIn_ >= 0) {
     promptForAccessibility();  // It was on: the bus has come back without it.
-    on = isSwitchedOn();
+    on = isSwitchedOn(clock_);
   }
   if (on) {
     switchedOnIn_ = bus_.generation();
@@ -77,13 +75,13 @@ bool LinuxPermissions::accessibilityTrusted() {
 }
 
 void LinuxPermissions::promptForAccessibility() {
-  if (const BusHandle bus = sessionBus()) {
+  if (const BusHandle bus = sessionBus(clock_)) {
     sd_bus_set_property(bus.get(), kService, kPath, kStatus, kSwitch, nullptr, "b", 1);
   }
 }
 
 std::optional<std::string> LinuxPermissions::accessibilityObstacle() {
-  if (!sessionBus()) {
+  if (!sessionBus(clock_)) {
     return "There is no D-Bus session to reach applications through. Start this helper inside the "
            "user's desktop session, with DBUS_SESSION_BUS_ADDRESS set, then run again.";
   }

@@ -10,8 +10,9 @@ namespace tarqo::lnx {
 
 class LinuxPermissions final : public Permissions {
  public:
-  /// `capture` is kept by reference and outlives this.
-  explicit LinuxPermissions(capture::LinuxScreenCapture& capture) : capture_(capture) {}
+  /// Both are kept and outlive this.
+  LinuxPermissions(capture::LinuxScreenCapture& capture, Clock& clock)
+      : capture_(capture), clock_(clock), bus_(clock) {}
 
   /// One round trip to the bus; more, up to seconds, when the bus must be started first. A bus that
   /// was switched on and comes back switched off is switched on again.
@@ -30,6 +31,7 @@ class LinuxPermissions final : public Permissions {
   [[nodiscard]] bool busAnswers();
 
   capture::LinuxScreenCapture& capture_;
+  Clock& clock_;
   atspi::Bus bus_;
   int switchedOnIn_ = -1;  ///< The bus connection in whose time the switch was seen to be on.
 };

@@ -29,7 +29,7 @@ std::vector<std::string> Actions::namesOf(const ObjectHandle& object) {
 }
 
 Performed Actions::perform(const ObjectHandle& object, std::string_view action) {
-  const Instant deadline = std::chrono::steady_clock::now() + 2 * object.timeout;
+  const Instant deadline = reader_.clock().now() + 2 * object.timeout;
   if (action == "AXRaise") {
     const std::optional<WindowNumber> window = windowNumber(object);
     return window && reader_.locator().raise(*window) ? Performed::taken : Performed::refused;

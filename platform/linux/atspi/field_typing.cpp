@@ -1,7 +1,6 @@
 #include "platform/linux/atspi/field_typing.h"
 
 #include <algorithm>
-#include <thread>
 
 #include "platform/unicode.h"
 
@@ -59,7 +58,7 @@ bool FieldTyping::typeKeys(const ObjectHandle& field, const std::string& text) {
   const auto press = [&](const InputEvent& down, const InputEvent& up) {
     typed = typed && focus_.postKey(field, source.get(), down, up);
     if (typed) {
-      std::this_thread::sleep_for(kBetweenKeys);
+      reader_.clock().sleep(kBetweenKeys);
     }
   };
   if (text.empty()) {
@@ -99,12 +98,12 @@ bool FieldTyping::selectAll(const ObjectHandle& object, std::int32_t characters)
     }
     batch.send(std::move(message), [](const Reply&) {});
   });
-  const Instant deadline = std::chrono::steady_clock::now() + kSelectionTold;
-  while (std::chrono::steady_clock::now() < deadline) {
+  const Instant deadline = reader_.clock().now() + kSelectionTold;
+  while (reader_.clock().now() < deadline) {
     if (selects(object, characters)) {
       return true;
     }
-    std::this_thread::sleep_for(kPoll);
+    reader_.clock().sleep(kPoll);
   }
   return focus_.postKey(object, nullptr, KeyEvent{kAKey, true, kModifierControl},
                         KeyEvent{kAKey, false, kModifierControl});
@@ -133,10 +132,10 @@ bool FieldTyping::selects(const ObjectHandle& object, std::int32_t characters) {
 /// read whole, what has stayed of it shows by the length alone.
 bool FieldTyping::awaitContent(const ObjectHandle& object, const std::string& text,
                                const Content& before) {
-  const Instant deadline = std::chrono::steady_clock::now() + kArrival;
+  const Instant deadline = reader_.clock().now() + kArrival;
   std::optional<Content> now = contentOf(object);
-  while (now && now->text != text && std::chrono::steady_clock::now() < deadline) {
-    std::this_thread::sleep_for(kPoll);
+  while (now && now->text != text && reader_.clock().now() < deadline) {
+    reader_.clock().sleep(kPoll);
     now = contentOf(object);
   }
   if (!now || now->text == text) {

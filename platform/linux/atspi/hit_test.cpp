@@ -1,7 +1,6 @@
 #include "platform/linux/atspi/hit_test.h"
 
 #include <algorithm>
-#include <thread>
 
 #include "platform/linux/atspi/read/search.h"
 #include "platform/linux/atspi/translate/visibility.h"
@@ -133,12 +132,12 @@ std::optional<Ref> HitTest::confirmedAt(const ObjectHandle& start, Point point) 
   if (reader_.toolkitOf(start) != Toolkit::chromium) {
     return found;
   }
-  const Instant end = std::chrono::steady_clock::now() + start.timeout;
+  const Instant end = reader_.clock().now() + start.timeout;
   while (found && !liesAt(start, *found, point)) {
-    if (std::chrono::steady_clock::now() >= end) {
+    if (reader_.clock().now() >= end) {
       return std::nullopt;
     }
-    std::this_thread::sleep_for(kPageAnswers);
+    reader_.clock().sleep(kPageAnswers);
     found = deepestAt(start, point);
   }
   return found;
@@ -157,7 +156,7 @@ bool HitTest::liesAt(const ObjectHandle& start, const Ref& ref, Point point) {
 /// time-out: a shallower object must not pass for the one under the pointer.
 std::optional<Ref> HitTest::deepestAt(const ObjectHandle& start, Point point) {
   ObjectHandle at = start;
-  const Instant end = std::chrono::steady_clock::now() + start.timeout;
+  const Instant end = reader_.clock().now() + start.timeout;
   std::vector<Ref> seen{start.ref};
   for (int depth = 0; depth < kMaxHitDepth; ++depth) {
     std::optional<Ref> next = childAt(at, point);
@@ -169,7 +168,7 @@ std::optional<Ref> HitTest::deepestAt(const ObjectHandle& start, Point point) {
     }
     seen.push_back(*next);
     at.ref = *std::move(next);
-    if (std::chrono::steady_clock::now() >= end) {
+    if (reader_.clock().now() >= end) {
       return std::nullopt;
     }
   }

@@ -1,7 +1,6 @@
 #include "platform/linux/atspi/keyboard_focus.h"
 
 #include <algorithm>
-#include <thread>
 
 #include "platform/linux/atspi/translate/visibility.h"
 
@@ -74,8 +73,8 @@ bool KeyboardFocus::postPair(EventSource* source, Pid receiver, const InputEvent
 }
 
 bool KeyboardFocus::await(const ObjectHandle& object) {
-  const Instant deadline = std::chrono::steady_clock::now() + object.timeout;
-  while (std::chrono::steady_clock::now() < deadline) {
+  const Instant deadline = reader_.clock().now() + object.timeout;
+  while (reader_.clock().now() < deadline) {
     const PropertiesPtr properties = reader_.read(object, Property::basics);
     if (!properties) {
       return false;
@@ -83,7 +82,7 @@ bool KeyboardFocus::await(const ObjectHandle& object) {
     if (properties->has(State::focused)) {
       return true;
     }
-    std::this_thread::sleep_for(kFocusPoll);
+    reader_.clock().sleep(kFocusPoll);
   }
   return false;
 }

@@ -5,8 +5,9 @@
 namespace tarqo::lnx::atspi {
 
 LinuxAccessibility::LinuxAccessibility(WindowLocator& locator, Notifications& notifications,
-                                       InputEvents* keyboard)
+                                       Clock& clock, InputEvents* keyboard)
     : notifications_(notifications),
+      bus_(clock),
       reader_(bus_, locator),
       pending_(bus_),
       relations_(reader_, notifications),

@@ -5,14 +5,12 @@
 #include <string_view>
 
 #include "platform/linux/atspi/wire/codec.h"
-#include "platform/linux/base/bus_readiness.h"
 
 namespace tarqo::lnx::atspi {
 namespace {
 
 using std::chrono::duration_cast;
 using std::chrono::microseconds;
-using std::chrono::steady_clock;
 
 /// Within this nearly every application is done; for the others a process is made that keeps the
 /// connection.
@@ -39,10 +37,10 @@ bool includesAll(const std::vector<Ref>& all, const std::vector<Ref>& some) {
 
 /// Serves a connection until `done`, the deadline, or its end.
 template <typename Condition>
-void serve(sd_bus* bus, Instant deadline, Condition done) {
+void serve(sd_bus* bus, Instant deadline, Clock& clock, Condition done) {
   while (!done()) {
     const int processed = bus == nullptr ? -1 : sd_bus_process(bus, nullptr);
-    const Instant now = steady_clock::now();
+    const Instant now = clock.now();
     if (processed < 0 || now >= deadline) {
       return;
     }
@@ -112,8 +110,8 @@ bool PendingActions::prepare(PendingAction& action, const ObjectHandle& object, 
   }
   closeFinished(object.pid, action.windowsBefore);
   action.peer = openPeerConnection({std::move(address), object.pid});
-  return !action.peer || becomesReady(action.peer.get(),
-                                      duration_cast<microseconds>(deadline - steady_clock::now()));
+  return !action.peer ||
+         becomesReady(action.peer.get(), deadline - bus_.clock().now(), bus_.clock());
 }
 
 bool PendingActions::send(PendingAction& action, const ObjectHandle& object,
@@ -121,41 +119,42 @@ bool PendingActions::send(PendingAction& action, const ObjectHandle& object,
   sd_bus* bus = action.peer ? action.peer.get() : bus_.connection();
   action.generation = bus_.generation();
   action.answeredFirst = request.answeredFirst;
-  action.since = steady_clock::now();
-  sd_bus_message* made = nullptr;
-  if (bus == nullptr ||
-      sd_bus_message_new_method_call(bus, &made, action.peer ? nullptr : object.ref.bus.c_str(),
-                                     object.ref.path.c_str(), request.method.interface,
-                                     request.method.name) < 0) {
+  action.since = bus_.clock().now();
+  if (bus == nullptr) {
     return false;
   }
-  const Message message(made);
-  if (request.writeArguments) {
-    request.writeArguments(made);
+  const Message message =
+      newCall(bus, {action.peer ? nullptr : object.ref.bus.c_str(), object.ref.path.c_str(),
+                    request.method.interface, request.method.name});
+  if (!message) {
+    return false;
   }
-  return sendAsync(bus, made, action.call, onAnswer, &action);
+  if (request.writeArguments) {
+    request.writeArguments(message.get());
+  }
+  return sendAsync(bus, message.get(), action.call, onAnswer, &action);
 }
 
 void PendingActions::awaitAnswer(PendingAction& action, Instant deadline) {
-  serve(action.peer ? action.peer.get() : bus_.current(), deadline,
+  serve(action.peer ? action.peer.get() : bus_.current(), deadline, bus_.clock(),
         [&action] { return action.answer != Answer::absent; });
 }
 
 /// Waits until the application answers what was asked after its answer to the request.
 void PendingActions::awaitReturn(PendingAction& action, const ObjectHandle& object,
                                  Instant deadline) {
-  const Instant usual = std::min(steady_clock::now() + kUsual, deadline);
+  const Instant usual = std::min(bus_.clock().now() + kUsual, deadline);
   const auto hasReturned = [&action] { return action.hasReturned; };
   Batch batch(bus_);
   const Message probe = batch.make({object.ref.bus, kRootPath}, kAccessible, "GetChildren");
   if (probe && sendAsync(bus_.current(), probe.get(), action.probe, onWindows, &action)) {
-    serve(bus_.current(), usual, hasReturned);
+    serve(bus_.current(), usual, bus_.clock(), hasReturned);
   }
   if (action.peer &&
       !(action.hasReturned && includesAll(action.windowsBefore, action.windowsAfter))) {
     action.keeper.keep(sd_bus_get_fd(action.peer.get()));
   }
-  serve(bus_.current(), deadline, hasReturned);
+  serve(bus_.current(), deadline, bus_.clock(), hasReturned);
 }
 
 Performed PendingActions::perform(const ObjectHandle& object, Toolkit toolkit,
@@ -168,7 +167,7 @@ Performed PendingActions::perform(const ObjectHandle& object, Toolkit toolkit,
     actions_.pop_back();
     return Performed::refused;
   }
-  awaitAnswer(action, std::min(steady_clock::now() + kUsual, deadline));
+  awaitAnswer(action, std::min(bus_.clock().now() + kUsual, deadline));
   if (action.answer == Answer::absent && action.peer) {
     action.keeper.keep(sd_bus_get_fd(action.peer.get()));
   }
@@ -195,7 +194,7 @@ Performed PendingActions::perform(const ObjectHandle& object, Toolkit toolkit,
 
 bool PendingActions::isAccepted(const ObjectHandle& object, Toolkit toolkit,
                                 const ActionRequest& request) {
-  return perform(object, toolkit, request, steady_clock::now() + object.timeout) ==
+  return perform(object, toolkit, request, bus_.clock().now() + object.timeout) ==
          Performed::acknowledged;
 }
 
@@ -220,7 +219,7 @@ void PendingActions::processReplies() {
 
 /// Closes the connections of deeds that an application with these windows is out of.
 void PendingActions::closeFinished(Pid pid, const std::vector<Ref>& windows) {
-  const Instant now = steady_clock::now();
+  const Instant now = bus_.clock().now();
   std::erase_if(actions_, [&](const PendingAction& action) {
     return action.pid == pid && action.answer == Answer::yes && now - action.since > kRest &&
            includesAll(action.windowsBefore, windows);

@@ -171,8 +171,8 @@ std::vector<Ref> TreeRelations::contextMenus(const ObjectHandle& window) {
 bool TreeRelations::isDetachedMenu(const ObjectHandle& menu) {
   const std::vector<Toplevel> all = reader_.windowsOf(menu.pid, menu.timeout).toplevels;
   ObjectHandle at = menu;
-  const Instant end = std::chrono::steady_clock::now() + menu.timeout;
-  for (int depth = 0; depth < kMaxAncestors && std::chrono::steady_clock::now() < end; ++depth) {
+  const Instant end = reader_.clock().now() + menu.timeout;
+  for (int depth = 0; depth < kMaxAncestors && reader_.clock().now() < end; ++depth) {
     const PropertiesPtr properties = reader_.read(at, Property::basics | Property::parent);
     if (!properties || !properties->parent || properties->parent->empty() ||
         properties->parent->path == kRootPath) {

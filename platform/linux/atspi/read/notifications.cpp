@@ -67,7 +67,7 @@ class Notifications::Handle final : public Observer {
   std::shared_ptr<Subscriber> subscriber_;
 };
 
-Notifications::Notifications(LinuxMainLoop& loop) : stream_(loop, *this) {}
+Notifications::Notifications(LinuxMainLoop& loop, Clock& clock) : stream_(loop, *this, clock) {}
 
 Notifications::~Notifications() = default;
 

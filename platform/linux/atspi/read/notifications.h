@@ -20,8 +20,8 @@ namespace tarqo::lnx::atspi {
 
 class Notifications final : private EventReceiver {
  public:
-  /// `loop` is kept and outlives this.
-  explicit Notifications(LinuxMainLoop& loop);
+  /// Both are kept and outlive this.
+  Notifications(LinuxMainLoop& loop, Clock& clock);
   ~Notifications() override;
   Notifications(const Notifications&) = delete;
   Notifications& operator=(const Notifications&) = delete;

@@ -89,16 +89,15 @@ struct ReadAhead::Stretch {
   int limit = kStretch;
 };
 
-ReadAhead::ReadAhead(const ObjectHandle& root, const TreeReadLimits& limits)
-    : pid_(root.pid), root_(root.ref), elements_(limits.elements) {
-  const Duration left =
-      std::max(limits.deadline - std::chrono::steady_clock::now(), Duration::zero());
+ReadAhead::ReadAhead(const ObjectHandle& root, const TreeReadLimits& limits, Clock& clock)
+    : clock_(clock), pid_(root.pid), root_(root.ref), elements_(limits.elements) {
+  const Duration left = std::max(limits.deadline - clock_.now(), Duration::zero());
   const Duration reserved = std::min(left / kReservedShare, kReservedAtMost);
   openUntil_ = limits.deadline - reserved;
   answersUntil_ = limits.deadline - reserved / 2;
 }
 
-bool ReadAhead::isOver() const { return std::chrono::steady_clock::now() >= openUntil_; }
+bool ReadAhead::isOver() const { return clock_.now() >= openUntil_; }
 
 const std::shared_ptr<Properties>& ReadAhead::propertiesOf(const Ref& ref) {
   std::shared_ptr<Properties>& properties = properties_[ref];
@@ -126,7 +125,7 @@ void ReadAhead::readFrom(const ObjectHandle& object, Toolkit toolkit, Bus& chann
     Stretch stretch{batch, object.ref.bus, toolkit};
     stretch.limit = useCache ? std::min(kCacheWorthwhile, left) : left;
     Instant until = answersUntil_;
-    const Instant patience = std::chrono::steady_clock::now() + object.timeout;
+    const Instant patience = clock_.now() + object.timeout;
     if (atRoot && until < patience) {
       until = patience;
       stretch.limit = 1;  // The rest has to do with the time there is.

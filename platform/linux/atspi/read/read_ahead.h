@@ -26,7 +26,7 @@ namespace tarqo::lnx::atspi {
 
 class ReadAhead {
  public:
-  ReadAhead(const ObjectHandle& root, const TreeReadLimits& limits);
+  ReadAhead(const ObjectHandle& root, const TreeReadLimits& limits, Clock& clock);
 
   [[nodiscard]] Pid pid() const { return pid_; }
 
@@ -71,6 +71,7 @@ class ReadAhead {
   void skip(Stretch& stretch, Properties& properties);
   void readCache(const ObjectHandle& object, Bus& channel);
 
+  Clock& clock_;
   Pid pid_;
   Ref root_;
   std::size_t elements_;  ///< About as many as the walk will visit.

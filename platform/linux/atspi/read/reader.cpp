@@ -12,7 +12,7 @@ constexpr int kMaxDepth = 100;
 
 /// How long an application that failed to answer is left alone: each further question of the same
 /// request would cost the same wait.
-constexpr auto kLeftAlone = std::chrono::milliseconds(500);
+constexpr auto kSilenceRest = std::chrono::milliseconds(500);
 
 /// Puts objects in the order of their windows.
 ApplicationWindows inOrder(std::vector<Toplevel> toplevels,
@@ -69,20 +69,20 @@ ReadAhead* Reader::readAheadOf(Pid pid) {
 
 bool Reader::failed(Pid pid) {
   const ReadAhead* ahead = readAheadOf(pid);
-  const auto silent = silentUntil_.find(pid);
+  const auto silent = silent_.find(pid);
   return (ahead != nullptr && ahead->closed()) ||
-         (silent != silentUntil_.end() && std::chrono::steady_clock::now() < silent->second);
+         (silent != silent_.end() && silent->second.isRunning(clock().now()));
 }
 
 void Reader::noteFailure(Pid pid) {
-  silentUntil_[pid] = std::chrono::steady_clock::now() + kLeftAlone;
+  silent_[pid].start(clock().now(), kSilenceRest);
   if (ReadAhead* ahead = readAheadOf(pid)) {
     ahead->end();
   }
 }
 
 BatchLimits Reader::limitsFor(const ObjectHandle& object) {
-  return {std::chrono::steady_clock::now() + object.timeout, object.timeout};
+  return {clock().now() + object.timeout, object.timeout};
 }
 
 Toolkit Reader::toolkitOf(const ObjectHandle& object) {
@@ -271,8 +271,8 @@ PropertiesPtr Reader::propertiesOfSilentWindow(const ObjectHandle& object) {
 std::optional<Toplevel> Reader::toplevelOf(const ObjectHandle& object) {
   const std::vector<Toplevel>& all = windowsOf(object.pid, object.timeout).toplevels;
   Ref at = object.window.empty() ? object.ref : object.window;
-  const Instant end = std::chrono::steady_clock::now() + object.timeout;
-  for (int depth = 0; depth < kMaxDepth && std::chrono::steady_clock::now() < end; ++depth) {
+  const Instant end = clock().now() + object.timeout;
+  for (int depth = 0; depth < kMaxDepth && clock().now() < end; ++depth) {
     const auto found = std::ranges::find(all, at, &Toplevel::ref);
     if (found != all.end()) {
       return *found;
@@ -290,7 +290,7 @@ std::optional<Toplevel> Reader::toplevelOf(const ObjectHandle& object) {
 
 std::unique_ptr<TreeRead> Reader::readTree(const ObjectHandle& window,
                                            const TreeReadLimits& limits) {
-  readAhead_ = std::make_shared<ReadAhead>(window, limits);
+  readAhead_ = std::make_shared<ReadAhead>(window, limits, clock());
   auto scope = std::make_unique<Scope>(*this, readAhead_);
   if (failed(window.pid)) {
     readAhead_->end();  // It is left alone for a while yet, and must not pass for empty.

@@ -17,6 +17,7 @@
 #include "platform/linux/atspi/translate/window_matching.h"
 #include "platform/linux/atspi/wire/bus.h"
 #include "platform/linux/atspi/wire/object_handle.h"
+#include "platform/linux/base/backoff.h"
 
 namespace tarqo::lnx::atspi {
 
@@ -58,6 +59,7 @@ class Reader {
   [[nodiscard]] Bus& bus() { return bus_; }
   [[nodiscard]] Registry& registry() { return registry_; }
   [[nodiscard]] WindowLocator& locator() { return locator_; }
+  [[nodiscard]] Clock& clock() { return bus_.clock(); }
 
   /// Forgets what holds only for the length of one call of the service: where the windows are.
   void beginCall() { windowsThisCallPid_ = 0; }
@@ -85,7 +87,7 @@ class Reader {
   Registry registry_;
   WindowLocator& locator_;
   std::shared_ptr<ReadAhead> readAhead_;
-  std::unordered_map<Pid, Instant> silentUntil_;          ///< Who failed to answer.
+  std::unordered_map<Pid, Backoff> silent_;               ///< Who failed to answer.
   std::unordered_map<Pid, std::vector<Toplevel>> known_;  ///< As last reported, without windows.
   /// Which of several twins is which does not change while they live.
   std::unordered_map<Pid, std::vector<ProvenPair>> proven_;

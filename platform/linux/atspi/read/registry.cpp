@@ -3,10 +3,6 @@
 namespace tarqo::lnx::atspi {
 namespace {
 
-BatchLimits within(Duration patience) {
-  return {std::chrono::steady_clock::now() + patience, patience};
-}
-
 /// How long an application without a toolkit's name is not asked for one again.
 constexpr auto kNameless = std::chrono::seconds(1);
 
@@ -19,7 +15,7 @@ void Registry::forgetAfterReconnect() {
     generation_ = bus_.generation();
     pids_.clear();
     toolkits_.clear();
-    namelessUntil_.clear();
+    nameless_.clear();
     channelName_.clear();
     channel_.reset();
   }
@@ -42,7 +38,7 @@ void Registry::learnPids(const std::vector<Ref>& roots, Duration patience) {
       }
     });
   }
-  static_cast<void>(batch.run(within(patience)));
+  static_cast<void>(batch.run({bus_.clock().now() + patience, patience}));
 }
 
 std::vector<Registration> Registry::registrationsOf(Pid pid, Duration patience) {
@@ -54,7 +50,7 @@ std::vector<Registration> Registry::registrationsOf(Pid pid, Duration patience) 
       roots = *std::move(children);
     }
   });
-  static_cast<void>(batch.run(within(patience)));
+  static_cast<void>(batch.run({bus_.clock().now() + patience, patience}));
   learnPids(roots, patience);
   std::vector<Registration> result;
   for (const Ref& root : roots) {
@@ -71,8 +67,8 @@ std::optional<Toolkit> Registry::toolkitOf(const std::string& busName, Duration 
   if (const std::optional<Toolkit> known = knownToolkitOf(busName)) {
     return known;
   }
-  const auto nameless = namelessUntil_.find(busName);
-  if (nameless != namelessUntil_.end() && std::chrono::steady_clock::now() < nameless->second) {
+  const auto nameless = nameless_.find(busName);
+  if (nameless != nameless_.end() && nameless->second.isRunning(bus_.clock().now())) {
     return Toolkit::other;
   }
   std::optional<std::string> name;
@@ -85,11 +81,11 @@ std::optional<Toolkit> Registry::toolkitOf(const std::string& busName, Duration 
   batch.property(root, kApplication, "Version", [&version](Reply reply) {
     version = reply.ok ? readVariantText(reply.message).value_or("") : "";
   });
-  if (batch.run(within(patience)) != BatchOutcome::complete) {
+  if (batch.run({bus_.clock().now() + patience, patience}) != BatchOutcome::complete) {
     return std::nullopt;
   }
   if (!name || name->empty()) {
-    namelessUntil_[busName] = std::chrono::steady_clock::now() + kNameless;
+    nameless_[busName].start(bus_.clock().now(), kNameless);
     return Toolkit::other;
   }
   return toolkits_[busName] = toolkitNamed(*name, version);
@@ -113,14 +109,15 @@ Bus& Registry::channelTo(const std::string& busName, Toolkit toolkit, Duration p
                [&address](Reply reply) {
                  address = (reply.ok ? readText(reply.message) : std::nullopt).value_or("");
                });
-    if (batch.run(within(patience)) != BatchOutcome::complete) {
+    if (batch.run({bus_.clock().now() + patience, patience}) != BatchOutcome::complete) {
       return bus_;
     }
     channelName_ = busName;
     const auto pid = pids_.find(busName);
     const bool offered = !address.empty() && pid != pids_.end();
     channel_ =
-        offered ? std::make_unique<Bus>(PeerAddress{std::move(address), pid->second}) : nullptr;
+        offered ? std::make_unique<Bus>(PeerAddress{std::move(address), pid->second}, bus_.clock())
+                : nullptr;
   }
   return channel_ && channel_->connection() != nullptr ? *channel_ : bus_;
 }

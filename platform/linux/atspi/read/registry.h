@@ -13,6 +13,7 @@
 #include "platform/accessibility.h"
 #include "platform/linux/atspi/translate/properties.h"
 #include "platform/linux/atspi/wire/bus.h"
+#include "platform/linux/base/backoff.h"
 
 namespace tarqo::lnx::atspi {
 
@@ -49,9 +50,9 @@ class Registry {
   int generation_ = 0;
   std::unordered_map<std::string, Pid> pids_;  ///< Unique names are never used again.
   std::unordered_map<std::string, Toolkit> toolkits_;
-  std::unordered_map<std::string, Instant> namelessUntil_;
-  std::string channelName_;       ///< Whose channel the next is.
-  std::unique_ptr<Bus> channel_;  ///< Null for the bus.
+  std::unordered_map<std::string, Backoff> nameless_;  ///< Without a toolkit's name a moment ago.
+  std::string channelName_;                            ///< Whose channel the next is.
+  std::unique_ptr<Bus> channel_;                       ///< Null for the bus.
 };
 
 }  // namespace tarqo::lnx::atspi

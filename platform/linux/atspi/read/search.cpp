@@ -24,8 +24,8 @@ void searchBelow(Reader& reader, const ObjectHandle& start, PropertySet wanted, 
     appendChildren(level, start, *top);
   }
   std::size_t seen = 0;
-  const Instant end = std::chrono::steady_clock::now() + start.timeout;
-  while (!level.empty() && seen < limit && std::chrono::steady_clock::now() < end) {
+  const Instant end = reader.clock().now() + start.timeout;
+  while (!level.empty() && seen < limit && reader.clock().now() < end) {
     level.resize(std::min(level.size(), limit - seen));
     seen += level.size();
     const std::vector<PropertiesPtr> properties = reader.readAll(level, wanted);

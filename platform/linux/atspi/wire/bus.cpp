@@ -3,13 +3,8 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "platform/linux/base/bus_readiness.h"
-
 namespace tarqo::lnx::atspi {
 namespace {
-
-using std::chrono::duration_cast;
-using std::chrono::microseconds;
 
 /// Calls in flight at once. More than this gains nothing and leaves a longer backlog in a target
 /// that stops answering.
@@ -24,45 +19,54 @@ constexpr auto kHelloPatience = std::chrono::seconds(1);
 constexpr auto kSlowFailure = std::chrono::milliseconds(200);
 constexpr auto kRestAfterSlowFailure = std::chrono::seconds(2);
 
-/// The time to a deadline, for sd-bus: never zero, which it takes for no limit.
-microseconds until(Instant deadline) {
-  return std::max(duration_cast<microseconds>(deadline - std::chrono::steady_clock::now()),
-                  microseconds(1));
-}
-
-microseconds helloBefore(Instant deadline) {
-  return std::min(until(deadline), microseconds(kHelloPatience));
-}
-
-std::uint64_t numberOf(microseconds limit) { return static_cast<std::uint64_t>(limit.count()); }
-
-BusHandle connect(const std::string& address, Instant deadline) {
+BusHandle connect(const std::string& address, Instant deadline, Clock& clock) {
+  const auto patience = [&] { return std::min<Duration>(deadline - clock.now(), kHelloPatience); };
   sd_bus* made = nullptr;
   if (sd_bus_new(&made) < 0) {
     return nullptr;
   }
   BusHandle bus(made);
+  constexpr auto kLimit = std::chrono::microseconds(kHelloPatience).count();
   if (sd_bus_set_address(made, address.c_str()) < 0 || sd_bus_set_bus_client(made, 1) < 0 ||
-      sd_bus_set_method_call_timeout(made, numberOf(microseconds(kHelloPatience))) < 0 ||
-      sd_bus_start(made) < 0 || !becomesReady(made, helloBefore(deadline))) {
+      sd_bus_set_method_call_timeout(made, static_cast<std::uint64_t>(kLimit)) < 0 ||
+      sd_bus_start(made) < 0 || !becomesReady(made, patience(), clock)) {
     return nullptr;
   }
   // A bus that accepts connections but never says hello must not be taken for one that works.
+  const Message call = newCall(
+      made, {"org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "GetId"});
   const char* name = nullptr;
-  sd_bus_message* request = nullptr;
-  if (sd_bus_message_new_method_call(made, &request, "org.freedesktop.DBus",
-                                     "/org/freedesktop/DBus", "org.freedesktop.DBus",
-                                     "GetId") < 0) {
-    return nullptr;
-  }
-  const Message call(request);
-  sd_bus_message* answer = nullptr;
-  const int result = sd_bus_call(made, request, numberOf(helloBefore(deadline)), nullptr, &answer);
-  const Message held(answer);
-  if (result < 0 || sd_bus_get_unique_name(made, &name) < 0) {
+  if (!call || callAndWait(made, call, patience()).code < 0 ||
+      sd_bus_get_unique_name(made, &name) < 0) {
     return nullptr;
   }
   return bus;
+}
+
+/// The address of the accessibility bus, as the session bus reports it; empty when nobody does.
+std::optional<std::string> accessibilityBusAddress(Instant deadline, Clock& clock) {
+  sd_bus* opened = nullptr;
+  if (sd_bus_open_user(&opened) >= 0) {
+    const BusHandle session(opened);
+    const Duration patience = std::min<Duration>(deadline - clock.now(), kHelloPatience);
+    const Message call =
+        becomesReady(opened, patience, clock)
+            ? newCall(opened, {"org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress"})
+            : nullptr;
+    if (call) {
+      const CallResult result = callAndWait(opened, call, deadline - clock.now());
+      const char* address = nullptr;
+      if (result.code >= 0 && sd_bus_message_read(result.reply.get(), "s", &address) > 0 &&
+          *address != '\0') {
+        return address;
+      }
+    }
+  }
+  const char* fromEnvironment = std::getenv("AT_SPI_BUS_ADDRESS");
+  if (fromEnvironment != nullptr && *fromEnvironment != '\0') {
+    return fromEnvironment;
+  }
+  return std::nullopt;
 }
 
 }  // namespace
@@ -71,53 +75,27 @@ bool Ref::empty() const { return path.empty() || path == "/org/a11y/atspi/null";
 
 Ref registryRoot() { return {"org.a11y.atspi.Registry", kRootPath}; }
 
-namespace {
-
-/// The address of the accessibility bus, asked of the session bus; none when nobody tells it.
-std::optional<std::string> accessibilityBusAddress(Instant deadline) {
-  sd_bus* opened = nullptr;
-  if (sd_bus_open_user(&opened) >= 0) {
-    const BusHandle session(opened);
-    sd_bus_message* made = nullptr;
-    if (becomesReady(opened, helloBefore(deadline)) &&
-        sd_bus_message_new_method_call(opened, &made, "org.a11y.Bus", "/org/a11y/bus",
-                                       "org.a11y.Bus", "GetAddress") >= 0) {
-      const Message call(made);
-      sd_bus_message* answer = nullptr;
-      const int asked = sd_bus_call(opened, made, numberOf(until(deadline)), nullptr, &answer);
-      const Message reply(answer);
-      const char* address = nullptr;
-      if (asked >= 0 && sd_bus_message_read(answer, "s", &address) > 0 && *address != '\0') {
-        return address;
-      }
-    }
-  }
-  const char* told = std::getenv("AT_SPI_BUS_ADDRESS");
-  if (told != nullptr && *told != '\0') {
-    return told;
-  }
-  return std::nullopt;
-}
-
-}  // namespace
-
-BusHandle openAccessibilityBus(Duration patience) {
-  const Instant deadline = std::chrono::steady_clock::now() + patience;
-  const std::optional<std::string> address = accessibilityBusAddress(deadline);
-  return address ? connect(*address, deadline) : nullptr;
+BusHandle openAccessibilityBus(Duration patience, Clock& clock) {
+  const Instant deadline = clock.now() + patience;
+  const std::optional<std::string> address = accessibilityBusAddress(deadline, clock);
+  return address ? connect(*address, deadline, clock) : nullptr;
 }
 
 sd_bus* Bus::connection() {
   if (bus_ && sd_bus_is_open(bus_.get()) <= 0) {
     bus_.reset();
   }
-  const Instant started = std::chrono::steady_clock::now();
-  if (!bus_ && started >= notBefore_) {
-    bus_ = isPeer() ? openPeerConnection(application_) : openAccessibilityBus(kConnectPatience);
+  if (bus_) {
+    return bus_.get();
+  }
+  const Instant started = clock_.now();
+  if (!afterSlowFailure_.isRunning(started)) {
+    bus_ = isPeer() ? openPeerConnection(application_)
+                    : openAccessibilityBus(kConnectPatience, clock_);
     ++generation_;
-    const Instant ended = std::chrono::steady_clock::now();
+    const Instant ended = clock_.now();
     if (!bus_ && ended - started > kSlowFailure) {
-      notBefore_ = ended + kRestAfterSlowFailure;
+      afterSlowFailure_.start(ended, kRestAfterSlowFailure);
     }
   }
   return bus_.get();
@@ -127,13 +105,11 @@ void Bus::drop() { bus_.reset(); }
 
 Message Batch::make(const Ref& target, const char* interface, const char* member) {
   sd_bus* bus = bus_.connection();
-  const char* name = bus_.isPeer() ? nullptr : target.bus.c_str();
-  sd_bus_message* made = nullptr;
-  if (bus == nullptr || sd_bus_message_new_method_call(bus, &made, name, target.path.c_str(),
-                                                       interface, member) < 0) {
+  if (bus == nullptr) {
     return nullptr;
   }
-  return Message(made);
+  const char* name = bus_.isPeer() ? nullptr : target.bus.c_str();
+  return newCall(bus, {name, target.path.c_str(), interface, member});
 }
 
 void Batch::send(Message message, ReplyHandler handler) {
@@ -172,7 +148,7 @@ int Batch::onReply(sd_bus_message* reply, void* pending, sd_bus_error* /*error*/
   Batch& batch = *answered->batch;
   const ReplyHandler handler = std::move(answered->handler);
   batch.pending_.erase(answered->self);
-  batch.lastAnswer_ = std::chrono::steady_clock::now();
+  batch.lastAnswer_ = batch.bus_.clock().now();
   try {
     handler({reply, sd_bus_message_is_method_error(reply, nullptr) == 0});
   } catch (...) {
@@ -203,19 +179,19 @@ bool Batch::sendWaiting() {
 }
 
 bool Batch::waitForInput(BatchLimits limits) {
-  const Instant now = std::chrono::steady_clock::now();
+  const Instant now = bus_.clock().now();
   const Instant until = std::min(limits.deadline, lastAnswer_ + limits.perAnswer);
   if (now >= until) {
     return false;
   }
-  const auto left = duration_cast<microseconds>(until - now).count() + 1;
+  const auto left = std::chrono::duration_cast<std::chrono::microseconds>(until - now).count() + 1;
   sd_bus_wait(bus_.current(), static_cast<std::uint64_t>(left));
   return true;
 }
 
 BatchOutcome Batch::run(BatchLimits limits) {
   stopped_ = false;
-  lastAnswer_ = std::chrono::steady_clock::now();
+  lastAnswer_ = bus_.clock().now();
   while (!stopped_) {
     if (bus_.current() == nullptr || !sendWaiting()) {
       bus_.drop();
@@ -233,7 +209,7 @@ BatchOutcome Batch::run(BatchLimits limits) {
     if (processed == 0 && !waitForInput(limits)) {
       return BatchOutcome::timedOut;
     }
-    if (processed > 0 && std::chrono::steady_clock::now() >= limits.deadline) {
+    if (processed > 0 && bus_.clock().now() >= limits.deadline) {
       return BatchOutcome::timedOut;
     }
   }

@@ -13,7 +13,8 @@
 
 #include "platform/clock.h"
 #include "platform/linux/atspi/wire/peer_connection.h"
-#include "platform/linux/base/bus_handles.h"
+#include "platform/linux/base/backoff.h"
+#include "platform/linux/base/sd_bus.h"
 
 namespace tarqo::lnx::atspi {
 
@@ -51,11 +52,12 @@ inline constexpr const char* kRootPath = "/org/a11y/atspi/accessible/root";
 
 class Bus {
  public:
-  /// To the accessibility bus.
-  Bus() = default;
+  /// To the accessibility bus. `clock` is kept and outlives this.
+  explicit Bus(Clock& clock) : clock_(clock) {}
 
-  /// To one application, past the bus, at the address it told, which is not empty.
-  explicit Bus(PeerAddress application) : application_(std::move(application)) {}
+  /// To one application, past the bus, at the address it reported, which is not empty.
+  Bus(PeerAddress application, Clock& clock)
+      : clock_(clock), application_(std::move(application)) {}
 
   /// The connection; made when there is none. Null when there is no session bus or no accessibility
   /// bus on it. Waits for at most 3 s, when the accessibility bus must be started first; after an
@@ -71,19 +73,22 @@ class Bus {
   /// Gives up a connection that failed. The next use makes a new one.
   void drop();
 
+  [[nodiscard]] Clock& clock() { return clock_; }
+
   /// Counts the connections made: what was learnt through an earlier one may not hold any more.
   [[nodiscard]] int generation() const { return generation_; }
 
  private:
+  Clock& clock_;
   PeerAddress application_;  ///< Empty for the bus.
   BusHandle bus_;
   int generation_ = 0;
-  Instant notBefore_ = kDistantPast;
+  Backoff afterSlowFailure_;
 };
 
 /// A new connection to the accessibility bus, whose address the session bus tells; null when it
 /// cannot be made within `patience`.
-[[nodiscard]] BusHandle openAccessibilityBus(Duration patience);
+[[nodiscard]] BusHandle openAccessibilityBus(Duration patience, Clock& clock);
 
 /// The answer to one call. Read it before the handler returns.
 struct Reply {

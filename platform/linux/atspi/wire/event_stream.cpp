@@ -32,8 +32,8 @@ constexpr std::string_view kEventPrefix = "org.a11y.atspi.Event.";
 
 }  // namespace
 
-EventStream::EventStream(LinuxMainLoop& loop, EventReceiver& receiver)
-    : loop_(loop), receiver_(receiver) {
+EventStream::EventStream(LinuxMainLoop& loop, EventReceiver& receiver, Clock& clock)
+    : loop_(loop), receiver_(receiver), clock_(clock) {
   loop_.add(*this);
 }
 
@@ -50,7 +50,7 @@ bool EventStream::connect(Duration patience) {
   }
   disconnect();
   try {
-    bus_ = openAccessibilityBus(patience);
+    bus_ = openAccessibilityBus(patience, clock_);
     if (bus_ && subscribe()) {
       return true;
     }
@@ -109,7 +109,7 @@ short EventStream::events() {
 
 std::optional<Instant> EventStream::deadline() {
   if (!bus_) {
-    return retryAt_;
+    return retry_ ? std::optional(retry_->end()) : std::nullopt;
   }
   if (behind_) {
     return kDistantPast;
@@ -134,17 +134,17 @@ void EventStream::serve() {
   behind_ = processed > 0;
   if (processed < 0) {
     disconnect();
-    retryAt_ = std::chrono::steady_clock::now();
+    retry_.emplace();
   }
 }
 
 void EventStream::reconnect() {
-  if (!retryAt_ || std::chrono::steady_clock::now() < *retryAt_) {
+  if (!retry_ || retry_->isRunning(clock_.now())) {
     return;
   }
-  retryAt_.reset();
+  retry_.reset();
   if (receiver_.isNeeded() && !connect(kReconnectPatience)) {
-    retryAt_ = std::chrono::steady_clock::now() + kReconnectRest;
+    retry_.emplace().start(clock_.now(), kReconnectRest);
   }
 }
 

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "platform/linux/atspi/wire/bus.h"
+#include "platform/linux/base/backoff.h"
 #include "platform/linux/linux_main_loop.h"
 
 namespace tarqo::lnx::atspi {
@@ -57,8 +58,8 @@ class EventReceiver {
 
 class EventStream final : public LoopSource {
  public:
-  /// Both are kept and outlive this. Connects when `awaitConnection` is first called.
-  EventStream(LinuxMainLoop& loop, EventReceiver& receiver);
+  /// All are kept and outlive this. Connects when `awaitConnection` is first called.
+  EventStream(LinuxMainLoop& loop, EventReceiver& receiver, Clock& clock);
   EventStream(const EventStream&) = delete;
   EventStream& operator=(const EventStream&) = delete;
 
@@ -93,9 +94,10 @@ class EventStream final : public LoopSource {
 
   LinuxMainLoop& loop_;
   EventReceiver& receiver_;
+  Clock& clock_;
   BusHandle bus_;
-  bool behind_ = false;             ///< More messages may be there than the last round took.
-  std::optional<Instant> retryAt_;  ///< When to connect again; empty when nobody needs it.
+  bool behind_ = false;           ///< More messages may be there than the last round took.
+  std::optional<Backoff> retry_;  ///< Until when not to connect again; empty when nobody needs it.
   std::vector<Slot> slots_;
   std::unordered_map<std::string, Pid> pids_;  ///< By the sender's unique name.
   std::unordered_map<std::string, std::vector<Event>> withoutPid_;  ///< Sender's process not known.

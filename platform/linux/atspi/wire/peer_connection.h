@@ -4,7 +4,7 @@
 #include <string>
 
 #include "platform/accessibility.h"
-#include "platform/linux/base/bus_handles.h"
+#include "platform/linux/base/sd_bus.h"
 
 namespace tarqo::lnx::atspi {
 

@@ -14,6 +14,8 @@
 #include <string>
 #include <thread>
 
+#include "platform/linux/linux_clock.h"
+
 namespace tarqo::lnx::atspi {
 namespace {
 
@@ -118,7 +120,8 @@ class SlowApplication {
 
 TEST(Reader, TheWayUpToTheWindowTakesNoLongerThanOneTimeOut) {
   SlowApplication application;
-  Bus bus(application.address());
+  LinuxClock clock;
+  Bus bus(application.address(), clock);
   NoWindows windows;
   Reader reader(bus, windows);
   const ObjectHandle object{.pid = getpid(), .timeout = 300ms, .ref = {":1.1", "/a"}};
