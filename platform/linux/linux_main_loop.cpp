@@ -56,7 +56,7 @@ void LinuxMainLoop::runTasks() {
   }
 }
 
-// Asks for no memory: there is nobody here to tell when there is none.
+// Allocates nothing: a failure to allocate could not be reported here.
 void LinuxMainLoop::turn(Duration patience) {
   Instant until = clock_.now() + patience;
   for (std::size_t i = 0; i < sources_.size(); ++i) {

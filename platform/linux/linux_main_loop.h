@@ -19,13 +19,13 @@ class LoopSource {
  public:
   virtual ~LoopSource() = default;
 
-  /// The descriptor to watch; -1 for none now.
+  /// The descriptor to watch; -1 when there is nothing to watch now.
   [[nodiscard]] virtual int descriptor() = 0;
 
   /// The `poll` events to watch it for.
   [[nodiscard]] virtual short events() = 0;
 
-  /// When to serve it even if nothing happens; none for never.
+  /// When to serve it even if nothing happens; empty for never.
   [[nodiscard]] virtual std::optional<Instant> deadline() = 0;
 
   /// Does what there is to do; must not throw.

@@ -8,7 +8,7 @@
 namespace tarqo::lnx::atspi {
 namespace {
 
-/// The number that a text is, whole; none when it is more or less than one.
+/// The number that a text stands for; empty when the text has anything else in it.
 std::optional<double> numberIn(const std::string& text) {
   double number = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
@@ -105,16 +105,17 @@ bool Actions::setText(const ObjectHandle& object, const std::string& text) {
   const auto writeText = [&text](sd_bus_message* request) {
     sd_bus_message_append(request, "s", text.c_str());
   };
-  return pending_.isAccepted(object, reader_.toolkitOf(object),
-                             {{kEditableText, "SetTextContents"}, writeText, false});
+  return pending_.performWithinTimeout(object, reader_.toolkitOf(object),
+                                       {{kEditableText, "SetTextContents"}, writeText, false});
 }
 
 bool Actions::setNumber(const ObjectHandle& object, double number) {
   const auto writeNumber = [number](sd_bus_message* request) {
     sd_bus_message_append(request, "ssv", kValue, "CurrentValue", "d", number);
   };
-  return pending_.isAccepted(object, reader_.toolkitOf(object),
-                             {{"org.freedesktop.DBus.Properties", "Set"}, writeNumber, false});
+  return pending_.performWithinTimeout(
+      object, reader_.toolkitOf(object),
+      {{"org.freedesktop.DBus.Properties", "Set"}, writeNumber, false});
 }
 
 std::optional<WindowNumber> Actions::windowNumber(const ObjectHandle& window) {

@@ -142,7 +142,8 @@ std::optional<Ref> ApplicationElement::focusedBelow(const ObjectHandle& window) 
                 if (!isShowing(properties, toolkit)) {
                   return Visit::skip;
                 }
-                // The deepest one counts: pages say "focused" of themselves and of what is in them.
+                // The deepest one counts: pages report "focused" for themselves and for what is in
+                // them.
                 if (hasFocus(properties, toolkit)) {
                   found = object.ref;
                 }

@@ -23,7 +23,7 @@ class ApplicationElement {
   ApplicationElement(Reader& reader, Notifications& notifications, TreeRelations& relations)
       : reader_(reader), notifications_(notifications), relations_(relations) {}
 
-  /// An attribute of an application element; empty when it has none of that name.
+  /// An attribute of an application element; empty when the application has no such attribute.
   [[nodiscard]] std::optional<Value> attribute(const ObjectHandle& application,
                                                std::string_view name);
 
@@ -32,7 +32,7 @@ class ApplicationElement {
   [[nodiscard]] std::optional<Value> windowAttribute(const ObjectHandle& window,
                                                      std::string_view name);
 
-  /// The menu bar inside a window; empty when there is none among its first objects.
+  /// The menu bar inside a window; empty when it is not among the window's first objects.
   [[nodiscard]] std::optional<Ref> menuBarBelow(const ObjectHandle& window);
 
  private:

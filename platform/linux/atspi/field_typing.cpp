@@ -15,8 +15,8 @@ constexpr auto kBetweenKeys = std::chrono::milliseconds(4);
 /// For the last keys to pass through the page.
 constexpr auto kArrival = std::chrono::milliseconds(500);
 
-/// For a page to tell back what is selected in it.
-constexpr auto kSelectionTold = std::chrono::milliseconds(250);
+/// For a page to report back what is selected in it.
+constexpr auto kSelectionPatience = std::chrono::milliseconds(250);
 
 /// What a page may add to what is typed, beside a blank for every character.
 constexpr std::int32_t kAddedByPage = 64;
@@ -85,8 +85,9 @@ std::optional<FieldTyping::Content> FieldTyping::contentOf(const ObjectHandle& o
   return Content{*properties->text, *count};
 }
 
-/// The page learns of a selection on another way than of keys, so one that it has not told back may
-/// come too late. The shortcut for it stays in order.
+/// Requested selections and posted keys reach the page on different ways, so a selection that it
+/// has not reported back may come after the keys. The shortcut for selecting all stays in order
+/// with them.
 bool FieldTyping::selectAll(const ObjectHandle& object, std::int32_t characters) {
   if (characters == 0) {
     return true;
@@ -98,7 +99,7 @@ bool FieldTyping::selectAll(const ObjectHandle& object, std::int32_t characters)
     }
     batch.send(std::move(message), [](const Reply&) {});
   });
-  const Instant deadline = reader_.clock().now() + kSelectionTold;
+  const Instant deadline = reader_.clock().now() + kSelectionPatience;
   while (reader_.clock().now() < deadline) {
     if (selects(object, characters)) {
       return true;
@@ -127,9 +128,9 @@ bool FieldTyping::selects(const ObjectHandle& object, std::int32_t characters) {
   return selected;
 }
 
-/// Whether the text arrived. A page may change what is typed (a telephone number gets its blanks),
-/// so anything but what was there before is taken for it in the end. Where that was too long to be
-/// read whole, what has stayed of it shows by the length alone.
+/// Whether the text arrived. A page may change what is typed (it puts blanks into a telephone
+/// number), so in the end any content but the old one counts. Of an old text that was too long to
+/// be read whole, the length alone shows whether some of it has stayed.
 bool FieldTyping::awaitContent(const ObjectHandle& object, const std::string& text,
                                const Content& before) {
   const Instant deadline = reader_.clock().now() + kArrival;

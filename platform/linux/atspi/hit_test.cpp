@@ -17,7 +17,7 @@ constexpr std::size_t kPopupSearch = 600;
 /// Children looked at for the one that holds a point.
 constexpr std::size_t kPlacedSearch = 300;
 
-/// How long Chromium is given to ask its page what lies at a point.
+/// How long Chromium is given to find out from its page what lies at a point.
 constexpr Duration kPageAnswers = std::chrono::milliseconds(10);
 
 constexpr Duration kDefaultTimeout = std::chrono::milliseconds(300);
@@ -79,8 +79,8 @@ std::vector<ObjectHandle> HitTest::hitCandidates(const LocatedWindow& window, Po
   return result;
 }
 
-/// What a popup without an object of its own at the top shows: an entry of an open menu (GTK 3,
-/// Qt), or the popover of its size (GTK 4).
+/// What shows in a popup that is no top-level object: an entry of an open menu (GTK 3, Qt), or the
+/// popover of its size (GTK 4).
 std::optional<Ref> HitTest::popupObject(const ObjectHandle& top, const LocatedWindow& popup,
                                         Point point) {
   const Toolkit toolkit = reader_.toolkitOf(top);
@@ -124,9 +124,9 @@ std::optional<Ref> HitTest::shownInPopup(const ObjectHandle& start, const Locate
   return found;
 }
 
-/// Chromium answers with what its page said last, as long as that place of the screen holds the
-/// point, and asks the page anew behind the answer. After the window has moved, the first answer is
-/// an object that lies elsewhere by now, and the right one comes a moment later.
+/// Chromium answers with the last result of its page, as long as that object's place holds the
+/// point, and requests a new one of the page after it has answered. When the window has moved, the
+/// first answer is an object that lies elsewhere by now, and the right one comes a moment later.
 std::optional<Ref> HitTest::confirmedAt(const ObjectHandle& start, Point point) {
   std::optional<Ref> found = deepestAt(start, point);
   if (reader_.toolkitOf(start) != Toolkit::chromium) {
@@ -151,9 +151,9 @@ bool HitTest::liesAt(const ObjectHandle& start, const Ref& ref, Point point) {
   return extents && extents->contains(point);
 }
 
-/// GTK 3 answers one level at a time, the other toolkits the deepest object at once; asking on
-/// until nothing deeper comes serves them all. None when that takes longer than the messaging
-/// time-out: a shallower object must not pass for the one under the pointer.
+/// GTK 3 answers one level at a time, the other toolkits with the deepest object; requesting until
+/// nothing deeper comes serves them all. Empty when that takes longer than the messaging time-out:
+/// a shallower object must not pass for the one under the pointer.
 std::optional<Ref> HitTest::deepestAt(const ObjectHandle& start, Point point) {
   ObjectHandle at = start;
   const Instant end = reader_.clock().now() + start.timeout;
@@ -199,9 +199,9 @@ std::optional<Ref> HitTest::childAt(const ObjectHandle& object, Point point) {
   return found && !found->empty() && *found != object.ref ? found : std::nullopt;
 }
 
-/// The child whose place holds the point, where the toolkit's own answer stops short: GTK 4 points
-/// at parts of an entry that are no objects, and then says nothing; in GTK 3 the page of a tab
-/// hangs on the tab, far from where the tab is.
+/// The child whose place holds the point, where the toolkit's own answer stops short. GTK 4 gives
+/// no answer over parts of an entry that are no objects. In GTK 3 the page of a tab is a child of
+/// the tab, far from where the tab is.
 std::optional<Ref> HitTest::placedChildAt(const ObjectHandle& object, Point point) {
   const Toolkit toolkit = reader_.toolkitOf(object);
   const PropertiesPtr properties = reader_.read(object, Property::basics);

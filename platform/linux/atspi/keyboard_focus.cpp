@@ -17,7 +17,8 @@ bool KeyboardFocus::grab(const ObjectHandle& object) {
     return true;  // A field of GTK 3 selects all its text whenever it is given the focus.
   }
   const Toolkit toolkit = reader_.toolkitOf(object);
-  return pending_.isAccepted(object, toolkit, {{kComponent, "GrabFocus"}, nullptr, false}) ||
+  return pending_.performWithinTimeout(object, toolkit,
+                                       {{kComponent, "GrabFocus"}, nullptr, false}) ||
          (reader_.toolkitOf(object) == Toolkit::gtk4 && click(object));
 }
 

@@ -24,7 +24,8 @@ class KeyboardFocus {
         pending_(pending),
         input_(input) {}
 
-  /// Gives an object the focus, in its application; true when it has it or its application agreed.
+  /// Gives an object the focus in its application; true when it had it and when the application
+  /// reports success.
   [[nodiscard]] bool grab(const ObjectHandle& object);
 
   /// Whether an object of GTK 4, which refuses to give anything the focus, gets it by a click that
@@ -34,7 +35,7 @@ class KeyboardFocus {
   /// Waits until an object reports the focus, for one messaging time-out; false when it does not.
   [[nodiscard]] bool await(const ObjectHandle& object);
 
-  /// Whether keys go to the object's window, as the X server says now.
+  /// Whether keys go to the object's window, according to the X server now.
   [[nodiscard]] bool isInKeyWindow(const ObjectHandle& object);
 
   /// Posts a key's press and release while keys go to the object's window; false when they do not,

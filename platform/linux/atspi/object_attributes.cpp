@@ -37,7 +37,7 @@ View ObjectAttributes::viewOf(const ObjectHandle& object, const Properties& prop
   return view;
 }
 
-/// That a window is there, and where, the X server tells, whether or not the application answers.
+/// The X server knows that a window is there, and where, even when the application does not answer.
 std::vector<std::optional<Value>> ObjectAttributes::silentWindow(
     const ObjectHandle& window, std::span<const std::string_view> names) {
   std::vector<std::optional<Value>> values;

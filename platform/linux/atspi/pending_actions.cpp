@@ -12,7 +12,7 @@ namespace {
 using std::chrono::duration_cast;
 using std::chrono::microseconds;
 
-/// Within this nearly every application is done; for the others a process is made that keeps the
+/// Within this nearly every application is done. For the others a process is made that keeps the
 /// connection.
 constexpr auto kUsual = std::chrono::milliseconds(30);
 
@@ -92,8 +92,8 @@ int PendingActions::onWindows(sd_bus_message* reply, void* pending, sd_bus_error
   return 1;
 }
 
-/// Learns what there is before the request, and opens its connection. False when the application
-/// does not answer. One that offers no connection is asked over the bus.
+/// Reads which windows there are before the request, and opens its connection. False when the
+/// application does not answer. For one that offers no connection the bus is used.
 bool PendingActions::prepare(PendingAction& action, const ObjectHandle& object, Instant deadline) {
   std::string address;
   Batch batch(bus_);
@@ -140,7 +140,7 @@ void PendingActions::awaitAnswer(PendingAction& action, Instant deadline) {
         [&action] { return action.answer != Answer::absent; });
 }
 
-/// Waits until the application answers what was asked after its answer to the request.
+/// Waits until the application answers the probe that was sent after its answer to the request.
 void PendingActions::awaitReturn(PendingAction& action, const ObjectHandle& object,
                                  Instant deadline) {
   const Instant usual = std::min(bus_.clock().now() + kUsual, deadline);
@@ -192,13 +192,13 @@ Performed PendingActions::perform(const ObjectHandle& object, Toolkit toolkit,
   return Performed::pending;
 }
 
-bool PendingActions::isAccepted(const ObjectHandle& object, Toolkit toolkit,
-                                const ActionRequest& request) {
+bool PendingActions::performWithinTimeout(const ObjectHandle& object, Toolkit toolkit,
+                                          const ActionRequest& request) {
   return perform(object, toolkit, request, bus_.clock().now() + object.timeout) ==
          Performed::acknowledged;
 }
 
-/// Whether nothing more can come of a request, but for what only the application's windows tell.
+/// Whether nothing more is expected of a request, except what only the application's windows show.
 bool PendingActions::isFinished(const PendingAction& action) const {
   const bool isCut =
       action.peer ? sd_bus_is_open(action.peer.get()) <= 0 : action.generation != bus_.generation();
@@ -217,7 +217,7 @@ void PendingActions::processReplies() {
   });
 }
 
-/// Closes the connections of deeds that an application with these windows is out of.
+/// Closes the connections of requests that an application with these windows is out of.
 void PendingActions::closeFinished(Pid pid, const std::vector<Ref>& windows) {
   const Instant now = bus_.clock().now();
   std::erase_if(actions_, [&](const PendingAction& action) {

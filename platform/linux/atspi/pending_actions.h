@@ -1,17 +1,17 @@
-// Deeds that an application was asked to do and may still be inside.
+// Actions that an application was sent and may still be inside.
 //
-// ATK's bridge, which GTK 3, Chromium and many others use, does a request inside its dispatch of
-// the connection that the request came in on. It answers an action before it begins with it, and
+// ATK's bridge, which GTK 3, Chromium and many others use, performs a request inside its dispatch
+// of the connection that the request came in on. It answers an action before it begins with it, and
 // any other request when it is done. A handler that opens a dialog and waits for it in a loop of
-// its own keeps that dispatch from ending. When a key comes then, the bridge asks the registry
-// about it in yet another loop and dispatches there whatever has arrived on its connections; on the
-// one that is in dispatch already it waits for itself, for good. From then on the handler's own
-// loop would do the same, without a key.
+// its own keeps that dispatch from ending. When a key comes then, the bridge consults the registry
+// about it in yet another loop, and there dispatches whatever has arrived on its connections. On
+// the one that is in dispatch already it waits for itself, for good. From then on the
+// handler's own loop would do the same, without a key.
 //
-// So a request goes over a connection of its own, on which nothing arrives meanwhile: nothing else
-// is sent on it, and it is not closed, not even by the end of this process, before the application
-// is out of it. Nothing tells that outright. A handler that waits for the user has opened a window;
-// so an application that answers over the bus and has no window that it did not have before is
+// So a request gets a connection of its own, on which nothing else arrives: nothing else is sent on
+// it, and it is not closed, not even by the end of this process, before the application is out of
+// the request. No message says when that is. A handler that waits for the user has opened a window;
+// so an application that answers over the bus, and has no window that it did not have before, is
 // taken to be out.
 //
 // Worker thread only.
@@ -32,7 +32,7 @@ namespace tarqo::lnx::atspi {
 /// A request to an object that may set its application's handlers going.
 struct ActionRequest {
   Method method;
-  std::function<void(sd_bus_message*)> writeArguments;  ///< Null when there are none.
+  std::function<void(sd_bus_message*)> writeArguments;  ///< Null when the method takes none.
   bool answeredFirst = false;                           ///< ATK's bridge answers, then acts.
 };
 
@@ -44,18 +44,19 @@ class PendingActions {
   /// Connections that an application may be inside of are kept open by processes of their own.
   ~PendingActions();
 
-  /// Sends the request, waits until it is answered and, where the answer comes first, until the
-  /// application answers other questions again; both until the deadline. `pending` also when the
-  /// application ended, or its connection, before it answered: a handler may do just that.
+  /// Sends the request and waits until it is answered; where the answer comes before the action,
+  /// also until the application answers other requests again. Waits until the deadline at most.
+  /// `pending` also when the application, or its connection, ended before it answered: a handler
+  /// may do just that.
   [[nodiscard]] Performed perform(const ObjectHandle& object, Toolkit toolkit,
                                   const ActionRequest& request, Instant deadline);
 
-  /// The same within one messaging time-out; true when the application says that it did as asked. A
-  /// value or the focus sets handlers going as a press does: one may open a dialog and wait in it.
-  [[nodiscard]] bool isAccepted(const ObjectHandle& object, Toolkit toolkit,
-                                const ActionRequest& request);
+  /// The same within one messaging time-out; true when the application reports success. Setting a
+  /// value or the focus runs handlers as a press does: one may open a dialog and wait in it.
+  [[nodiscard]] bool performWithinTimeout(const ObjectHandle& object, Toolkit toolkit,
+                                          const ActionRequest& request);
 
-  /// Whether a process is inside a request of ATK's bridge that came over the bus, because it
+  /// Whether a process is inside a request to ATK's bridge that came over the bus, because it
   /// offered no other connection. Costs no round trip.
   [[nodiscard]] bool isEndangeredByKeys(Pid pid);
 
@@ -73,7 +74,7 @@ class PendingActions {
     Slot call;
     Slot probe;
     Answer answer = Answer::absent;
-    bool hasReturned = false;  ///< The application answers other questions again, or has ended.
+    bool hasReturned = false;  ///< The application answers other requests again, or has ended.
     std::vector<Ref> windowsAfter;
   };
 

@@ -22,13 +22,14 @@ bool isMenuLike(const Properties& properties) {
          properties.is(Role::popupMenu);
 }
 
-/// The toolkits whose menu bar lists what is in its closed menus. There it hangs on the application
-/// alone; elsewhere a menu has to be opened in the window before anything in it can be chosen.
+/// The toolkits whose menu bar lists the contents of its closed menus. There it belongs to the
+/// application alone; elsewhere a menu has to be opened in the window before anything in it can be
+/// chosen.
 bool listsClosedMenus(Toolkit toolkit) {
   return toolkit == Toolkit::gtk3 || toolkit == Toolkit::qt;
 }
 
-/// Whether an object is the entry of a menu that has a menu of its own within the same object.
+/// Whether an object is both an entry of a menu and the menu that the entry opens.
 bool isTitleWithMenu(const ObjectHandle& object, const Properties& properties) {
   return properties.is(Role::menu) && object.place != MenuPlace::none &&
          object.facet == Facet::whole;
@@ -38,7 +39,8 @@ MenuPlace placeBelow(const Properties& parent) {
   if (parent.is(Role::menuBar)) {
     return MenuPlace::bar;
   }
-  // GTK 4 and Qt hang the menu on its entry, whose own parts (a label) are no entries.
+  // In GTK 4 and Qt the menu is a child of its entry, whose other children (a label) are no
+  // entries.
   return parent.is(Role::menu) || parent.is(Role::popupMenu) ? MenuPlace::menu : MenuPlace::none;
 }
 
@@ -46,18 +48,18 @@ MenuPlace placeBelow(const Properties& parent) {
 
 std::optional<Rect> TreeRelations::frameOf(const ObjectHandle& object,
                                            const Properties& properties) {
-  const std::optional<Rect> told = plausible(properties.extents);
-  if (!told || object.facet == Facet::openedMenu || isWindow(object, properties)) {
+  const std::optional<Rect> reported = plausible(properties.extents);
+  if (!reported || object.facet == Facet::openedMenu || isWindow(object, properties)) {
     return std::nullopt;
   }
   if (reader_.toolkitOf(object) != Toolkit::gtk4) {
-    return told;
+    return reported;
   }
   const std::optional<Point> offset = offsetOf(object);
   if (!offset) {
     return std::nullopt;
   }
-  return Rect{told->x + offset->x, told->y + offset->y, told->width, told->height};
+  return Rect{reported->x + offset->x, reported->y + offset->y, reported->width, reported->height};
 }
 
 std::optional<Point> TreeRelations::offsetOf(const ObjectHandle& object) {
@@ -82,7 +84,7 @@ std::optional<Point> TreeRelations::offsetOf(const ObjectHandle& object) {
   return screenOffset(*top);
 }
 
-/// GTK 3 tells a search entry from another by nothing but the icon in it.
+/// In GTK 3 nothing but the icon in it tells a search entry from another.
 bool TreeRelations::hasSearchIcon(const ObjectHandle& object, const Properties& properties) {
   if (!properties.is(Role::text) || !properties.has(State::editable) || !properties.children ||
       properties.children->empty() || reader_.toolkitOf(object) != Toolkit::gtk3) {
@@ -151,8 +153,7 @@ Values TreeRelations::childrenOf(const ObjectHandle& object, const Properties& p
   return result;
 }
 
-/// The open menus that no object of the application's windows holds: those of a right click. GTK 3
-/// and Chromium hang them on windows of their own, Qt on nothing.
+/// GTK 3 and Chromium give these menus windows of their own, Qt no parent at all.
 std::vector<Ref> TreeRelations::contextMenus(const ObjectHandle& window) {
   std::vector<Ref> result;
   for (Ref& ref : notifications_.openMenus(window.pid)) {
@@ -192,7 +193,7 @@ bool TreeRelations::isDetachedMenu(const ObjectHandle& menu) {
   return false;
 }
 
-/// An object that was not reached from its parent, with what its parent would have told of it.
+/// The place in a menu is what the parent would have shown.
 ObjectHandle TreeRelations::withMenuPlace(ObjectHandle object) {
   const PropertiesPtr properties = reader_.read(object, Property::basics);
   if (!properties || !isMenuEntryRole(properties->role)) {

@@ -1,4 +1,4 @@
-// Where objects are, and which objects they hang together with: frames, parents, children.
+// Frames, parents and children of objects.
 //
 // Worker thread only.
 #pragma once
@@ -28,8 +28,8 @@ class TreeRelations {
   /// cannot be found.
   [[nodiscard]] std::optional<Point> offsetOf(const ObjectHandle& object);
 
-  /// The children as elements: without menu bars, which hang on the application, and without texts
-  /// that repeat their control; a window has the open context menus as well.
+  /// The children as elements: without menu bars, which belong to the application, and without
+  /// texts that repeat their control. A window has the open context menus as well.
   [[nodiscard]] Values childrenOf(const ObjectHandle& object, const Properties& properties);
 
   /// The parent; the application element for a window. Empty when the object reports none.

@@ -25,8 +25,8 @@ using Message = std::unique_ptr<sd_bus_message, MessageUnref>;
 using Slot = std::unique_ptr<sd_bus_slot, SlotUnref>;
 
 /// Waits, with a limit, until a new D-Bus connection is ready for calls; false when it fails or
-/// `limit` has passed. Without this the first call would wait for a stuck bus as long as sd-bus
-/// likes, which is 90 s, whatever time limit the call has.
+/// `limit` has passed. Without this the first call would wait for a stuck bus for 90 s, sd-bus's
+/// own limit, although the call has a shorter one.
 [[nodiscard]] bool becomesReady(sd_bus* bus, Duration limit, Clock& clock);
 
 /// A method of an object. `service` is null on a connection without a bus.
@@ -40,7 +40,8 @@ struct MethodCall {
 /// A call to be filled with arguments; null when the connection cannot make one.
 [[nodiscard]] Message newCall(sd_bus* bus, const MethodCall& call);
 
-/// What came of a call, as sd-bus reports it: negative for an error answer and for none in time.
+/// What came of a call, as sd-bus reports it: negative for an error answer and when no answer came
+/// in time.
 struct CallResult {
   int code = 0;
   Message reply;  ///< Null when `code` is negative.

@@ -6,7 +6,7 @@
 namespace tarqo::lnx::atspi {
 namespace {
 
-/// From this many children on, it is worth asking which of them are shown.
+/// From this many children on, it is worth requesting only those that are shown.
 constexpr int kManyChildren = 8;
 
 /// What gives an entry its placeholder, and web content its identifier.
@@ -14,7 +14,7 @@ bool attributesMatter(const Properties& properties, Toolkit toolkit) {
   switch (toolkit) {
     case Toolkit::gtk4:
       return properties.has(Interface::text) && properties.has(State::editable);
-    case Toolkit::gtk3:      // Told among the properties.
+    case Toolkit::gtk3:      // Answered with all properties.
     case Toolkit::chromium:  // The same.
     case Toolkit::qt:        // Always empty.
       return false;
@@ -62,12 +62,12 @@ bool dependsOnInterfaces(PropertySet wanted) {
          wanted.has(Property::attributes);
 }
 
-/// GTK and Chromium give all properties of an object in one answer. Qt 5 dies of the request.
-bool answersAllPropertiesAtOnce(Toolkit toolkit) {
+/// GTK and Chromium give all properties of an object in one answer. The request crashes Qt 5.
+bool answersAllAtOnce(Toolkit toolkit) {
   return toolkit == Toolkit::gtk3 || toolkit == Toolkit::gtk4 || toolkit == Toolkit::chromium;
 }
 
-PropertySet properties(Toolkit toolkit) {
+PropertySet answeredAtOnce(Toolkit toolkit) {
   const PropertySet all =
       Property::name | Property::description | Property::identifier | Property::parent;
   return toolkit == Toolkit::gtk4 ? all : all | Property::attributes;
@@ -79,7 +79,7 @@ bool isWorthRequestingAll(PropertySet wanted) {
 }
 
 void requestProperties(const std::shared_ptr<PropertyRequest>& request) {
-  request->wanted.add(properties(request->toolkit));
+  request->wanted.add(answeredAtOnce(request->toolkit));
   Message message = request->batch.make(request->ref, "org.freedesktop.DBus.Properties", "GetAll");
   if (message) {
     sd_bus_message_append(message.get(), "s", kAccessible);
@@ -88,14 +88,14 @@ void requestProperties(const std::shared_ptr<PropertyRequest>& request) {
   request->batch.send(std::move(message), [request](Reply reply) {
     Properties& properties = *request->properties;
     if (reply.ok) {
-      AccessibleProperties told = readProperties(reply.message);
-      properties.name = std::move(told.name).value_or("");
-      properties.description = std::move(told.description).value_or("");
-      properties.identifier = std::move(told.identifier).value_or("");
-      properties.parent = std::move(told.parent);
-      properties.childCount = told.childCount;
-      if (told.attributes) {
-        properties.attributes = *std::move(told.attributes);
+      AccessibleProperties reported = readProperties(reply.message);
+      properties.name = std::move(reported.name).value_or("");
+      properties.description = std::move(reported.description).value_or("");
+      properties.identifier = std::move(reported.identifier).value_or("");
+      properties.parent = std::move(reported.parent);
+      properties.childCount = reported.childCount;
+      if (reported.attributes) {
+        properties.attributes = *std::move(reported.attributes);
       }
     }
     answered(request);
@@ -103,8 +103,9 @@ void requestProperties(const std::shared_ptr<PropertyRequest>& request) {
 }
 
 void requestTexts(const std::shared_ptr<PropertyRequest>& request) {
-  const auto property = [&request](Property fact, const char* name, std::string Properties::*into) {
-    if (!request->wanted.has(fact)) {
+  const auto requestText = [&request](Property which, const char* name,
+                                      std::string Properties::*into) {
+    if (!request->wanted.has(which)) {
       return;
     }
     ++request->open;
@@ -115,14 +116,14 @@ void requestTexts(const std::shared_ptr<PropertyRequest>& request) {
       answered(request);
     });
   };
-  if (answersAllPropertiesAtOnce(request->toolkit) && isWorthRequestingAll(request->wanted)) {
+  if (answersAllAtOnce(request->toolkit) && isWorthRequestingAll(request->wanted)) {
     requestProperties(request);
     return;
   }
-  property(Property::name, "Name", &Properties::name);
-  property(Property::description, "Description", &Properties::description);
+  requestText(Property::name, "Name", &Properties::name);
+  requestText(Property::description, "Description", &Properties::description);
   if (identifierMatters(request->toolkit)) {
-    property(Property::identifier, "AccessibleId", &Properties::identifier);
+    requestText(Property::identifier, "AccessibleId", &Properties::identifier);
   }
   if (request->wanted.has(Property::parent)) {
     ++request->open;
@@ -149,7 +150,7 @@ void requestShownChildren(const std::shared_ptr<PropertyRequest>& request) {
     constexpr int kAll = 1;
     constexpr int kInOrder = 1;
     // All of these states and of no attributes, roles and interfaces; not inverted; in the
-    // parent's order, however many, and none from further down.
+    // parent's order, however many, no grandchildren.
     sd_bus_message_append(message.get(), "(aiia{ss}iaiiasib)uib", 2, kShowing, 0, kAll, 0, kAll, 0,
                           kAll, 0, kAll, 0, kInOrder, 0, 0);
   }
@@ -195,7 +196,7 @@ void requestDetails(const std::shared_ptr<PropertyRequest>& request) {
       answered(request);
     });
   }
-  // Places of what is not shown are garbage, and asking for them upsets GTK 3.
+  // Places of hidden objects are garbage, and requesting them upsets GTK 3.
   if (wanted.has(Property::extents) && properties.has(Interface::component) &&
       isShowing(properties, request->toolkit)) {
     ++request->open;
@@ -218,7 +219,7 @@ void requestDetails(const std::shared_ptr<PropertyRequest>& request) {
   if (wanted.has(Property::address)) {
     requestAddress(request);
   }
-  // Whether an object of such a role is a window shows by what it hangs on.
+  // The parent shows whether an object of such a role is a window.
   if (!wanted.has(Property::parent) && !properties.parent && isWindowRole(properties.role)) {
     ++request->open;
     request->batch.property(request->ref, kAccessible, "Parent", [request](Reply reply) {

@@ -11,20 +11,20 @@
 namespace tarqo::lnx::atspi {
 namespace {
 
-/// Objects asked in one stretch. The walk seldom wants more than this, and what it does not want
-/// was read in vain.
+/// Objects read in one stretch. The walk seldom wants more than this, and what it does not want was
+/// read in vain.
 constexpr int kStretch = 2000;
 
-/// Objects under way at once: enough to keep the target busy, few enough to keep to the walk's
+/// Objects being read at once: enough to keep the target busy, few enough to keep to the walk's
 /// order.
 constexpr int kAtOnce = 48;
 
-/// From this many objects on, reading the toolkit's whole cache costs less than asking each.
+/// From this many objects on, reading the toolkit's whole cache costs less than reading each.
 constexpr int kCacheWorthwhile = 150;
 
 constexpr auto kCachePatience = std::chrono::milliseconds(1000);
 
-/// What is left of the walk's time when no further object is asked: half of it for the answers that
+/// The part of the walk's time in which no further object is read: half of it for the answers that
 /// are under way, half for the walk over what was read, which costs a small part of reading it.
 constexpr int kReservedShare = 4;
 constexpr Duration kReservedAtMost = std::chrono::milliseconds(400);
@@ -34,15 +34,15 @@ bool hasCache(Toolkit toolkit) {
   return toolkit == Toolkit::chromium;
 }
 
-/// Whether an object that is said to be shown may be none the less, which its place tells: rows
-/// scrolled away (GTK 3), lists of closed boxes (Qt), pages of a stack (GTK 4).
+/// Whether an object that is reported as shown may be hidden all the same, which its place shows:
+/// rows scrolled away (GTK 3), lists of closed boxes (Qt), pages of a stack (GTK 4).
 bool isHiddenByPlaceOnly(const Properties& properties, Toolkit toolkit) {
   return toolkit == Toolkit::gtk4 || toolkit == Toolkit::qt ||
          (toolkit == Toolkit::gtk3 && isCellRole(properties.role));
 }
 
-/// Gives every parent the children that the cache lists for it, where it lists all of them and says
-/// in which order.
+/// Finds the children of every parent in the cache, where the cache lists all of them and in which
+/// order.
 class ChildrenFromCache {
  public:
   void add(const CacheItem& item) {
@@ -214,7 +214,7 @@ void ReadAhead::requestAll(Stretch& stretch, const Node& node,
 }
 
 void ReadAhead::skip(Stretch& stretch, Properties& properties) {
-  // Nobody looks below what is hidden, and of itself nothing more is asked.
+  // Hidden objects are not read further, nor are their children.
   properties.known.add(propertiesReadAhead());
   --stretch.active;
   start(stretch);

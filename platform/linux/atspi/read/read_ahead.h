@@ -1,11 +1,11 @@
 // What was read ahead of one application's tree while the core walks it.
 //
-// The core walks a tree in order of appearance, element by element. Asking in the same manner would
-// cost several round trips an element, so whole stretches of the tree are asked for at once, in
-// about the order of the walk, as soon as the walk reaches an element that is not there yet.
+// The core walks a tree in order of appearance, element by element. Requests in the same manner
+// would cost several round trips an element, so whole stretches of the tree are requested at once,
+// in about the order of the walk, as soon as the walk reaches an element that is not there yet.
 //
 // Reading ahead ends when the application fails to answer, and some time before the walk must end.
-// From then on the walk is told what was read until then, and nobody asks the application.
+// From then on the walk gets what was read until then, and nothing more is requested.
 #pragma once
 
 #include <memory>
@@ -21,7 +21,7 @@
 
 namespace tarqo::lnx::atspi {
 
-/// Everything the core asks of an element that it walks over.
+/// Everything the core reads of an element that it walks over.
 [[nodiscard]] PropertySet propertiesReadAhead();
 
 class ReadAhead {
@@ -33,7 +33,7 @@ class ReadAhead {
   /// Whether reading ahead has ended, maybe with objects left unread.
   [[nodiscard]] bool ended() const { return ended_; }
 
-  /// Whether nobody may ask the application for more than was read.
+  /// Whether nothing more may be requested of the application.
   [[nodiscard]] bool closed() const { return closed_; }
 
   void end() { ended_ = closed_ = true; }
@@ -42,7 +42,7 @@ class ReadAhead {
     closed_ = false;
   }
 
-  /// The properties of an object, as far as they are known; made when there are none.
+  /// The properties of an object, as far as they are known; empty ones for a new object.
   [[nodiscard]] const std::shared_ptr<Properties>& propertiesOf(const Ref& ref);
 
   /// Reads the stretch of the tree that begins with `object`, unless it was read before, through a
@@ -50,7 +50,7 @@ class ReadAhead {
   /// for at most its messaging time-out.
   void readFrom(const ObjectHandle& object, Toolkit toolkit, Bus& channel);
 
-  std::optional<ApplicationWindows> windows;  ///< As they were when first asked for.
+  std::optional<ApplicationWindows> windows;  ///< As they were when first read.
 
  private:
   struct Node {
@@ -75,14 +75,14 @@ class ReadAhead {
   Pid pid_;
   Ref root_;
   std::size_t elements_;  ///< About as many as the walk will visit.
-  Instant openUntil_;     ///< From then on no further object is asked.
+  Instant openUntil_;     ///< From then on no further object is read.
   Instant answersUntil_;  ///< From then on what has not answered is given up.
   bool ended_ = false;
   bool closed_ = false;
   bool cacheTried_ = false;
-  std::optional<Rect> window_;  ///< Where the toolkit tells places inside the window.
+  std::optional<Rect> window_;  ///< Its extents, where places are inside it (GTK 4).
   std::unordered_map<Ref, std::shared_ptr<Properties>, RefHash> properties_;
-  std::vector<Node> ahead_;  ///< Known of, not asked yet; the last is the next in the walk.
+  std::vector<Node> ahead_;  ///< Not read yet; the last is the next in the walk.
 };
 
 }  // namespace tarqo::lnx::atspi

@@ -10,8 +10,8 @@ namespace {
 /// How far up the window of an object is looked for.
 constexpr int kMaxDepth = 100;
 
-/// How long an application that failed to answer is left alone: each further question of the same
-/// request would cost the same wait.
+/// How long an application that failed to answer is not sent anything: each further read of the
+/// same request would cost the same wait.
 constexpr auto kSilenceRest = std::chrono::milliseconds(500);
 
 /// Puts objects in the order of their windows.
@@ -31,7 +31,7 @@ ApplicationWindows inOrder(std::vector<Toplevel> toplevels,
   return result;
 }
 
-/// The window among these that receives keystrokes; 0 when it is none of them.
+/// The window among these that receives keystrokes; 0 when another or no window does.
 WindowNumber keyboardWindowAmong(const std::vector<LocatedWindow>& windows,
                                  const std::vector<WindowNumber>& numbers) {
   const auto active = std::ranges::find(windows, true, &LocatedWindow::active);
@@ -204,8 +204,8 @@ const ApplicationWindows& Reader::windowsOf(Pid pid, Duration patience) {
   return windowsThisCall_;
 }
 
-/// Twins wait for a proof: one that receives keystrokes now tells which it is, and is known from
-/// then on.
+/// Twins get no window until there is a proof: one that receives keystrokes now shows which it is,
+/// and that is remembered.
 ApplicationWindows Reader::paired(Pid pid, const std::vector<Toplevel>& toplevels,
                                   Duration patience) {
   const std::vector<LocatedWindow> windows = locator_.windowsOf(pid);
@@ -230,9 +230,9 @@ ApplicationWindows Reader::paired(Pid pid, const std::vector<Toplevel>& toplevel
   return inOrder(std::move(matched), windows);
 }
 
-/// The twin that its application calls the active one while its window has the keyboard. The
-/// application learns of that after the X server, so it is asked when it has caught up, and what it
-/// says counts when nothing has changed meanwhile.
+/// The twin that its application reports as active while its window has the keyboard. The
+/// application hears of the focus after the X server does, so the request waits until it has caught
+/// up, and its answer counts only if nothing has changed meanwhile.
 std::optional<Ref> Reader::activeTwin(Pid pid, const Twins& twins, WindowNumber focused,
                                       Duration patience) {
   if (!locator_.awaitEventsHandled(focused, patience)) {
@@ -293,9 +293,9 @@ std::unique_ptr<TreeRead> Reader::readTree(const ObjectHandle& window,
   readAhead_ = std::make_shared<ReadAhead>(window, limits, clock());
   auto scope = std::make_unique<Scope>(*this, readAhead_);
   if (failed(window.pid)) {
-    readAhead_->end();  // It is left alone for a while yet, and must not pass for empty.
+    readAhead_->end();  // Still in its back-off period: report truncated, not empty.
   }
-  // The toolkit's name is the first question: an application that hangs shows here.
+  // The toolkit's name is the first request: an application that hangs shows here.
   static_cast<void>(windowsOf(window.pid, window.timeout));
   readAheadFrom(window);
   return scope;

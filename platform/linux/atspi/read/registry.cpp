@@ -3,7 +3,7 @@
 namespace tarqo::lnx::atspi {
 namespace {
 
-/// How long an application without a toolkit's name is not asked for one again.
+/// How long the name of the toolkit is not requested again from an application that had none.
 constexpr auto kNameless = std::chrono::seconds(1);
 
 }  // namespace

@@ -1,5 +1,5 @@
-// Which connections on the accessibility bus belong to which process. Asks the registry and the
-// bus, never an application, but for its toolkit's name.
+// Which connections on the accessibility bus belong to which process. Sends requests to the
+// registry and the bus; to an application only for its toolkit and its own address.
 //
 // Worker thread only.
 #pragma once
@@ -31,15 +31,15 @@ class Registry {
   /// does not answer within `patience`.
   [[nodiscard]] std::vector<Registration> registrationsOf(Pid pid, Duration patience);
 
-  /// The toolkit of a connection, asked once; none while the application does not answer. One that
-  /// answers without a name, as it may while it starts, is `other` for a second.
+  /// The toolkit of a connection, requested once; empty while the application does not answer. One
+  /// that answers without a name, as it may while it starts, is `other` for a second.
   [[nodiscard]] std::optional<Toolkit> toolkitOf(const std::string& busName, Duration patience);
 
-  /// The same, of a connection that was asked before; none when it was not. Asks nobody.
+  /// The same without a request; empty for a connection whose toolkit is not known yet.
   [[nodiscard]] std::optional<Toolkit> knownToolkitOf(const std::string& busName) const;
 
   /// The connection to read an application through: its own, past the bus, where it offers one and
-  /// is the faster for it, else the bus. Asked once; the bus too while there is no answer.
+  /// is the faster for it, else the bus. Requested once; the bus also while there is no answer.
   [[nodiscard]] Bus& channelTo(const std::string& busName, Toolkit toolkit, Duration patience);
 
  private:
@@ -50,8 +50,8 @@ class Registry {
   int generation_ = 0;
   std::unordered_map<std::string, Pid> pids_;  ///< Unique names are never used again.
   std::unordered_map<std::string, Toolkit> toolkits_;
-  std::unordered_map<std::string, Backoff> nameless_;  ///< Without a toolkit's name a moment ago.
-  std::string channelName_;                            ///< Whose channel the next is.
+  std::unordered_map<std::string, Backoff> nameless_;  ///< Had no toolkit's name.
+  std::string channelName_;                            ///< Bus name that `channel_` belongs to.
   std::unique_ptr<Bus> channel_;                       ///< Null for the bus.
 };
 

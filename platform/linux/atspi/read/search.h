@@ -10,7 +10,7 @@ namespace tarqo::lnx::atspi {
 
 enum class Visit { skip, descend };
 
-/// Called with each object and what was learnt of it; says whether to look below it.
+/// Called with each object and its properties; returns whether to look below it.
 using Visitor = std::function<Visit(const ObjectHandle& object, const Properties& properties)>;
 
 /// Shows `visit` every object below `start`, nearest levels first and at most `limit` of them, but

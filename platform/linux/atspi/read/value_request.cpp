@@ -8,7 +8,7 @@ namespace {
 /// Longer texts are cut: nobody reads more of a value, and a log view may hold megabytes.
 constexpr std::int32_t kMaxTextCharacters = 20000;
 
-/// GTK 4 gives every label the commands of its context menu, none of which stands for pressing it.
+/// GTK 4 gives every label the commands of its context menu, and none of them presses it.
 bool actionsMatter(const Properties& properties, Toolkit toolkit) {
   return properties.has(Interface::action) &&
          !(toolkit == Toolkit::gtk4 && properties.is(Role::label));
@@ -149,7 +149,7 @@ void requestActionNames(const std::shared_ptr<PropertyRequest>& request) {
 
 void requestAddress(const std::shared_ptr<PropertyRequest>& request) {
   const Properties& properties = *request->properties;
-  // Chromium says of every object that it is a document.
+  // Chromium reports every object as a document.
   if (!properties.has(Interface::document) || roleRow(properties.role).axRole != "AXWebArea") {
     return;
   }

@@ -32,7 +32,7 @@ void requestActions(const std::shared_ptr<PropertyRequest>& request);
 /// Requests the untranslated names that the list of actions did not give.
 void requestActionNames(const std::shared_ptr<PropertyRequest>& request);
 
-/// Requests whatever the value of the object's role is made of.
+/// Requests the text or the number that the value of the object's role is made of.
 void requestValue(const std::shared_ptr<PropertyRequest>& request);
 
 /// Requests the address of a web page.

@@ -13,12 +13,11 @@
 
 namespace tarqo::lnx::atspi {
 
-/// What must be known to answer an attribute; nothing for attributes that are not made of
-/// properties.
+/// The properties that an attribute is computed from; empty when it is computed elsewhere.
 [[nodiscard]] PropertySet propertiesFor(std::string_view attribute);
 
-/// An attribute that is a text, a truth or a number; none when the object has no such attribute.
-/// Places, elements and lists are made elsewhere.
+/// An attribute that is a text, a boolean or a number; empty when the object has no such attribute.
+/// Places, elements and lists are computed elsewhere.
 [[nodiscard]] std::optional<Value> plainAttribute(const View& view, std::string_view name);
 
 /// Whether setting "AXValue" can work.
@@ -27,7 +26,7 @@ namespace tarqo::lnx::atspi {
 /// The names of the actions, each once, in the object's order.
 [[nodiscard]] std::vector<std::string> axActionNames(const View& view);
 
-/// The index of the object's own action behind an action's name.
+/// The index of the object's own action behind a name of the protocol; empty when it offers none.
 [[nodiscard]] std::optional<int> actionIndex(const View& view, std::string_view axAction);
 
 }  // namespace tarqo::lnx::atspi

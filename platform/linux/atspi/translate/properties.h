@@ -12,7 +12,7 @@
 
 namespace tarqo::lnx::atspi {
 
-/// The toolkits whose peculiarities are known. `other` is treated as doing what AT-SPI says.
+/// The toolkits whose peculiarities are known. `other` is taken to follow AT-SPI.
 enum class Toolkit { gtk3, gtk4, qt, chromium, other };
 
 /// The toolkit behind the name and version that an application gives.
@@ -21,7 +21,7 @@ enum class Toolkit { gtk3, gtk4, qt, chromium, other };
 /// What can be requested of an object, one bit each.
 enum class Property : unsigned {
   roleAndStates = 1U << 0,  ///< Always requested.
-  interfaces = 1U << 1,     ///< Requested with whatever depends on them.
+  interfaces = 1U << 1,     ///< Requested with the properties that depend on them.
   basics = roleAndStates | interfaces,
   name = 1U << 2,
   description = 1U << 3,
@@ -31,7 +31,7 @@ enum class Property : unsigned {
   children = 1U << 7,
   extents = 1U << 8,
   actions = 1U << 9,
-  value = 1U << 10,   ///< Whatever the value of its role is made of.
+  value = 1U << 10,   ///< The text or the number that the value of its role is made of.
   address = 1U << 11  ///< Of a web page.
 };
 

@@ -182,7 +182,7 @@ constexpr ActionRow kActions[] = {
 };
 
 constexpr EventRow kEvents[] = {
-  // interface, member, detail, what is asked of the registry, notification
+  // interface, member, detail, what is requested of the registry, notification
   {"Object", "StateChanged",        "focused",          "object:state-changed:focused",          "AXFocusedUIElementChanged"},
   {"Object", "StateChanged",        "showing",          "object:state-changed:showing",          "AXLayoutChanged"},
   {"Object", "StateChanged",        "expanded",         "object:state-changed:expanded",         "AXLayoutChanged"},
@@ -216,7 +216,7 @@ struct MenuEventRow {
   Role role;
 };
 
-// How toolkits say that a menu opened: all of these are changes of a state.
+// How toolkits report that a menu opened: all of these are changes of a state.
 constexpr MenuEventRow kMenuEvents[] = {
   {"showing",  Role::menu},       // Chromium
   {"showing",  Role::popupMenu},  // Qt

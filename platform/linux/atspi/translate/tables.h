@@ -1,5 +1,5 @@
 // What AT-SPI's roles, states, actions and events are called in the protocol's vocabulary. Every
-// row of the translation stands in tables.cpp; nothing here asks anybody anything.
+// row of the translation stands in tables.cpp; nothing here talks to the bus.
 #pragma once
 
 #include <cstdint>
@@ -11,7 +11,7 @@
 
 namespace tarqo::lnx::atspi {
 
-/// The roles that the code tells apart, by their numbers on the bus.
+/// The roles that the code distinguishes, by their numbers on the bus.
 enum class Role : std::uint32_t {
   invalid = 0,
   alert = 2,
@@ -60,14 +60,14 @@ struct RoleRow {
   std::uint32_t role;
   std::string_view name;  ///< AT-SPI's own, for the reader of the table.
   std::string_view axRole;
-  std::string_view axSubrole;  ///< Empty for none.
+  std::string_view axSubrole;  ///< Empty when the role has no subrole.
   ValueSource value;
 };
 
-/// The row of a role; unknown numbers have one that says "AXUnknown".
+/// The row of a role; unknown numbers have that of "AXUnknown".
 [[nodiscard]] const RoleRow& roleRow(std::uint32_t role);
 
-/// Whether an object of that role is a window when it hangs at the top of its application. The same
+/// Whether an object of that role is a window when it is at the top of its application. The same
 /// roles occur inside web pages, where they are no windows.
 [[nodiscard]] bool isWindowRole(std::uint32_t role);
 
@@ -77,19 +77,19 @@ struct RoleRow {
 /// Whether an object of that role is a cell, a row or a header of a list or a table.
 [[nodiscard]] bool isCellRole(std::uint32_t role);
 
-/// What the row of a role leaves to the states: the role and subrole that is shown in the end.
+/// The row of a role, with what the states change in it.
 [[nodiscard]] RoleRow refined(const RoleRow& row, States states);
 
-/// The protocol's name of an action ("click" is "AXPress"), case ignored; none for what it has no
-/// name for. The same word means different things on different roles.
+/// The protocol's name of an action ("click" is "AXPress"), case ignored; empty for actions that it
+/// has no name for. The same word means different things on different roles.
 [[nodiscard]] std::optional<std::string_view> axAction(std::string_view action, std::uint32_t role);
 
 struct EventRow {
   std::string_view interface;  ///< After "org.a11y.atspi.Event.".
   std::string_view member;
   std::string_view detail;        ///< Empty matches every detail.
-  std::string_view subscription;  ///< What the registry is asked for.
-  std::string_view notification;  ///< Empty when the event only tells where the focus is.
+  std::string_view subscription;  ///< What is requested of the registry.
+  std::string_view notification;  ///< Empty when the event only shows where the focus is.
 };
 
 [[nodiscard]] std::span<const EventRow> eventRows();
@@ -102,11 +102,12 @@ struct EventRow {
 inline constexpr std::string_view kMenuOpened = "AXMenuOpened";
 inline constexpr std::string_view kMenuClosed = "AXMenuClosed";
 
-/// Whether an event of that row may be about a menu that opened or closed, which the role tells.
+/// Whether an event of that row may be about a menu that opened or closed; only the role shows
+/// whether it is.
 [[nodiscard]] bool mayBeOfMenu(const EventRow& row);
 
-/// Whether an event of that row, on an object of that role, says that a menu opened; or, when it
-/// tells the end of a state, that it closed.
+/// Whether an event of that row, on an object of that role, means that a menu opened; or, at the
+/// end of a state, that it closed.
 [[nodiscard]] bool isOfMenu(const EventRow& row, std::uint32_t role);
 
 }  // namespace tarqo::lnx::atspi

@@ -5,7 +5,7 @@
 namespace tarqo::lnx::atspi {
 namespace {
 
-/// GTK 4 names what has no name after its class ("GtkEntry").
+/// GTK 4 gives objects without a name that of their class ("GtkEntry").
 bool isClassName(std::string_view name) {
   const bool ours = name.starts_with("Gtk") || name.starts_with("Adw");
   return (ours && name.size() > 3 && name[3] >= 'A' && name[3] <= 'Z' &&
@@ -13,7 +13,7 @@ bool isClassName(std::string_view name) {
          name.starts_with("__main__+") || name.starts_with("gtkmm__");
 }
 
-/// GTK 4 names a control with a label of its own twice, the first time with the mark of its
+/// GTK 4 repeats the name of a control that has a label, the first time with the mark of its
 /// mnemonic if it has one ("_OK OK", "7 7").
 std::string_view namedOnce(std::string_view name) {
   const std::size_t half = name.size() / 2;

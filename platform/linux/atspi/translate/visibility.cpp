@@ -8,30 +8,30 @@
 namespace tarqo::lnx::atspi {
 namespace {
 
-/// No screen reaches further; what lies beyond was never laid out.
+/// No screen reaches further; objects beyond were never laid out.
 constexpr double kFarthest = 100'000;
 
-/// Toolkits in which whatever is on the screen has a place, and which go on saying that a thing is
-/// shown when it has none any more: rows scrolled away (GTK 3), lists of closed boxes (Qt), pages
-/// of a stack (GTK 4). In web pages an empty box may hold what is seen.
+/// Toolkits in which everything on the screen has a place, and which go on reporting an object as
+/// shown when it has lost its place: rows scrolled away (GTK 3), lists of closed boxes (Qt), pages
+/// of a stack (GTK 4). In web pages an empty box may hold visible content.
 bool reportsPlacesOfShown(Toolkit toolkit) {
   return toolkit == Toolkit::gtk3 || toolkit == Toolkit::gtk4 || toolkit == Toolkit::qt;
 }
 
-/// Whether enough of an object shows in an area to be found there: its centre, of what holds others
-/// anything at all, and of what is larger than the area half the area's worth.
+/// Whether enough of an object shows in an area for it to be found there: its centre is inside; for
+/// containers any overlap is enough; a larger object must cover half the area.
 bool showsIn(const Rect& area, const Rect& extents, std::string_view axRole) {
-  constexpr std::array<std::string_view, 5> kHolders{"AXGroup", "AXList", "AXTable", "AXOutline",
-                                                     "AXScrollArea"};
-  const bool holds = std::ranges::find(kHolders, axRole) != kHolders.end();
+  constexpr std::array<std::string_view, 5> kContainers{"AXGroup", "AXList", "AXTable", "AXOutline",
+                                                        "AXScrollArea"};
+  const bool isContainer = std::ranges::find(kContainers, axRole) != kContainers.end();
   const double shown = area.intersection(extents).area();
-  return area.contains(extents.center()) || (holds && shown > 0) || shown >= area.area() / 2;
+  return area.contains(extents.center()) || (isContainer && shown > 0) || shown >= area.area() / 2;
 }
 
 }  // namespace
 
 bool isShowing(const Properties& properties, Toolkit toolkit) {
-  // GTK 4 says "showing" of windows only.
+  // GTK 4 reports "showing" for windows only.
   if (toolkit == Toolkit::gtk4) {
     return properties.has(State::visible) || properties.has(State::showing);
   }

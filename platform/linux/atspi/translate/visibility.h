@@ -12,24 +12,24 @@ namespace tarqo::lnx::atspi {
 /// Whether the toolkit reports that the object is on the screen.
 [[nodiscard]] bool isShowing(const Properties& properties, Toolkit toolkit);
 
-/// The extents as told, when they can be a place on a screen: toolkits fill those of what is not
-/// laid out with INT_MIN or with whatever was in memory.
+/// The reported extents, if they are plausible screen coordinates. Toolkits fill those of objects
+/// without a layout with INT_MIN or with uninitialised memory.
 [[nodiscard]] std::optional<Rect> plausible(const std::optional<Rect>& extents);
 
-/// Whether the toolkit goes on saying that such an object is shown when it is scrolled out of its
-/// window, so that only its place tells.
+/// Whether the toolkit goes on reporting such an object as shown when it is scrolled out of its
+/// window, so that only its place shows that.
 [[nodiscard]] bool mayBeScrolledAway(const View& view);
 
-/// Whether it is not on the screen, as "AXHidden" says it.
+/// Whether it is not on the screen, in the sense of "AXHidden".
 [[nodiscard]] bool isHidden(const View& view);
 
-/// What shows of an object's children, given what shows of the object: less inside what scrolls.
-/// Unchanged in toolkits that tell places on the screen, where it would not outlast a move.
+/// The area in which an object's children can show, given that of the object: smaller inside what
+/// scrolls. Unchanged in toolkits that report places on the screen, where it would be wrong after a
+/// move.
 [[nodiscard]] std::optional<Rect> clipBelow(const std::optional<Rect>& clip,
                                             const Properties& properties, Toolkit toolkit);
 
-/// Whether it is the object that has the focus. Some toolkits say so of objects that cannot have
-/// it.
+/// Whether the object has the focus. Some toolkits report that of objects that cannot have it.
 [[nodiscard]] bool hasFocus(const Properties& properties, Toolkit toolkit);
 
 }  // namespace tarqo::lnx::atspi

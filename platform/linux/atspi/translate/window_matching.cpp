@@ -11,7 +11,7 @@ namespace {
 /// Objects and windows whose titles differ must agree to this much in every coordinate.
 constexpr double kTolerance = 3;
 
-/// The distance of an object that does not tell its place from every window.
+/// The distance to every window of an object that does not report its place.
 constexpr double kPlaceUnknown = 1e6;
 
 struct Pair {
@@ -21,7 +21,7 @@ struct Pair {
   double distance = 0;
 };
 
-/// Whether nothing speaks for the one more than for the other.
+/// Whether neither is the likelier one.
 bool areAlike(const Pair& a, const Pair& b) {
   return a.titled == b.titled && std::abs(a.distance - b.distance) <= kTolerance;
 }
@@ -125,7 +125,8 @@ class Matching {
     settledWindows_[window] = true;
   }
 
-  /// The pair itself and all that are as likely and hang together with it by an object or a window.
+  /// The pair itself and all that are as likely and share an object or a window with it, directly
+  /// or through other such pairs.
   [[nodiscard]] std::vector<Pair> rivalsOf(const Pair& pair) const {
     std::vector<Pair> rivals{pair};
     for (bool grew = true; grew;) {
@@ -217,7 +218,7 @@ const LocatedWindow* popupOfSize(const ApplicationWindows& windows, const Rect& 
 }
 
 Point screenOffset(const Toplevel& toplevel) {
-  // GTK 4 does not know where its windows are and tells places inside them.
+  // GTK 4 does not know where its windows are and reports places inside them.
   if (toplevel.toolkit != Toolkit::gtk4 || !toplevel.window) {
     return {};
   }

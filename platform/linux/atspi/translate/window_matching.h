@@ -1,5 +1,5 @@
 // Which of an application's top-level objects is which X window. The X server has the last word on
-// what a window is and where: toolkits register objects that have none.
+// what a window is and where: toolkits register objects that have no window.
 #pragma once
 
 #include <memory>
@@ -31,32 +31,32 @@ struct ProvenPair {
   WindowNumber window = 0;
 };
 
-/// Objects and windows that title, place and size do not tell apart, such as two windows of one
-/// program that show the same page at the same place.
+/// Objects and windows that cannot be told apart by title, place and size, such as two windows of
+/// one program that show the same page at the same place.
 struct Twins {
   std::vector<Ref> objects;
   std::vector<WindowNumber> windows;
 };
 
 /// Gives every object the window that it resembles most, by title, place and size, and no window to
-/// two objects; what is proven comes first. Twins get no window and are returned: which of them is
-/// which, looks do not tell.
+/// two objects. Proven pairs come first. Twins get no window and are returned: their looks do not
+/// show which of them is which.
 std::vector<Twins> matchWindows(std::vector<Toplevel>& toplevels,
                                 const std::vector<LocatedWindow>& windows,
                                 const std::vector<ProvenPair>& proven = {});
 
-/// The same for all that hangs at the top of an application, of which only what has the role of a
-/// window or is paired with a managed one is left. Qt keeps tips and the like there, and gives a
-/// plain widget that is a window no role of its own.
+/// The same for all top-level objects of an application. Keeps only those that have the role of a
+/// window or are paired with a managed window: Qt registers tips and the like there, and a plain
+/// widget that is a window has no role of its own in Qt.
 std::vector<Twins> pairWithWindows(std::vector<Toplevel>& toplevels,
                                    const std::vector<LocatedWindow>& windows,
                                    const std::vector<ProvenPair>& proven = {});
 
-/// How far the coordinates told by an object below `toplevel` are from the screen's.
+/// How far the coordinates reported by an object below `toplevel` are from the screen's.
 [[nodiscard]] Point screenOffset(const Toplevel& toplevel);
 
-/// The popup that an object is drawn in, told by its size: GTK 4 makes a window for every popover
-/// and tells places in it from where its opener is. Null when there is none.
+/// The popup that an object is drawn in, found by its size: GTK 4 makes a window for every popover
+/// and reports places in it relative to its opener. Null when no popup has that size.
 [[nodiscard]] const LocatedWindow* popupOfSize(const ApplicationWindows& windows,
                                                const Rect& extents);
 

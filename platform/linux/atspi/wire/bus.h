@@ -25,7 +25,7 @@ struct Ref {
 
   bool operator==(const Ref&) const = default;
 
-  /// AT-SPI says "no object" by a null path.
+  /// AT-SPI writes "no object" as a null path.
   [[nodiscard]] bool empty() const;
 };
 
@@ -59,12 +59,12 @@ class Bus {
   Bus(PeerAddress application, Clock& clock)
       : clock_(clock), application_(std::move(application)) {}
 
-  /// The connection; made when there is none. Null when there is no session bus or no accessibility
-  /// bus on it. Waits for at most 3 s, when the accessibility bus must be started first; after an
-  /// attempt that was slow to fail, the next is made 2 s later.
+  /// The connection; made when it is not open. Null when there is no session bus or no
+  /// accessibility bus on it. Waits for at most 3 s, when the accessibility bus must be started
+  /// first; after an attempt that was slow to fail, the next is made 2 s later.
   [[nodiscard]] sd_bus* connection();
 
-  /// The connection as it is now; null when there is none.
+  /// The connection as it is now; null when it was never made, failed or was dropped.
   [[nodiscard]] sd_bus* current() const { return bus_.get(); }
 
   /// Whether what is sent goes to one application, whoever it is addressed to.
@@ -75,7 +75,7 @@ class Bus {
 
   [[nodiscard]] Clock& clock() { return clock_; }
 
-  /// Counts the connections made: what was learnt through an earlier one may not hold any more.
+  /// Counts the connections made: what was read through an earlier one may not hold any more.
   [[nodiscard]] int generation() const { return generation_; }
 
  private:
@@ -86,7 +86,7 @@ class Bus {
   Backoff afterSlowFailure_;
 };
 
-/// A new connection to the accessibility bus, whose address the session bus tells; null when it
+/// A new connection to the accessibility bus, whose address the session bus reports; null when it
 /// cannot be made within `patience`.
 [[nodiscard]] BusHandle openAccessibilityBus(Duration patience, Clock& clock);
 

@@ -1,6 +1,6 @@
-// Reads the answers of AT-SPI objects. Every function leaves its result untouched, or gives none,
-// when the message has another shape: an application may answer anything. Texts are kept up to
-// 64 KiB, attributes and actions up to 200.
+// Reads the answers of AT-SPI objects. Every function gives an empty result when the message has
+// another shape: an application may answer anything. Texts are kept up to 64 KiB, attributes and
+// actions up to 200.
 #pragma once
 
 #include <cstdint>
@@ -80,7 +80,7 @@ class Interfaces {
 
 using Attributes = std::vector<std::pair<std::string, std::string>>;
 
-/// The properties of an accessible object, read at once. What the toolkit left out is none.
+/// The properties of an accessible object, read at once. What the toolkit left out is empty.
 struct AccessibleProperties {
   std::optional<std::string> name;
   std::optional<std::string> description;
@@ -94,7 +94,7 @@ struct AccessibleProperties {
 struct CacheItem {
   Ref ref;
   Ref parent;
-  int index = -1;       ///< Among the parent's children; -1 when the toolkit does not say.
+  int index = -1;       ///< Among the parent's children; -1 when the toolkit does not report it.
   int childCount = -1;  ///< -1 when the cache leaves the children out.
   Interfaces interfaces;
   std::string name;
@@ -112,7 +112,7 @@ struct CacheItem {
 [[nodiscard]] std::optional<Interfaces> readInterfaces(sd_bus_message* m);
 [[nodiscard]] std::optional<Attributes> readAttributes(sd_bus_message* m);
 
-/// A rectangle as it was told, garbage included.
+/// A rectangle as it was reported, garbage included.
 [[nodiscard]] std::optional<Rect> readExtents(sd_bus_message* m);
 
 /// The names of the actions, in the order of their indexes.

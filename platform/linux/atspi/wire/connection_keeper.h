@@ -5,10 +5,9 @@
 
 namespace tarqo::lnx::atspi {
 
-/// A child that holds a socket until its other end is closed. It is in a session of its own, has no
-/// other file open, and heeds no signal but SIGKILL, so that what ends the helper spares it.
-///
-/// One thread.
+/// A child process that holds a socket until its other end is closed. It has a session of its own
+/// and no other open file, and no signal but SIGKILL ends it, so that what ends the helper spares
+/// it.
 class ConnectionKeeper {
  public:
   ConnectionKeeper() = default;

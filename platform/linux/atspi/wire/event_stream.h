@@ -52,7 +52,7 @@ class EventReceiver {
   /// The connection is gone: the next one gives its own names to objects.
   virtual void disconnected() = 0;
 
-  /// Whether a lost connection is worth making again. May be called while there is none.
+  /// Whether a lost connection is worth making again. Called while there is no connection.
   [[nodiscard]] virtual bool isNeeded() = 0;
 };
 

@@ -11,7 +11,7 @@ namespace tarqo::lnx::atspi {
 /// One AT-SPI "menu" is both the entry that is clicked and the menu that opens from it.
 enum class Facet { whole, openedMenu };
 
-/// What an entry of a menu hangs on, which decides what it is called.
+/// The parent of an entry of a menu, which decides the entry's role.
 enum class MenuPlace { none, bar, menu };
 
 /// `pid` and `timeout` are passed on to everything reached from here.

@@ -14,12 +14,12 @@ bool isLocalSocket(std::string_view address) {
 }
 
 /// The process that began to listen on the other side of a connection; 0 when the system does not
-/// tell.
+/// report it.
 Pid listener(sd_bus* bus) {
   ucred credentials{};
   socklen_t size = sizeof credentials;
-  const int told = getsockopt(sd_bus_get_fd(bus), SOL_SOCKET, SO_PEERCRED, &credentials, &size);
-  return told == 0 ? credentials.pid : 0;
+  const int result = getsockopt(sd_bus_get_fd(bus), SOL_SOCKET, SO_PEERCRED, &credentials, &size);
+  return result == 0 ? credentials.pid : 0;
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Connections to one application past the accessibility bus, at the address it tells of itself.
+// Connections to one application past the accessibility bus, at the address that it reports.
 #pragma once
 
 #include <string>
@@ -8,19 +8,16 @@
 
 namespace tarqo::lnx::atspi {
 
-/// Where an application tells that it listens. What it tells is not trusted: see
+/// Where an application reports that it listens. The report is not trusted: see
 /// `openPeerConnection`.
 struct PeerAddress {
-  std::string text;  ///< A D-Bus address; empty when it told none.
+  std::string text;  ///< A D-Bus address; empty when it reported none.
   Pid pid = 0;       ///< The process that must listen there.
 };
 
-/// A new connection to the application; null when it told no address, or none of a local socket, or
-/// when another process listens there. It is not awaited: what is sent before it stands is sent as
-/// soon as it does. Any thread.
-///
-/// A D-Bus address can name a program to run or a host to look up; an application must not bring
-/// the helper to either.
+/// A new connection to the application; null when the address is empty or not that of a local
+/// socket, and when another process listens there. Does not wait: messages sent before the
+/// connection stands are sent as soon as it does. Any thread.
 [[nodiscard]] BusHandle openPeerConnection(const PeerAddress& address);
 
 }  // namespace tarqo::lnx::atspi
