@@ -12,8 +12,8 @@
 
 namespace tarqo::lnx {
 
-/// A service on a bus that may well not exist, or be too busy to answer. After a failure it is not
-/// called for a while, so that it costs nothing. Worker thread only.
+/// A service on a bus that may well not exist, or be too busy to answer. A failure is followed by a
+/// pause in which it is not called, so that it costs nothing. Worker thread only.
 class OptionalService {
  public:
   enum class Bus { system, session };
@@ -21,9 +21,10 @@ class OptionalService {
   /// `clock` is kept and outlives this.
   OptionalService(Bus bus, Clock& clock) : clock_(clock), kind_(bus) {}
 
-  /// Calls a method with two texts, or with none when the first is null. Waits for the answer for
-  /// at most 0.1 s, 1 s before the first one, since there is none to fall back on. Null when there
-  /// is no answer in time and while the service is not called. Starts no service that does not run.
+  /// Calls a method with two texts, or without arguments when the first is null. Waits for the
+  /// answer for at most 0.1 s; for the first answer 1 s, since no earlier one can stand in for it.
+  /// Null when there is no answer in time, and during the pause after a failure. Starts no service
+  /// that does not run.
   [[nodiscard]] Message call(const MethodCall& method, const char* text1 = nullptr,
                              const char* text2 = nullptr);
 

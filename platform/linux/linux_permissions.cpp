@@ -13,7 +13,7 @@ constexpr const char* kService = "org.a11y.Bus";
 constexpr const char* kPath = "/org/a11y/bus";
 constexpr const char* kStatus = "org.a11y.Status";
 constexpr const char* kSwitch = "IsEnabled";
-constexpr std::chrono::milliseconds kAnswerTime{500};
+constexpr std::chrono::milliseconds kBusAnswerTime{500};
 
 BusHandle sessionBus(Clock& clock) {
   sd_bus* opened = nullptr;
@@ -21,9 +21,9 @@ BusHandle sessionBus(Clock& clock) {
     return nullptr;
   }
   BusHandle bus(opened);
-  constexpr auto kLimit = std::chrono::microseconds(kAnswerTime).count();
+  constexpr auto kLimit = std::chrono::microseconds(kBusAnswerTime).count();
   sd_bus_set_method_call_timeout(opened, static_cast<std::uint64_t>(kLimit));
-  return becomesReady(opened, kAnswerTime, clock) ? std::move(bus) : nullptr;
+  return becomesReady(opened, kBusAnswerTime, clock) ? std::move(bus) : nullptr;
 }
 
 bool isSwitchedOn(Clock& clock) {
@@ -48,7 +48,7 @@ bool LinuxPermissions::busAnswers() {
     if (!call) {
       return false;
     }
-    if (callAndWait(bus, call, kAnswerTime).code >= 0) {
+    if (callAndWait(bus, call, kBusAnswerTime).code >= 0) {
       return true;
     }
     bus_.drop();

@@ -38,6 +38,7 @@ struct ActionRequest {
 
 class PendingActions {
  public:
+  /// `bus` is kept and outlives this.
   explicit PendingActions(Bus& bus) : bus_(bus) {}
   PendingActions(const PendingActions&) = delete;
   PendingActions& operator=(const PendingActions&) = delete;

@@ -24,8 +24,10 @@ namespace tarqo::lnx::atspi {
 /// Everything the core reads of an element that it walks over.
 [[nodiscard]] PropertySet propertiesReadAhead();
 
+/// One per scope of `Accessibility::readTree`. Worker thread only.
 class ReadAhead {
  public:
+  /// `clock` is kept and outlives this.
   ReadAhead(const ObjectHandle& root, const TreeReadLimits& limits, Clock& clock);
 
   [[nodiscard]] Pid pid() const { return pid_; }
@@ -36,7 +38,10 @@ class ReadAhead {
   /// Whether nothing more may be requested of the application.
   [[nodiscard]] bool closed() const { return closed_; }
 
+  /// Ends it for good: the walk gets what was read until now.
   void end() { ended_ = closed_ = true; }
+
+  /// Ends it for good: what was not read may be requested live again.
   void readLive() {
     ended_ = true;
     closed_ = false;

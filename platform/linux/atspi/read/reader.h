@@ -25,6 +25,7 @@ using PropertiesPtr = std::shared_ptr<const Properties>;
 
 class Reader {
  public:
+  /// Both are kept and outlive this.
   Reader(Bus& bus, WindowLocator& locator) : bus_(bus), registry_(bus), locator_(locator) {}
 
   /// What an object reports; null when it is gone, does not answer, or was not read before the

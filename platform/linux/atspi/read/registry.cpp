@@ -21,7 +21,7 @@ void Registry::forgetAfterReconnect() {
   }
 }
 
-void Registry::learnPids(const std::vector<Ref>& roots, Duration patience) {
+void Registry::requestPids(const std::vector<Ref>& roots, Duration patience) {
   Batch batch(bus_);
   for (const Ref& root : roots) {
     if (pids_.contains(root.bus)) {
@@ -51,7 +51,7 @@ std::vector<Registration> Registry::registrationsOf(Pid pid, Duration patience) 
     }
   });
   static_cast<void>(batch.run({bus_.clock().now() + patience, patience}));
-  learnPids(roots, patience);
+  requestPids(roots, patience);
   std::vector<Registration> result;
   for (const Ref& root : roots) {
     const auto found = pids_.find(root.bus);

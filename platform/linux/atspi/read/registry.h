@@ -25,6 +25,7 @@ struct Registration {
 
 class Registry {
  public:
+  /// `bus` is kept and outlives this.
   explicit Registry(Bus& bus) : bus_(bus) {}
 
   /// The registrations of a process, in the registry's order; empty when it has none or the bus
@@ -44,7 +45,7 @@ class Registry {
 
  private:
   void forgetAfterReconnect();
-  void learnPids(const std::vector<Ref>& roots, Duration patience);
+  void requestPids(const std::vector<Ref>& roots, Duration patience);
 
   Bus& bus_;
   int generation_ = 0;

@@ -92,21 +92,21 @@ class SlowApplication {
       return 0;
     }
     std::this_thread::sleep_for(25ms);
-    const std::string asked = member;
-    if (asked == "GetRole") {
+    const std::string called = member;
+    if (called == "GetRole") {
       return sd_bus_reply_method_return(call, "u", 39) + 1;
     }
-    if (asked == "GetState") {
+    if (called == "GetState") {
       return sd_bus_reply_method_return(call, "au", 2, 1U << 25U, 0U) + 1;
     }
     const char* interface = nullptr;
     const char* property = nullptr;
-    if (asked == "Get" && sd_bus_message_read(call, "ss", &interface, &property) > 0 &&
+    if (called == "Get" && sd_bus_message_read(call, "ss", &interface, &property) > 0 &&
         std::string(property) == "Parent") {
       const std::string above = std::string(sd_bus_message_get_path(call)) + "/up";
       return sd_bus_reply_method_return(call, "v", "(so)", ":1.1", above.c_str()) + 1;
     }
-    if (asked == "Get") {
+    if (called == "Get") {
       return sd_bus_reply_method_return(call, "v", "s", "Odd") + 1;
     }
     return sd_bus_reply_method_errorf(call, "org.freedesktop.DBus.Error.UnknownMethod", "no") + 1;
@@ -131,7 +131,7 @@ TEST(Reader, TheWayUpToTheWindowTakesNoLongerThanOneTimeOut) {
   const Duration taken = std::chrono::steady_clock::now() - begun;
   EXPECT_GE(taken, 250ms);
   EXPECT_LT(taken, 700ms);
-  // It answered all the time, so it is not left alone.
+  // It answered all the time, so there is no back-off.
   std::this_thread::sleep_for(100ms);
   reader.beginCall();
   EXPECT_NE(reader.read(object, Property::parent), nullptr);

@@ -187,7 +187,7 @@ TEST(Events, AreFoundByMemberAndDetail) {
   EXPECT_EQ(added->notification, "AXCreated");
 }
 
-TEST(Events, OfMenusAreToldByStateAndRole) {
+TEST(Events, OfMenusAreKnownByStateAndRole) {
   const auto role = [](Role each) { return static_cast<std::uint32_t>(each); };
   const EventRow* showing = eventRow("Object", "StateChanged", "showing");
   const EventRow* expanded = eventRow("Object", "StateChanged", "expanded");
@@ -403,7 +403,7 @@ TEST(AtspiWindows, OfGtk4AddTheShadowToTheirPlaces) {
   EXPECT_EQ(screenOffset(object), (Point{114, 64.5}));
 }
 
-TEST(AtspiWindows, OfOtherToolkitsTellPlacesOnTheScreen) {
+TEST(AtspiWindows, OfOtherToolkitsReportPlacesOnTheScreen) {
   Toplevel object = toplevelOf("A", {100, 50, 500, 400}, Toolkit::gtk3);
   object.window = located(1, "A", {100, 50, 528, 429});
   object.window->shadow = Insets{14, 14, 12, 17};

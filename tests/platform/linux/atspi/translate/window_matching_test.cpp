@@ -1,4 +1,4 @@
-// Windows that look alike: which accessible object is which X window, and when nothing tells.
+// Windows that look alike: which accessible object is which X window, and when nothing shows it.
 #include "platform/linux/atspi/translate/window_matching.h"
 
 #include <gtest/gtest.h>
@@ -36,7 +36,7 @@ LocatedWindow xWindow(WindowNumber number, const std::string& title, const Rect&
   return window;
 }
 
-/// The window of each object, in their order; 0 for none.
+/// The window of each object, in their order; 0 for an object without a window.
 std::vector<WindowNumber> numbersOf(const std::vector<Toplevel>& toplevels) {
   std::vector<WindowNumber> numbers;
   for (const Toplevel& toplevel : toplevels) {
@@ -68,7 +68,7 @@ TEST(AtspiTwins, TwinsAreThoseWhosePlacesDifferByLessThanTheTolerance) {
   EXPECT_EQ(numbersOf(far), (Numbers{10, 20}));
 }
 
-TEST(AtspiTwins, WhereAToolkitTellsNoPlaceWindowsOfOneSizeAreTwins) {
+TEST(AtspiTwins, WhereAToolkitReportsNoPlaceWindowsOfOneSizeAreTwins) {
   std::vector<Toplevel> objects{object("/1", "Same", Rect{0, 0, 420, 260}, Toolkit::gtk4),
                                 object("/2", "Same", Rect{0, 0, 420, 260}, Toolkit::gtk4)};
   EXPECT_EQ(matchWindows(objects, {xWindow(10, "Same", kHere), xWindow(20, "Same", kThere)}).size(),
@@ -76,7 +76,7 @@ TEST(AtspiTwins, WhereAToolkitTellsNoPlaceWindowsOfOneSizeAreTwins) {
   EXPECT_EQ(numbersOf(objects), (Numbers{0, 0}));
 }
 
-TEST(AtspiTwins, AProofOfOneTwinTellsTheOther) {
+TEST(AtspiTwins, AProofOfOneTwinSettlesTheOther) {
   for (const auto& [proven, expected] : {std::pair(ProvenPair{refOf("/1"), 10}, Numbers{10, 20}),
                                          std::pair(ProvenPair{refOf("/2"), 10}, Numbers{20, 10})}) {
     std::vector<Toplevel> objects{object("/1", "Same", kHere), object("/2", "Same", kHere)};
@@ -87,7 +87,7 @@ TEST(AtspiTwins, AProofOfOneTwinTellsTheOther) {
   }
 }
 
-TEST(AtspiTwins, AProofOfOneOfThreeLeavesTheOthersUntold) {
+TEST(AtspiTwins, AProofOfOneOfThreeLeavesTheOthersOpen) {
   std::vector<Toplevel> objects{object("/1", "Same", kHere), object("/2", "Same", kHere),
                                 object("/3", "Same", kHere)};
   const std::vector<LocatedWindow> windows{xWindow(30, "Same", kHere), xWindow(20, "Same", kHere),
@@ -112,7 +112,7 @@ TEST(AtspiTwins, AProofOfWhatIsGoneIsNone) {
   EXPECT_EQ(numbersOf(objects), (Numbers{10}));
 }
 
-TEST(AtspiTwins, AWindowWhoseObjectIsNotThereYetMakesTheOtherUntold) {
+TEST(AtspiTwins, AWindowWhoseObjectIsNotThereYetLeavesTheOtherOpen) {
   std::vector<Toplevel> objects{object("/1", "Same", kHere)};
   const std::vector<Twins> twins =
       matchWindows(objects, {xWindow(20, "Same", kHere), xWindow(10, "Same", kHere)});

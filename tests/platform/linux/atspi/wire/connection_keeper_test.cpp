@@ -87,7 +87,7 @@ TEST_F(KeeperTest, HoldsWhatItAbandoned) {
   EXPECT_FALSE(endsWithin(100ms));
 }
 
-/// A file that a child held too would not tell its end.
+/// The end of a file that a child held too would not show.
 TEST_F(KeeperTest, HoldsNothingElse) {
   std::array<int, 2> pipe{};
   ASSERT_EQ(::pipe2(pipe.data(), O_CLOEXEC), 0);

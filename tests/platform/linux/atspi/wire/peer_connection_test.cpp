@@ -15,7 +15,7 @@
 namespace tarqo::lnx::atspi {
 namespace {
 
-class DirectAddressTest : public testing::Test {
+class PeerAddressTest : public testing::Test {
  protected:
   void SetUp() override {
     std::string name = (std::filesystem::temp_directory_path() / "direct-XXXXXX").string();
@@ -44,18 +44,18 @@ class DirectAddressTest : public testing::Test {
   int socket_ = -1;
 };
 
-TEST_F(DirectAddressTest, TheSocketOfTheProcessItselfIsConnectedTo) {
+TEST_F(PeerAddressTest, TheSocketOfTheProcessItselfIsConnectedTo) {
   EXPECT_NE(openPeerConnection({address(), getpid()}), nullptr);
   EXPECT_NE(openPeerConnection({address() + ",guid=0123456789abcdef0123456789abcdef", getpid()}),
             nullptr);
 }
 
-TEST_F(DirectAddressTest, TheSocketOfAnotherProcessIsNot) {
+TEST_F(PeerAddressTest, TheSocketOfAnotherProcessIsNot) {
   EXPECT_EQ(openPeerConnection({address(), getppid()}), nullptr);
   EXPECT_EQ(openPeerConnection({address(), 0}), nullptr);
 }
 
-TEST_F(DirectAddressTest, NoProgramIsStarted) {
+TEST_F(PeerAddressTest, NoProgramIsStarted) {
   const std::filesystem::path made = folder_ / "made";
   const std::string program = "unixexec:path=/usr/bin/touch,argv1=" + made.string();
   EXPECT_EQ(openPeerConnection({program, getpid()}), nullptr);
@@ -65,7 +65,7 @@ TEST_F(DirectAddressTest, NoProgramIsStarted) {
   EXPECT_FALSE(std::filesystem::exists(made));
 }
 
-TEST_F(DirectAddressTest, NoOtherKindOfAddressIsTried) {
+TEST_F(PeerAddressTest, NoOtherKindOfAddressIsTried) {
   for (const char* text : {"", "tcp:host=localhost,port=1", "unix:runtime=yes", "unix:", "x",
                            "launchd:env=DISPLAY", "UNIX:path=/tmp"}) {
     EXPECT_EQ(openPeerConnection({text, getpid()}), nullptr) << text;
