@@ -26,7 +26,7 @@ template <typename Body>
     if (clock.now() >= deadline) {
       return std::nullopt;
     }
-    clock.turnWhileBusy(kTimedSlice);
+    clock.runLoopUntilTaskDone(kTimedSlice);
   }
   return box->take();
 }

@@ -66,7 +66,7 @@ void turnWheel(Session& session, Point point, std::int32_t pixels, const Proof& 
   }
   proof();
   postToTarget(session, *wheel, failures::kPointCovered);
-  session.platform.clock.turn(kAfterWheel);
+  session.platform.clock.runLoopFor(kAfterWheel);
 }
 
 // What ends the drag exists before it begins, so that the button is never left held down: a drag
@@ -107,7 +107,7 @@ void spotlightPull(Session& session, const Rect& area) {
     way.at(static_cast<std::size_t>(step - 1)) = {start.x, start.y + travel * step / kPullSteps};
   }
   drag(session, start, way, kPullSlice);
-  session.platform.clock.turn(kAfterPull);
+  session.platform.clock.runLoopFor(kAfterPull);
 }
 
 // Starts slowly and ends fast, like a flick.
@@ -122,7 +122,7 @@ void trackpadSwipe(Session& session, const Rect& area, double dx) {
     way.at(static_cast<std::size_t>(step - 1)) = {start.x + travel * part * part, start.y};
   }
   drag(session, start, way, kSwipeSlice);
-  session.platform.clock.turn(kAfterSwipe);
+  session.platform.clock.runLoopFor(kAfterSwipe);
 }
 
 }  // namespace

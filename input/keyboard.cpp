@@ -30,9 +30,9 @@ void postPair(Session& session, EventSource* source, const InputEvent& down, con
   }
   session.target.requireKeysHarmless();
   postToTarget(session, *first, failures::kNotFrontmost);
-  session.platform.clock.turn(pace.first);
+  session.platform.clock.runLoopFor(pace.first);
   events.post(*second);
-  session.platform.clock.turn(pace.second);
+  session.platform.clock.runLoopFor(pace.second);
 }
 
 }  // namespace

@@ -63,7 +63,7 @@ void rightPress(Session& session, Point point, const Proof& proof) {
   session.platform.clock.sleep(kBeforeRightPress);
   pressOnce(session, source.get(), {MouseEventType::rightDown, point, 1},
             {MouseEventType::rightUp, point, 1}, proof);
-  session.platform.clock.turn(kMenuOpens);
+  session.platform.clock.runLoopFor(kMenuOpens);
 }
 
 // Interfaces that react to the pointer see a real approach, not a jump. On its way the pointer
@@ -76,14 +76,14 @@ void glide(Session& session, Point point, EventSource* source, Duration rest) {
     post(session, source,
          MouseEvent{MouseEventType::moved,
                     {start.x + (point.x - start.x) * part, start.y + (point.y - start.y) * part}});
-    session.platform.clock.turn(kGlideSlice);
+    session.platform.clock.runLoopFor(kGlideSlice);
   }
   const MouseEvent arrival{MouseEventType::moved, point};
   if (const auto created = session.platform.inputEvents.create(source, arrival)) {
     postToTarget(session, *created, failures::kPointCovered);
   }
-  session.platform.clock.turn(kGlideSlice);
-  session.platform.clock.turn(rest);
+  session.platform.clock.runLoopFor(kGlideSlice);
+  session.platform.clock.runLoopFor(rest);
 }
 
 }  // namespace tarqo

@@ -52,7 +52,8 @@ RunningApplication launch(const Platform& platform, const std::string& bundleId)
   platform.bundles.open(*path, false,
                         [box](OpenedApplication opened) { box->fill(std::move(opened)); });
   OpenedApplication opened;
-  if (turnUntil(clock, clock.now() + kLaunchLimit, kLaunchSlice, [&] { return box->filled(); })) {
+  if (runLoopUntil(clock, clock.now() + kLaunchLimit, kLaunchSlice,
+                   [&] { return box->filled(); })) {
     opened = box->take();
   }
   if (opened.error) {
@@ -88,8 +89,8 @@ void bindSite(Session& session, const ConnectArguments& wanted) {
     opened = true;
   }
   Clock& clock = session.platform.clock;
-  if (!turnUntil(clock, clock.now() + kSiteWindowLimit, kSiteWindowSlice,
-                 [&] { return !target.siteWindows().empty(); })) {
+  if (!runLoopUntil(clock, clock.now() + kSiteWindowLimit, kSiteWindowSlice,
+                    [&] { return !target.siteWindows().empty(); })) {
     throw Failure(opened ? failures::kNoSiteWindowOpened : failures::kNoSiteWindow,
                   {wanted.bundleId, *site}, {{"seen", target.windowsSeen()}});
   }
@@ -105,10 +106,11 @@ std::optional<Element> reopenedWindow(Session& session, const std::string& bundl
   const auto box = std::make_shared<CompletionBox<bool>>();
   platform.bundles.open(*path, true, [box](const OpenedApplication&) { box->fill(true); });
   // A completion that never comes is no reason not to look for the window.
-  (void)turnUntil(clock, clock.now() + kReopenLimit, kReopenSlice, [&] { return box->filled(); });
+  (void)runLoopUntil(clock, clock.now() + kReopenLimit, kReopenSlice,
+                     [&] { return box->filled(); });
 
   std::optional<Element> window;
-  (void)turnUntil(clock, clock.now() + kReopenedWindowLimit, kReopenedWindowSlice, [&] {
+  (void)runLoopUntil(clock, clock.now() + kReopenedWindowLimit, kReopenedWindowSlice, [&] {
     window = session.target.primaryWindow();
     return window.has_value();
   });

@@ -112,7 +112,7 @@ void pressReturnIn(Session& session, const StoredNode& stored, bool focusFirst) 
   if (focusFirst) {
     focus(session, stored);
   }
-  session.platform.clock.turn(kBeforeReturn);
+  session.platform.clock.runLoopFor(kBeforeReturn);
   session.target.requireStillFrontmost();
   postKey(session, kReturn, 0);
 }

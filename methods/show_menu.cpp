@@ -31,7 +31,7 @@ Json menuShown(Session& session, const StoredNode& stored) {
     rightPress(session, point, [&] { verifyNodeAt(session, point, stored); });
     return {{"method", "pointer"}};
   }
-  session.platform.clock.turn(kActionOpensMenu);
+  session.platform.clock.runLoopFor(kActionOpensMenu);
   Json result = {{"method", "accessibility"}};
   if (shown == Performed::pending) {
     result["pending"] = true;

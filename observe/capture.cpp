@@ -61,9 +61,9 @@ WindowPlacement settledPlacement(Session& session, const Rect& bounds) {
       broughtForward = true;
       (void)session.target.requireApp();
       session.target.activate();
-      clock.turn(kAfterActivation);
+      clock.runLoopFor(kAfterActivation);
     } else if (session.target.isFrontmost() && clock.now() < deadline) {
-      clock.turn(kSettlingSlice);
+      clock.runLoopFor(kSettlingSlice);
     } else {
       break;
     }

@@ -24,7 +24,7 @@ void TreeWalk::walkWindow(const Element& app, const Element& window) {
   if (silenced()) {
     // What was not read may be missing anywhere. The focused element is looked for all the same.
     list_.truncated = true;
-    scope_->askAgain();
+    scope_->readLive();
   }
   addFocused(app);
   scope_.reset();

@@ -115,7 +115,7 @@ class TreeRead {
   [[nodiscard]] virtual bool incomplete() const = 0;
 
   /// Ends the reading ahead for good: what was not read is asked live again, as without a scope.
-  virtual void askAgain() = 0;
+  virtual void readLive() = 0;
 };
 
 class Accessibility {

@@ -31,11 +31,11 @@ class Clock {
 
   /// Runs the calling thread's event loop for a slice, so that completions meant for this thread
   /// can arrive. Always lasts its whole time, also on a thread whose loop has nothing to serve.
-  virtual void turn(Duration slice) = 0;
+  virtual void runLoopFor(Duration slice) = 0;
 
-  /// `turn` for whoever waits for a body of `background`: may end as soon as any of them has
-  /// returned, also when that was before the call.
-  virtual void turnWhileBusy(Duration slice) { turn(slice); }
+  /// Like `runLoopFor`, but returns early when a task started by `background` has finished since
+  /// the last call.
+  virtual void runLoopUntilTaskDone(Duration slice) { runLoopFor(slice); }
 
   /// Runs `body` on a thread of its own and returns at once. The thread is never joined: a body
   /// must own or share whatever it touches.

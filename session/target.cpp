@@ -160,18 +160,18 @@ void Target::activate() {
   if (window_) {
     (void)platform_.accessibility.perform(*window_, "AXRaise");
   }
-  if (!turnUntil(clock, clock.now() + kActivationLimit, kActivationSlice,
-                 [&] { return isFrontmost(); })) {
+  if (!runLoopUntil(clock, clock.now() + kActivationLimit, kActivationSlice,
+                    [&] { return isFrontmost(); })) {
     fail(failures::kFocusFailed);
   }
-  clock.turn(kSwitchFinishes);
+  clock.runLoopFor(kSwitchFinishes);
 }
 
 void Target::requireFrontmost() {
   (void)requirePid();
   Clock& clock = platform_.clock;
-  if (!turnUntil(clock, clock.now() + kForegroundLimit, kForegroundSlice,
-                 [&] { return isFrontmost(); })) {
+  if (!runLoopUntil(clock, clock.now() + kForegroundLimit, kForegroundSlice,
+                    [&] { return isFrontmost(); })) {
     fail(failures::kNotFrontmost);
   }
 }

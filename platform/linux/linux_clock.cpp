@@ -14,9 +14,9 @@ WallTime LinuxClock::wall() {
 
 void LinuxClock::sleep(Duration duration) { std::this_thread::sleep_for(duration); }
 
-void LinuxClock::turn(Duration slice) { std::this_thread::sleep_for(slice); }
+void LinuxClock::runLoopFor(Duration slice) { std::this_thread::sleep_for(slice); }
 
-void LinuxClock::turnWhileBusy(Duration slice) {
+void LinuxClock::runLoopUntilTaskDone(Duration slice) {
   std::unique_lock lock(bodies_->mutex);
   (void)bodies_->returned.wait_for(lock, slice, [this] { return bodies_->count != seen_; });
   seen_ = bodies_->count;

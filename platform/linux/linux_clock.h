@@ -16,9 +16,9 @@ class LinuxClock final : public Clock {
   void sleep(Duration duration) override;
 
   /// Sleeps: only the main thread has a loop, and no completion is meant for any other.
-  void turn(Duration slice) override;
+  void runLoopFor(Duration slice) override;
 
-  void turnWhileBusy(Duration slice) override;
+  void runLoopUntilTaskDone(Duration slice) override;
 
   /// A body whose thread cannot be started is not run. Exceptions of a body are swallowed.
   void background(std::function<void()> body) override;

@@ -15,7 +15,7 @@ class MacClock final : public Clock {
   Instant now() override;
   WallTime wall() override;
   void sleep(Duration duration) override;
-  void turn(Duration slice) override;
+  void runLoopFor(Duration slice) override;
 
   /// A body whose thread cannot be made is not run; what it throws is lost.
   void background(std::function<void()> body) override;

@@ -32,7 +32,7 @@ WallTime MacClock::wall() {
 
 void MacClock::sleep(Duration duration) { std::this_thread::sleep_for(duration); }
 
-void MacClock::turn(Duration slice) {
+void MacClock::runLoopFor(Duration slice) {
   guarded([slice] { turnLoop(slice); });
 }
 

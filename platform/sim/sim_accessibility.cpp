@@ -67,7 +67,7 @@ class ReadAhead final : public TreeRead {
   }
 
   [[nodiscard]] bool incomplete() const override { return !complete_ || service_.silent_; }
-  void askAgain() override {
+  void readLive() override {
     complete_ = !incomplete();
     service_.silent_ = false;
   }

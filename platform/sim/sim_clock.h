@@ -1,8 +1,9 @@
 // Virtual time: a clock that moves only while somebody waits.
 //
-// `turn` and `sleep` carry the clock forward by exactly their duration and run what is scheduled on
-// the way, each at its own instant, in the order of time and then of scheduling. Nothing depends on
-// real time, so an eight-second wait costs microseconds and every run is the same.
+// `runLoopFor` and `sleep` carry the clock forward by exactly their duration and run what is
+// scheduled on the way, each at its own instant, in the order of time and then of scheduling.
+// Nothing depends on real time, so an eight-second wait costs microseconds and every run is the
+// same.
 #pragma once
 
 #include <cstdint>
@@ -28,7 +29,7 @@ class VirtualClock final : public Clock {
   [[nodiscard]] Instant now() override { return now_; }
   [[nodiscard]] WallTime wall() override;
   void sleep(Duration duration) override { advance(duration); }
-  void turn(Duration slice) override { advance(slice); }
+  void runLoopFor(Duration slice) override { advance(slice); }
 
   /// The body starts at the present instant, as soon as somebody waits. It has a thread of its own,
   /// but runs only while the waiting thread stands still, so there is never more than one at work.
@@ -36,7 +37,8 @@ class VirtualClock final : public Clock {
   /// the clock that far; a body that waits for ever simply never goes on.
   void background(std::function<void()> body) override;
 
-  /// Lets time pass for the caller: what `turn` and `sleep` do, and services that take their time.
+  /// Lets time pass for the caller: what `runLoopFor` and `sleep` do, and services that take their
+  /// time.
   void advance(Duration duration);
 
   /// Suspends a background body until the desktop ends. Anybody else has nobody to be woken by, so

@@ -45,7 +45,7 @@ TEST_F(Timed, GivesNothingAfterItsDeadline) {
 TEST_F(Timed, LetsALateBodyRunOnAndDropsItsValue) {
   EXPECT_EQ(run(2001ms, 2s), std::nullopt);
   EXPECT_EQ(finished, 0);
-  clock.turn(1ms);
+  clock.runLoopFor(1ms);
   EXPECT_EQ(finished, 1);
 }
 
@@ -72,8 +72,8 @@ TEST_F(Timed, KeepsTheCallersLoopTurningMeanwhile) {
 TEST(TurnUntil, AsksOnceMoreWhenTheDeadlineHasPassed) {
   sim::VirtualClock clock;
   const Instant deadline = clock.now() + 100ms;
-  EXPECT_TRUE(turnUntil(clock, deadline, 100ms, [&] { return clock.now() >= deadline; }));
-  EXPECT_FALSE(turnUntil(clock, deadline, 100ms, [] { return false; }));
+  EXPECT_TRUE(runLoopUntil(clock, deadline, 100ms, [&] { return clock.now() >= deadline; }));
+  EXPECT_FALSE(runLoopUntil(clock, deadline, 100ms, [] { return false; }));
   EXPECT_EQ(clock.elapsed(), 100ms);
 }
 

@@ -22,7 +22,7 @@ TEST_F(ActionsContract, PressAButtonOnce) {
   EXPECT_NE(ax.perform(control("AXButton", "Save"), "AXPress"), Performed::refused);
 
   EXPECT_TRUE(waitUntil([&] { return status() == "Status: saved 1"; })) << status();
-  clock.turn(300ms);
+  clock.runLoopFor(300ms);
   EXPECT_EQ(status(), "Status: saved 1");
 }
 

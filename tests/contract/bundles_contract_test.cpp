@@ -69,7 +69,7 @@ TEST_F(BundlesContract, CompleteAnOpenOnceWithTheApplication) {
   const auto opened = open(targetPath());
 
   ASSERT_TRUE(waitUntil([&] { return !opened->all().empty(); }, 10s));
-  clock.turn(300ms);
+  clock.runLoopFor(300ms);
   ASSERT_EQ(opened->all().size(), 1U);
   const OpenedApplication result = opened->all().front();
   EXPECT_FALSE(result.error) << *result.error;
@@ -81,7 +81,7 @@ TEST_F(BundlesContract, CompleteAnOpenOnceWithTheApplication) {
 TEST_F(BundlesContract, DoNotOpenWhatIsMissing) {
   const auto opened = open("/no/such/folder/Thing.app");
 
-  clock.turn(1s);
+  clock.runLoopFor(1s);
   for (const OpenedApplication& result : opened->all()) {
     EXPECT_FALSE(result.application);
   }

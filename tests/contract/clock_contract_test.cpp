@@ -20,22 +20,22 @@ TEST_F(ClockContract, LiesAfterTheDistantPast) {
 
 TEST_F(ClockContract, TurnLastsItsWholeTime) {
   const Instant begin = clock.now();
-  clock.turn(50ms);
+  clock.runLoopFor(50ms);
   EXPECT_GE(clock.now() - begin, 50ms);
   EXPECT_LT(clock.now() - begin, 2s);
 }
 
 TEST_F(ClockContract, TurnOfNothingReturns) {
   const Instant begin = clock.now();
-  clock.turn(0ms);
-  clock.turn(-1s);
+  clock.runLoopFor(0ms);
+  clock.runLoopFor(-1s);
   EXPECT_GE(clock.now(), begin);
   EXPECT_LT(clock.now() - begin, 1s);
 }
 
 TEST_F(ClockContract, ATurnWhileBusyLastsAtMostItsTime) {
   const Instant begin = clock.now();
-  clock.turnWhileBusy(50ms);
+  clock.runLoopUntilTaskDone(50ms);
   EXPECT_LT(clock.now() - begin, 2s);
 }
 
@@ -47,7 +47,7 @@ TEST_F(ClockContract, ATurnWhileBusyWaitsForABodyAtWork) {
   });
   const Instant begin = clock.now();
   while (!done->load() && clock.now() - begin < 10s) {
-    clock.turnWhileBusy(1s);
+    clock.runLoopUntilTaskDone(1s);
   }
   EXPECT_TRUE(done->load());
   EXPECT_GE(clock.now() - begin, 90ms);
@@ -84,7 +84,7 @@ TEST_F(ClockContract, ABackgroundBodyDoesNotHoldUpItsStarter) {
   });
   EXPECT_LT(clock.now() - begin, 200ms);
 
-  clock.turn(50ms);
+  clock.runLoopFor(50ms);
   EXPECT_FALSE(done->load());
   EXPECT_TRUE(waitUntil([&] { return done->load(); }));
   EXPECT_GE(clock.now() - begin, 300ms);

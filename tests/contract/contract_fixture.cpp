@@ -13,7 +13,7 @@ bool Contract::waitUntil(const std::function<bool()>& holds, Duration limit) con
     if (clock.now() >= deadline) {
       return false;
     }
-    clock.turn(20ms);
+    clock.runLoopFor(20ms);
   }
   return true;
 }

@@ -13,7 +13,7 @@ class InputContract : public TargetContract {
     const auto created = input.create(source, event);
     ASSERT_NE(created, nullptr);
     input.post(*created);
-    clock.turn(30ms);
+    clock.runLoopFor(30ms);
   }
 
   void click(Point point, MouseEventType down, MouseEventType up) {
@@ -46,7 +46,7 @@ TEST_F(InputContract, DoesNothingBeforeAnEventIsPosted) {
   ASSERT_TRUE(waitUntil([&] { return input.pointerLocation() == Point{200, 200}; }));
 
   EXPECT_NE(input.create(nullptr, MouseEvent{MouseEventType::moved, {300, 300}, 0}), nullptr);
-  clock.turn(100ms);
+  clock.runLoopFor(100ms);
 
   EXPECT_EQ(input.pointerLocation(), (Point{200, 200}));
 }
@@ -62,13 +62,13 @@ TEST_F(InputContract, ClicksOnce) {
   click(centre(control("AXButton", "Save")), MouseEventType::leftDown, MouseEventType::leftUp);
 
   EXPECT_TRUE(waitUntil([&] { return status() == "Status: saved 1"; })) << status();
-  clock.turn(300ms);
+  clock.runLoopFor(300ms);
   EXPECT_EQ(status(), "Status: saved 1");
 }
 
 TEST_F(InputContract, DoesNotClickWithTheOtherButton) {
   click(centre(control("AXButton", "Save")), MouseEventType::rightDown, MouseEventType::rightUp);
-  clock.turn(300ms);
+  clock.runLoopFor(300ms);
   EXPECT_EQ(status(), "Status: idle");
 }
 

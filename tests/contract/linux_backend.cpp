@@ -50,7 +50,7 @@ class LinuxBackend final : public ContractBackend {
   }
 
   bool holdShift(bool isDown) override {
-    lnx::x11::Display display(host().platform().clock);
+    lnx::x11::Display display(platformBackend().platform().clock);
     const auto keymap = lnx::input::readKeymap(*display.server());
     const auto key = keymap ? keymap->find(XK_Shift_L, 0, 0) : std::nullopt;
     if (key && isDown) {

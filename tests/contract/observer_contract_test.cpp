@@ -77,7 +77,7 @@ TEST_F(ObserverContract, HearsOnlyNamesItAskedFor) {
   EXPECT_TRUE(ax.set(control("AXTextField", "Name"), "AXFocused", Value{true}));
   press();
   EXPECT_TRUE(waitUntil([&] { return status() == "Status: saved 1"; }));
-  clock.turn(300ms);
+  clock.runLoopFor(300ms);
 
   for (const std::string& name : journal->all()) {
     EXPECT_EQ(name, "AXValueChanged");
@@ -95,7 +95,7 @@ TEST_F(ObserverContract, HearsNothingOnceItEnded) {
   const std::size_t before = journal->all().size();
   press();
   EXPECT_TRUE(waitUntil([&] { return status() == "Status: saved 2"; }));
-  clock.turn(300ms);
+  clock.runLoopFor(300ms);
 
   EXPECT_EQ(journal->all().size(), before);
 }
@@ -106,12 +106,12 @@ TEST_F(ObserverContract, DoesNotHearAnotherProcess) {
       other->pid(), [heard = journal](std::string_view name) { heard->add(std::string(name)); });
   ASSERT_NE(observer, nullptr);
   subscribe(*observer, ax.application(other->pid(), kMessagingTimeout));
-  clock.turn(500ms);
+  clock.runLoopFor(500ms);
   const std::size_t before = journal->all().size();
 
   press();
   EXPECT_TRUE(waitUntil([&] { return status() == "Status: saved 1"; }));
-  clock.turn(300ms);
+  clock.runLoopFor(300ms);
 
   EXPECT_EQ(journal->all().size(), before);
 }
@@ -130,7 +130,7 @@ TEST_F(ObserverContract, SurvivesTheEndOfItsProcess) {
   subscribe(*observer, application());
   const Element app = application();
   target->end();
-  clock.turn(300ms);
+  clock.runLoopFor(300ms);
 
   const Instant begin = clock.now();
   observer->add(app, "AXValueChanged");

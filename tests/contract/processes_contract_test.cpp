@@ -54,7 +54,7 @@ TEST_F(ProcessesContract, TellSuccessOfAChild) {
 TEST_F(ProcessesContract, TerminateAChild) {
   const auto child = start(backend->running());
   ASSERT_NE(child, nullptr);
-  clock.turn(100ms);
+  clock.runLoopFor(100ms);
   EXPECT_TRUE(child->running());
   EXPECT_FALSE(child->exitStatus());
 

@@ -122,7 +122,7 @@ TEST_F(ReadTreeContract, TellsTheRootThoughTheDeadlineHasPassed) {
   if (scope != nullptr) {
     EXPECT_EQ(text(save, "AXTitle"), "");
     EXPECT_TRUE(scope->incomplete());
-    scope->askAgain();
+    scope->readLive();
   }
   EXPECT_EQ(text(save, "AXTitle"), "Save");
 }

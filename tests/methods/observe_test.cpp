@@ -1,6 +1,6 @@
 // One look at the target: tree, pixels and times of the same window, or a failure.
 
-#include "tests/observe/observation.h"
+#include "tests/support/observation.h"
 #include "tests/support/scene.h"
 
 namespace tarqo {

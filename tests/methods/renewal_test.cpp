@@ -1,6 +1,6 @@
 // Following a node from an earlier observation into a new one.
 
-#include "tests/observe/observation.h"
+#include "tests/support/observation.h"
 #include "tests/support/scene.h"
 
 namespace tarqo {

@@ -1,6 +1,6 @@
 // The ways in which a window's pixels are had: each with its time, in the order the system offers.
 
-#include "tests/observe/observation.h"
+#include "tests/support/observation.h"
 #include "tests/support/scene.h"
 
 namespace tarqo {

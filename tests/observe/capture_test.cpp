@@ -1,6 +1,6 @@
 // The pixels of the target window: which window, when it is waited for, when it is refused.
 
-#include "tests/observe/observation.h"
+#include "tests/support/observation.h"
 #include "tests/support/scene.h"
 
 namespace tarqo {

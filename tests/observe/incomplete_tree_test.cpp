@@ -1,6 +1,6 @@
 // What is told of a window, and of a menu bar, of which only a part could be read.
 
-#include "tests/observe/observation.h"
+#include "tests/support/observation.h"
 #include "tests/support/scene.h"
 
 namespace tarqo {

@@ -1,6 +1,6 @@
 // The menu bar as a flat list of commands.
 
-#include "tests/observe/observation.h"
+#include "tests/support/observation.h"
 #include "tests/support/scene.h"
 
 namespace tarqo {

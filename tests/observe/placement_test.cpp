@@ -1,6 +1,6 @@
 // Where the target window is shown, and whether anything lies over it.
 
-#include "tests/observe/observation.h"
+#include "tests/support/observation.h"
 #include "tests/support/scene.h"
 
 namespace tarqo {

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "observe/snapshot_id.h"
-#include "tests/observe/observation.h"
+#include "tests/support/observation.h"
 #include "tests/support/scene.h"
 
 namespace tarqo {

@@ -1,6 +1,6 @@
 // How much of a window's tree is walked, and what a slow, hung or dying application does to it.
 
-#include "tests/observe/observation.h"
+#include "tests/support/observation.h"
 #include "tests/support/scene.h"
 
 namespace tarqo {

@@ -54,8 +54,8 @@ std::optional<Value> ApplicationElement::attribute(const ObjectHandle& applicati
     return asValue(menuBar(application));
   }
   if (name == "AXFrontmost") {
-    const std::vector<LocatedWindow> windows = reader_.locator().windowsOf(application.pid);
-    return Value{std::ranges::any_of(windows, &LocatedWindow::active)};
+    const std::vector<x11::LocatedWindow> windows = reader_.locator().windowsOf(application.pid);
+    return Value{std::ranges::any_of(windows, &x11::LocatedWindow::active)};
   }
   if (name == "AXTitle") {
     for (const Registration& app :
@@ -199,7 +199,7 @@ std::optional<Value> ApplicationElement::windowAttribute(const ObjectHandle& win
   if (!top || !top->window) {
     return std::nullopt;
   }
-  const LocatedWindow& located = *top->window;
+  const x11::LocatedWindow& located = *top->window;
   if (name == "AXMinimized") {
     return Value{located.minimized};
   }

@@ -27,7 +27,7 @@ bool isMenuPart(const Properties& properties) {
          properties.is(Role::popupMenu);
 }
 
-bool hasSizeOf(const Rect& extents, const LocatedWindow& popup) {
+bool hasSizeOf(const Rect& extents, const x11::LocatedWindow& popup) {
   return extents.width == popup.client.width && extents.height == popup.client.height;
 }
 
@@ -35,7 +35,7 @@ bool hasSizeOf(const Rect& extents, const LocatedWindow& popup) {
 
 std::optional<Element> HitTest::elementAt(Point point) {
   reader_.beginCall();
-  const std::optional<LocatedWindow> window = reader_.locator().windowAt(point);
+  const std::optional<x11::LocatedWindow> window = reader_.locator().windowAt(point);
   if (!window || window->pid == 0) {
     return std::nullopt;
   }
@@ -54,7 +54,7 @@ std::optional<Element> HitTest::elementAt(Point point) {
 }
 
 /// The objects to start from: the window's own, or what shows itself in a popup.
-std::vector<ObjectHandle> HitTest::hitCandidates(const LocatedWindow& window, Point point) {
+std::vector<ObjectHandle> HitTest::hitCandidates(const x11::LocatedWindow& window, Point point) {
   std::vector<ObjectHandle> result;
   const std::vector<Toplevel> all = reader_.windowsOf(window.pid, kDefaultTimeout).toplevels;
   const auto partsOf = [&window](const Toplevel& toplevel) {
@@ -81,7 +81,7 @@ std::vector<ObjectHandle> HitTest::hitCandidates(const LocatedWindow& window, Po
 
 /// What shows in a popup that is no top-level object: an entry of an open menu (GTK 3, Qt), or the
 /// popover of its size (GTK 4).
-std::optional<Ref> HitTest::popupObject(const ObjectHandle& top, const LocatedWindow& popup,
+std::optional<Ref> HitTest::popupObject(const ObjectHandle& top, const x11::LocatedWindow& popup,
                                         Point point) {
   const Toolkit toolkit = reader_.toolkitOf(top);
   const bool bySize = toolkit == Toolkit::gtk4;
@@ -102,7 +102,7 @@ std::optional<Ref> HitTest::popupObject(const ObjectHandle& top, const LocatedWi
   return std::nullopt;
 }
 
-std::optional<Ref> HitTest::shownInPopup(const ObjectHandle& start, const LocatedWindow& popup,
+std::optional<Ref> HitTest::shownInPopup(const ObjectHandle& start, const x11::LocatedWindow& popup,
                                          Point point) {
   const Toolkit toolkit = reader_.toolkitOf(start);
   const bool bySize = toolkit == Toolkit::gtk4;

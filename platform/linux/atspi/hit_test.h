@@ -25,11 +25,12 @@ class HitTest {
   [[nodiscard]] std::optional<Element> elementAt(Point point);
 
  private:
-  [[nodiscard]] std::vector<ObjectHandle> hitCandidates(const LocatedWindow& window, Point point);
-  [[nodiscard]] std::optional<Ref> popupObject(const ObjectHandle& top, const LocatedWindow& popup,
-                                               Point point);
+  [[nodiscard]] std::vector<ObjectHandle> hitCandidates(const x11::LocatedWindow& window,
+                                                        Point point);
+  [[nodiscard]] std::optional<Ref> popupObject(const ObjectHandle& top,
+                                               const x11::LocatedWindow& popup, Point point);
   [[nodiscard]] std::optional<Ref> shownInPopup(const ObjectHandle& start,
-                                                const LocatedWindow& popup, Point point);
+                                                const x11::LocatedWindow& popup, Point point);
   [[nodiscard]] std::optional<Ref> confirmedAt(const ObjectHandle& start, Point point);
   [[nodiscard]] bool liesAt(const ObjectHandle& start, const Ref& ref, Point point);
   [[nodiscard]] std::optional<Ref> deepestAt(const ObjectHandle& start, Point point);

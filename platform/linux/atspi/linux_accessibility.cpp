@@ -4,7 +4,7 @@
 
 namespace tarqo::lnx::atspi {
 
-LinuxAccessibility::LinuxAccessibility(WindowLocator& locator, Notifications& notifications,
+LinuxAccessibility::LinuxAccessibility(x11::WindowLocator& locator, Notifications& notifications,
                                        Clock& clock, InputEvents* keyboard)
     : notifications_(notifications),
       bus_(clock),

@@ -32,7 +32,7 @@ class LinuxAccessibility final : public Accessibility {
  public:
   /// All are kept and outlive this. Chromium takes text from the keyboard alone, so without one the
   /// values of its fields cannot be set.
-  LinuxAccessibility(WindowLocator& locator, Notifications& notifications, Clock& clock,
+  LinuxAccessibility(x11::WindowLocator& locator, Notifications& notifications, Clock& clock,
                      InputEvents* keyboard = nullptr);
 
   Element application(Pid pid, Duration messagingTimeout) override;

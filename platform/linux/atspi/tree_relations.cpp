@@ -72,7 +72,7 @@ std::optional<Point> TreeRelations::offsetOf(const ObjectHandle& object) {
   for (int depth = 0; depth < kMaxAncestors && !windows.popups.empty(); ++depth) {
     const PropertiesPtr properties = reader_.read(at, Property::extents | Property::parent);
     const std::optional<Rect> extents = properties ? plausible(properties->extents) : std::nullopt;
-    const LocatedWindow* popup = extents ? popupOfSize(windows, *extents) : nullptr;
+    const x11::LocatedWindow* popup = extents ? popupOfSize(windows, *extents) : nullptr;
     if (popup != nullptr) {
       return Point{popup->client.x - extents->x, popup->client.y - extents->y};
     }

@@ -71,9 +71,3 @@ class DisplayWindowLocator final : public WindowLocator {
 };
 
 }  // namespace tarqo::lnx::x11
-
-namespace tarqo::lnx {
-using x11::Insets;
-using x11::LocatedWindow;
-using x11::WindowLocator;
-}  // namespace tarqo::lnx

@@ -13,7 +13,7 @@ TEST(LinuxClock, WaitsForABodyNoLongerThanItTakes) {
   LinuxClock clock;
   const Instant begin = clock.now();
   clock.background([] {});
-  clock.turnWhileBusy(10s);
+  clock.runLoopUntilTaskDone(10s);
   EXPECT_LT(clock.now() - begin, 5s);
 }
 
@@ -21,9 +21,9 @@ TEST(LinuxClock, WaitsItsWholeTimeWhereNoBodyReturns) {
   LinuxClock clock;
   clock.background([&clock] { clock.sleep(200ms); });
   const Instant begin = clock.now();
-  clock.turnWhileBusy(20ms);
+  clock.runLoopUntilTaskDone(20ms);
   EXPECT_GE(clock.now() - begin, 20ms);
-  clock.turnWhileBusy(10s);
+  clock.runLoopUntilTaskDone(10s);
   EXPECT_LT(clock.now() - begin, 5s);
 }
 
@@ -31,7 +31,7 @@ TEST(LinuxClock, NoticesABodyThatThrew) {
   LinuxClock clock;
   const Instant begin = clock.now();
   clock.background([] { throw 1; });
-  clock.turnWhileBusy(10s);
+  clock.runLoopUntilTaskDone(10s);
   EXPECT_LT(clock.now() - begin, 5s);
 }
 

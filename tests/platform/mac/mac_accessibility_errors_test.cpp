@@ -16,7 +16,7 @@ class Clockless final : public Clock {
   Instant now() override { return Instant{}; }
   WallTime wall() override { return {}; }
   void sleep(Duration /*duration*/) override {}
-  void turn(Duration /*slice*/) override {}
+  void runLoopFor(Duration /*slice*/) override {}
   void background(std::function<void()> body) override { body(); }
 };
 

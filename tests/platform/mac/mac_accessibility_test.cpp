@@ -22,7 +22,7 @@ class StoppedClock final : public Clock {
   Instant now() override { return time; }
   WallTime wall() override { return {}; }
   void sleep(Duration duration) override { time += duration; }
-  void turn(Duration slice) override { time += slice; }
+  void runLoopFor(Duration slice) override { time += slice; }
   void background(std::function<void()> body) override { body(); }
 };
 

@@ -69,7 +69,7 @@ TEST_F(SimCapture, LeavesABackgroundBodyHanging) {
     *done = !desktop.clock().stopped();
   });
 
-  desktop.clock().turn(10s);
+  desktop.clock().runLoopFor(10s);
 
   EXPECT_FALSE(*done);
   EXPECT_EQ(desktop.clock().elapsed(), 10s);
@@ -83,9 +83,9 @@ TEST_F(SimCapture, CompletesABackgroundBodyAtItsTime) {
     doneAt = desktop.clock().elapsed();
   });
 
-  desktop.clock().turn(1s);
+  desktop.clock().runLoopFor(1s);
   EXPECT_EQ(doneAt, 0s);
-  desktop.clock().turn(1s);
+  desktop.clock().runLoopFor(1s);
   EXPECT_EQ(doneAt, 1900ms);
 }
 

@@ -34,7 +34,7 @@ TEST(SimClock, MovesByExactlyTheWait) {
   const WallTime wall = clock.wall();
 
   clock.sleep(8s);
-  clock.turn(20ms);
+  clock.runLoopFor(20ms);
 
   EXPECT_EQ(clock.now() - begin, 8020ms);
   EXPECT_EQ(clock.wall() - wall, 8020ms);
@@ -70,7 +70,7 @@ TEST(SimClock, RunsDeedsAtTheirInstantInOrder) {
 
   clock.sleep(20ms);
   EXPECT_EQ(seen, (Lines{"10 first", "10 second"}));
-  clock.turn(10ms);
+  clock.runLoopFor(10ms);
   EXPECT_EQ(seen.back(), "30 third");
 }
 
@@ -80,7 +80,7 @@ TEST(SimClock, RunsNothingBeforeSomebodyWaits) {
   clock.after(0ms, [&] { ran = true; });
 
   EXPECT_FALSE(ran);
-  clock.turn(0ms);
+  clock.runLoopFor(0ms);
   EXPECT_TRUE(ran);
 }
 
@@ -129,7 +129,7 @@ TEST(SimBackground, StartsWhenSomebodyWaits) {
   clock.background([&] { ran = true; });
 
   EXPECT_FALSE(ran);
-  clock.turn(0ms);
+  clock.runLoopFor(0ms);
   EXPECT_TRUE(ran);
 }
 
@@ -137,7 +137,7 @@ TEST(SimBackground, HasAThreadOfItsOwn) {
   VirtualClock clock;
   std::thread::id id;
   clock.background([&] { id = std::this_thread::get_id(); });
-  clock.turn(1ms);
+  clock.runLoopFor(1ms);
 
   EXPECT_NE(id, std::thread::id());
   EXPECT_NE(id, std::this_thread::get_id());
@@ -151,10 +151,10 @@ TEST(SimBackground, DoesNotHoldUpWhoeverWaits) {
     seen.push_back(at(clock, "done"));
   });
 
-  clock.turn(2s);
+  clock.runLoopFor(2s);
   EXPECT_EQ(seen, Lines{});
   EXPECT_EQ(clock.elapsed(), 2s);
-  clock.turn(2s);
+  clock.runLoopFor(2s);
   EXPECT_EQ(seen, Lines{"3000 done"});
 }
 
@@ -221,7 +221,7 @@ TEST(SimBackground, ReleasesWhatABodyOwnedWhenItEnds) {
   VirtualClock clock;
   const auto owned = std::make_shared<int>(1);
   clock.background([owned] {});
-  clock.turn(1ms);
+  clock.runLoopFor(1ms);
 
   EXPECT_EQ(owned.use_count(), 1);
 }

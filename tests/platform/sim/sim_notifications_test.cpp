@@ -28,7 +28,7 @@ TEST_F(SimNotifications, AreDeliveredAtTheirInstantWhoeverWaits) {
   save.announce("AXValueChanged", 50ms);
   save.announce("AXValueChanged", 150ms);
 
-  desktop.clock().turn(100ms);
+  desktop.clock().runLoopFor(100ms);
   desktop.clock().sleep(100ms);
 
   EXPECT_EQ(heard, (Lines{"50 AXValueChanged", "150 AXValueChanged"}));

@@ -103,7 +103,7 @@ TEST_F(SimReadAhead, AsksAgainForWhatWasNotRead) {
   ax.silentAfter = 1;
   const auto scope = ax.readTree(window.element(), {in(4s), 1000});
   window.title("Changed");
-  scope->askAgain();
+  scope->readLive();
 
   EXPECT_TRUE(scope->incomplete());
   EXPECT_EQ(titleOf(window.element()), "Draft");

@@ -16,25 +16,26 @@ constexpr auto kSilenceRest = std::chrono::milliseconds(500);
 
 /// Puts objects in the order of their windows.
 ApplicationWindows inOrder(std::vector<Toplevel> toplevels,
-                           const std::vector<LocatedWindow>& windows) {
+                           const std::vector<x11::LocatedWindow>& windows) {
   const auto rank = [&windows](const Toplevel& toplevel) {
     if (!toplevel.window) {
       return windows.size();
     }
-    const auto found = std::ranges::find(windows, toplevel.window->number, &LocatedWindow::number);
+    const auto found =
+        std::ranges::find(windows, toplevel.window->number, &x11::LocatedWindow::number);
     return static_cast<std::size_t>(found - windows.begin());
   };
   std::ranges::stable_sort(toplevels, {}, rank);
   ApplicationWindows result{std::move(toplevels), {}};
   std::ranges::copy_if(windows, std::back_inserter(result.popups),
-                       &LocatedWindow::overrideRedirect);
+                       &x11::LocatedWindow::overrideRedirect);
   return result;
 }
 
 /// The window among these that receives keystrokes; 0 when another or no window does.
-WindowNumber keyboardWindowAmong(const std::vector<LocatedWindow>& windows,
+WindowNumber keyboardWindowAmong(const std::vector<x11::LocatedWindow>& windows,
                                  const std::vector<WindowNumber>& numbers) {
-  const auto active = std::ranges::find(windows, true, &LocatedWindow::active);
+  const auto active = std::ranges::find(windows, true, &x11::LocatedWindow::active);
   const bool isAmong =
       active != windows.end() && std::ranges::find(numbers, active->number) != numbers.end();
   return isAmong ? active->number : 0;
@@ -56,7 +57,7 @@ class Reader::Scope final : public TreeRead {
   }
 
   [[nodiscard]] bool incomplete() const override { return readAhead_->ended(); }
-  void askAgain() override { readAhead_->readLive(); }
+  void readLive() override { readAhead_->readLive(); }
 
  private:
   Reader& reader_;
@@ -208,11 +209,11 @@ const ApplicationWindows& Reader::windowsOf(Pid pid, Duration patience) {
 /// and that is remembered.
 ApplicationWindows Reader::paired(Pid pid, const std::vector<Toplevel>& toplevels,
                                   Duration patience) {
-  const std::vector<LocatedWindow> windows = locator_.windowsOf(pid);
+  const std::vector<x11::LocatedWindow> windows = locator_.windowsOf(pid);
   std::vector<ProvenPair>& proven = proven_[pid];
   std::erase_if(proven, [&](const ProvenPair& pair) {
     return std::ranges::find(toplevels, pair.ref, &Toplevel::ref) == toplevels.end() ||
-           std::ranges::find(windows, pair.window, &LocatedWindow::number) == windows.end();
+           std::ranges::find(windows, pair.window, &x11::LocatedWindow::number) == windows.end();
   });
   std::vector<Toplevel> matched = toplevels;
   for (const Twins& twins : pairWithWindows(matched, windows, proven)) {

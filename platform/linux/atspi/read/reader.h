@@ -26,7 +26,7 @@ using PropertiesPtr = std::shared_ptr<const Properties>;
 class Reader {
  public:
   /// Both are kept and outlive this.
-  Reader(Bus& bus, WindowLocator& locator) : bus_(bus), registry_(bus), locator_(locator) {}
+  Reader(Bus& bus, x11::WindowLocator& locator) : bus_(bus), registry_(bus), locator_(locator) {}
 
   /// What an object reports; null when it is gone, does not answer, or was not read before the
   /// reading ahead of this scope ended.
@@ -59,7 +59,7 @@ class Reader {
 
   [[nodiscard]] Bus& bus() { return bus_; }
   [[nodiscard]] Registry& registry() { return registry_; }
-  [[nodiscard]] WindowLocator& locator() { return locator_; }
+  [[nodiscard]] x11::WindowLocator& locator() { return locator_; }
   [[nodiscard]] Clock& clock() { return bus_.clock(); }
 
   /// Forgets what holds only for the length of one call of the service: where the windows are.
@@ -86,7 +86,7 @@ class Reader {
 
   Bus& bus_;
   Registry registry_;
-  WindowLocator& locator_;
+  x11::WindowLocator& locator_;
   std::shared_ptr<ReadAhead> readAhead_;
   std::unordered_map<Pid, Backoff> silent_;               ///< Who failed to answer.
   std::unordered_map<Pid, std::vector<Toplevel>> known_;  ///< As last reported, without windows.

@@ -34,18 +34,18 @@ double distance(const Rect& a, const Rect& b, bool sizeOnly) {
   return std::max({size, std::abs(a.x - b.x), std::abs(a.y - b.y)});
 }
 
-Rect withoutShadow(const LocatedWindow& window) {
+Rect withoutShadow(const x11::LocatedWindow& window) {
   if (!window.shadow) {
     return window.client;
   }
-  const Insets& shadow = *window.shadow;
+  const x11::Insets& shadow = *window.shadow;
   return {window.client.x + shadow.left, window.client.y + shadow.top,
           window.client.width - shadow.left - shadow.right,
           window.client.height - shadow.top - shadow.bottom};
 }
 
 /// Toolkits report a top-level object with or without its decorations and shadows.
-double resemblance(const Toplevel& toplevel, const LocatedWindow& window) {
+double resemblance(const Toplevel& toplevel, const x11::LocatedWindow& window) {
   const std::optional<Rect> extents = plausible(toplevel.properties->extents);
   if (!extents) {
     return kPlaceUnknown;
@@ -58,7 +58,7 @@ double resemblance(const Toplevel& toplevel, const LocatedWindow& window) {
 
 /// All pairs that may be, the likeliest first.
 std::vector<Pair> possiblePairs(const std::vector<Toplevel>& toplevels,
-                                const std::vector<LocatedWindow>& windows) {
+                                const std::vector<x11::LocatedWindow>& windows) {
   std::vector<Pair> pairs;
   for (std::size_t t = 0; t < toplevels.size(); ++t) {
     for (std::size_t w = 0; w < windows.size(); ++w) {
@@ -82,7 +82,7 @@ std::vector<Pair> possiblePairs(const std::vector<Toplevel>& toplevels,
 /// Gives windows to objects, the likeliest pair first.
 class Matching {
  public:
-  Matching(std::vector<Toplevel>& toplevels, const std::vector<LocatedWindow>& windows)
+  Matching(std::vector<Toplevel>& toplevels, const std::vector<x11::LocatedWindow>& windows)
       : toplevels_(toplevels),
         windows_(windows),
         pairs_(possiblePairs(toplevels, windows)),
@@ -91,7 +91,7 @@ class Matching {
 
   void take(const ProvenPair& proven) {
     const auto toplevel = std::ranges::find(toplevels_, proven.ref, &Toplevel::ref);
-    const auto window = std::ranges::find(windows_, proven.window, &LocatedWindow::number);
+    const auto window = std::ranges::find(windows_, proven.window, &x11::LocatedWindow::number);
     if (toplevel != toplevels_.end() && window != windows_.end()) {
       assign(static_cast<std::size_t>(toplevel - toplevels_.begin()),
              static_cast<std::size_t>(window - windows_.begin()));
@@ -164,7 +164,7 @@ class Matching {
   }
 
   std::vector<Toplevel>& toplevels_;
-  const std::vector<LocatedWindow>& windows_;
+  const std::vector<x11::LocatedWindow>& windows_;
   std::vector<Pair> pairs_;
   std::vector<bool> settledToplevels_;  ///< Has its window, or is a twin.
   std::vector<bool> settledWindows_;
@@ -173,7 +173,7 @@ class Matching {
 }  // namespace
 
 std::vector<Twins> matchWindows(std::vector<Toplevel>& toplevels,
-                                const std::vector<LocatedWindow>& windows,
+                                const std::vector<x11::LocatedWindow>& windows,
                                 const std::vector<ProvenPair>& proven) {
   Matching matching(toplevels, windows);
   for (const ProvenPair& pair : proven) {
@@ -183,7 +183,7 @@ std::vector<Twins> matchWindows(std::vector<Toplevel>& toplevels,
 }
 
 std::vector<Twins> pairWithWindows(std::vector<Toplevel>& toplevels,
-                                   const std::vector<LocatedWindow>& windows,
+                                   const std::vector<x11::LocatedWindow>& windows,
                                    const std::vector<ProvenPair>& proven) {
   const auto others = std::stable_partition(
       toplevels.begin(), toplevels.end(),
@@ -191,8 +191,8 @@ std::vector<Twins> pairWithWindows(std::vector<Toplevel>& toplevels,
   std::vector<Toplevel> plain(others, toplevels.end());
   toplevels.erase(others, toplevels.end());
   std::vector<Twins> twins = matchWindows(toplevels, windows, proven);
-  std::vector<LocatedWindow> left;
-  std::ranges::copy_if(windows, std::back_inserter(left), [&](const LocatedWindow& window) {
+  std::vector<x11::LocatedWindow> left;
+  std::ranges::copy_if(windows, std::back_inserter(left), [&](const x11::LocatedWindow& window) {
     const auto isIts = [&window](const Toplevel& toplevel) {
       return toplevel.window && toplevel.window->number == window.number;
     };
@@ -208,8 +208,8 @@ std::vector<Twins> pairWithWindows(std::vector<Toplevel>& toplevels,
   return twins;
 }
 
-const LocatedWindow* popupOfSize(const ApplicationWindows& windows, const Rect& extents) {
-  for (const LocatedWindow& popup : windows.popups) {
+const x11::LocatedWindow* popupOfSize(const ApplicationWindows& windows, const Rect& extents) {
+  for (const x11::LocatedWindow& popup : windows.popups) {
     if (distance(extents, popup.client, true) < 1) {
       return &popup;
     }
@@ -222,7 +222,7 @@ Point screenOffset(const Toplevel& toplevel) {
   if (toplevel.toolkit != Toolkit::gtk4 || !toplevel.window) {
     return {};
   }
-  const LocatedWindow& window = *toplevel.window;
+  const x11::LocatedWindow& window = *toplevel.window;
   if (window.shadow) {
     return {window.client.x + window.shadow->left, window.client.y + window.shadow->top};
   }

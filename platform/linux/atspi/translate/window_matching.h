@@ -16,13 +16,13 @@ struct Toplevel {
   Ref ref;
   Toolkit toolkit = Toolkit::other;
   std::shared_ptr<const Properties> properties;  ///< Kind, name, parent and extents.
-  std::optional<LocatedWindow> window;
+  std::optional<x11::LocatedWindow> window;
 };
 
 /// What is known of an application's windows at one moment.
 struct ApplicationWindows {
-  std::vector<Toplevel> toplevels;    ///< Those with a window first, front to back.
-  std::vector<LocatedWindow> popups;  ///< Windows that no manager handles, front to back.
+  std::vector<Toplevel> toplevels;         ///< Those with a window first, front to back.
+  std::vector<x11::LocatedWindow> popups;  ///< Windows that no manager handles, front to back.
 };
 
 /// An object and its window, known by more than their looks.
@@ -42,14 +42,14 @@ struct Twins {
 /// two objects. Proven pairs come first. Twins get no window and are returned: their looks do not
 /// show which of them is which.
 std::vector<Twins> matchWindows(std::vector<Toplevel>& toplevels,
-                                const std::vector<LocatedWindow>& windows,
+                                const std::vector<x11::LocatedWindow>& windows,
                                 const std::vector<ProvenPair>& proven = {});
 
 /// The same for all top-level objects of an application. Keeps only those that have the role of a
 /// window or are paired with a managed window: Qt registers tips and the like there, and a plain
 /// widget that is a window has no role of its own in Qt.
 std::vector<Twins> pairWithWindows(std::vector<Toplevel>& toplevels,
-                                   const std::vector<LocatedWindow>& windows,
+                                   const std::vector<x11::LocatedWindow>& windows,
                                    const std::vector<ProvenPair>& proven = {});
 
 /// How far the coordinates reported by an object below `toplevel` are from the screen's.
@@ -57,7 +57,7 @@ std::vector<Twins> pairWithWindows(std::vector<Toplevel>& toplevels,
 
 /// The popup that an object is drawn in, found by its size: GTK 4 makes a window for every popover
 /// and reports places in it relative to its opener. Null when no popup has that size.
-[[nodiscard]] const LocatedWindow* popupOfSize(const ApplicationWindows& windows,
-                                               const Rect& extents);
+[[nodiscard]] const x11::LocatedWindow* popupOfSize(const ApplicationWindows& windows,
+                                                    const Rect& extents);
 
 }  // namespace tarqo::lnx::atspi

@@ -21,10 +21,10 @@ namespace {
 
 using namespace std::chrono_literals;
 
-class NoWindows final : public WindowLocator {
+class NoWindows final : public x11::WindowLocator {
  public:
-  std::vector<LocatedWindow> windowsOf(Pid) override { return {}; }
-  std::optional<LocatedWindow> windowAt(Point) override { return std::nullopt; }
+  std::vector<x11::LocatedWindow> windowsOf(Pid) override { return {}; }
+  std::optional<x11::LocatedWindow> windowAt(Point) override { return std::nullopt; }
   bool raise(WindowNumber) override { return false; }
   bool awaitEventsHandled(WindowNumber, Duration) override { return false; }
   bool setMinimized(WindowNumber, bool) override { return false; }

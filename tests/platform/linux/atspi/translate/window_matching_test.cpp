@@ -27,8 +27,8 @@ Toplevel object(const std::string& path, const std::string& name, std::optional<
   return {refOf(path), toolkit, std::move(properties), std::nullopt};
 }
 
-LocatedWindow xWindow(WindowNumber number, const std::string& title, const Rect& place) {
-  LocatedWindow window;
+x11::LocatedWindow xWindow(WindowNumber number, const std::string& title, const Rect& place) {
+  x11::LocatedWindow window;
   window.number = number;
   window.title = title;
   window.client = place;
@@ -90,8 +90,8 @@ TEST(AtspiTwins, AProofOfOneTwinSettlesTheOther) {
 TEST(AtspiTwins, AProofOfOneOfThreeLeavesTheOthersOpen) {
   std::vector<Toplevel> objects{object("/1", "Same", kHere), object("/2", "Same", kHere),
                                 object("/3", "Same", kHere)};
-  const std::vector<LocatedWindow> windows{xWindow(30, "Same", kHere), xWindow(20, "Same", kHere),
-                                           xWindow(10, "Same", kHere)};
+  const std::vector<x11::LocatedWindow> windows{
+      xWindow(30, "Same", kHere), xWindow(20, "Same", kHere), xWindow(10, "Same", kHere)};
   EXPECT_EQ(matchWindows(objects, windows, {{refOf("/2"), 30}}).size(), 1U);
   EXPECT_EQ(numbersOf(objects), (Numbers{0, 30, 0}));
 }

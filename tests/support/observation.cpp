@@ -1,4 +1,4 @@
-#include "tests/observe/observation.h"
+#include "tests/support/observation.h"
 
 #include <gtest/gtest.h>
 
