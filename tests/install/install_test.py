@@ -58,7 +58,7 @@ class Installed(unittest.TestCase):
 class Install(Installed):
     def test_puts_the_helper_its_page_and_its_documents_and_nothing_else(self):
         expected = ["bin/tarqo-ax", "share/man/man1/tarqo-ax.1"]
-        documents = ["README.md", "CHANGELOG.md", "script/lib/tarqo_client.py"]
+        documents = ["README.md", "CHANGELOG.md", "CONTRIBUTING.md", "script/lib/tarqo_client.py"]
         documents += [name for name in ("LICENSE",) if os.path.exists(os.path.join(SOURCE, name))]
         documents += [os.path.relpath(path, SOURCE) for kind in ("md", "svg")
                       for path in glob.glob(os.path.join(SOURCE, "docs", "*." + kind))]
