@@ -8,7 +8,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr const char* kExpired =
+constexpr const char* kExpiredNode =
     "stale_snapshot: This node reference expired. Observe and select a current node.";
 constexpr const char* kElementChanged =
     "stale_target: The original target element changed or disappeared. Observe and select it "
@@ -68,14 +68,14 @@ TEST_F(Renewal, IsNotToldWhenNothingIsFollowed) {
 // Expired.
 
 TEST_F(Renewal, OfAnUnknownIdIsRefused) {
-  EXPECT_EQ(renewalFailure("unknown"), kExpired);
-  EXPECT_EQ(renewalFailure(""), kExpired);
+  EXPECT_EQ(renewalFailure("unknown"), kExpiredNode);
+  EXPECT_EQ(renewalFailure(""), kExpiredNode);
 }
 
 TEST_F(Renewal, OfANodeExactlySixtySecondsOldIsRefused) {
   const std::string id = idOf("Save");
   desktop.run(60s);
-  EXPECT_EQ(renewalFailure(id), kExpired);
+  EXPECT_EQ(renewalFailure(id), kExpiredNode);
 }
 
 TEST_F(Renewal, OfANodeJustUnderSixtySecondsOldSucceeds) {
@@ -92,7 +92,7 @@ TEST_F(Renewal, DoesNotAgeByTheCalendar) {
 
 TEST_F(Renewal, ThatIsRefusedAsExpiredLeavesTheNodesUsable) {
   const std::string id = idOf("Save");
-  EXPECT_EQ(renewalFailure("unknown"), kExpired);
+  EXPECT_EQ(renewalFailure("unknown"), kExpiredNode);
   EXPECT_EQ(result("click", {{"nodeId", id}}).at("method"), "accessibility");
 }
 
