@@ -1,10 +1,7 @@
 // The "observe" method: the agent's one look at the target, with tree, pixels and times of the same
 // window.
 
-#include <cmath>
-
 #include "ax/attribute_access.h"
-#include "ax/description.h"
 #include "base/base64.h"
 #include "base/failure.h"
 #include "methods/methods.h"
@@ -13,8 +10,6 @@
 
 namespace tarqo::methods {
 namespace {
-
-constexpr double kSameTextDistance = 12;
 
 struct ObserveArguments {
   bool image;
@@ -48,29 +43,6 @@ Json omissions(bool withImage, bool truncated) {
     list.push_back("The UI tree was truncated by the configured observation budget.");
   }
   return list;
-}
-
-double distance(Point a, Point b) { return std::hypot(a.x - b.x, a.y - b.y); }
-
-// The id that `previous` has among the nodes just read.
-std::string renewedNodeId(Accessibility& ax, const NodeTable& nodes, const StoredNode& previous) {
-  if (previous.box) {
-    for (const auto& [id, stored] : nodes.entries()) {
-      if (stored.box && stored.name == previous.name &&
-          distance(stored.box->center(), previous.box->center()) <= kSameTextDistance) {
-        return id;
-      }
-    }
-    fail(failures::kTextMoved);
-  }
-  if (isDescribedBy(previous, describe(ax, previous.element))) {
-    for (const auto& [id, stored] : nodes.entries()) {
-      if (stored.element == previous.element) {
-        return id;
-      }
-    }
-  }
-  fail(failures::kElementChanged);
 }
 
 Json recognitionJson(const Recognition& recognition) {
@@ -177,7 +149,7 @@ Json observe(Session& session, const Json& args) {
   try {
     if (previous) {
       result["renewedNodeId"] =
-          renewedNodeId(session.platform.accessibility, snapshot.table, *previous);
+          renewedNodeId(session.platform.accessibility, *previous, snapshot.table);
     }
     addImage(session, snapshot, wanted.image, result);
     result["omissions"] = omissions(wanted.image, snapshot.truncated);

@@ -1,29 +1,6 @@
 #include "session/listener.h"
 
-#include <algorithm>
-#include <string>
-
 namespace tarqo {
-namespace {
-
-using namespace std::chrono_literals;
-
-constexpr Duration kAnswerLimit = 350ms;
-constexpr Duration kPollSlice = 20ms;
-
-// Bringing an application forward causes these, whether or not the press had an effect.
-constexpr std::array<std::string_view, 2> kAnswerNeutral{"AXFocusedUIElementChanged",
-                                                         "AXApplicationActivated"};
-
-bool isAnswer(const std::string& name) {
-  return std::find(kAnswerNeutral.begin(), kAnswerNeutral.end(), name) == kAnswerNeutral.end();
-}
-
-bool anyAnswer(const Journal::Heard& heard) {
-  return std::any_of(heard.names.begin(), heard.names.end(), isAnswer);
-}
-
-}  // namespace
 
 void Listener::listen(Pid pid, const Element& app) {
   Clock& clock = platform_.clock;
@@ -47,21 +24,6 @@ Performed Listener::perform(const Element& element, std::string_view action) {
     journal_.note(kActionAcknowledged, platform_.clock.now());
   }
   return performed;
-}
-
-bool Listener::pressAnswered(Instant since) {
-  if (!observer_) {
-    return true;  // Nobody listened, so nothing can be said against the press.
-  }
-  Clock& clock = platform_.clock;
-  const Instant deadline = since + kAnswerLimit;
-  while (clock.now() < deadline) {
-    if (anyAnswer(heardSince(since))) {
-      return true;
-    }
-    clock.sleep(kPollSlice);
-  }
-  return anyAnswer(heardSince(since));
 }
 
 }  // namespace tarqo

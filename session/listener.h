@@ -54,10 +54,6 @@ class Listener {
   /// Performs an action, and notes an acknowledgement of it.
   Performed perform(const Element& element, std::string_view action);
 
-  /// Whether anything heard after `since` shows that a press had an effect; true when nobody
-  /// listens. Waits until 350 ms after `since`, less when something answers.
-  bool pressAnswered(Instant since);
-
  private:
   const Platform& platform_;
   Journal journal_;

@@ -1,4 +1,4 @@
-// The elements of the last observation, by node id.
+// The elements of an observation, by node id, and how a node is found again in the next one.
 #pragma once
 
 #include <optional>
@@ -46,5 +46,10 @@ class NodeTable {
   std::vector<Entry> entries_;
   std::unordered_map<std::string, std::size_t> index_;
 };
+
+/// The id that a node of an earlier observation has in this one: the same element, unchanged, or
+/// the same text at the same place. One or two round trips for an element. Throws "stale_target".
+[[nodiscard]] std::string renewedNodeId(Accessibility& accessibility, const StoredNode& previous,
+                                        const NodeTable& nodes);
 
 }  // namespace tarqo
