@@ -45,6 +45,8 @@ class Target {
   [[nodiscard]] const std::optional<std::string>& boundSite() const { return boundSite_; }
   void setBoundSite(std::optional<std::string> site) { boundSite_ = std::move(site); }
 
+  // The windows; only once an application is bound, which `requireApp` proves.
+
   /// The windows that show the bound site; empty without one.
   std::vector<Element> siteWindows();
   /// The window to observe: the focused one, else the main one, else the first with a frame; only
