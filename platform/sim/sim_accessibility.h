@@ -25,7 +25,7 @@ class AccessibilityService final : public Accessibility {
   /// nothing ahead.
   bool readsAhead = false;
   /// Of each tree read ahead, that many elements are read, in the order of the walk; then the
-  /// target falls silent until the end of the read. None: all are read.
+  /// target falls silent until the end of the read. Null: all are read.
   std::optional<std::size_t> silentAfter;
   bool hitTestFails = false;
   void hitTest(Point point, Node* result);  ///< At exactly that point; null: the test fails there.

@@ -48,7 +48,7 @@ struct AppFacts {
   ActivationPolicy policy = ActivationPolicy::regular;
   bool hidden = false;
   bool unhides = true;
-  /// How long it takes to come to the front when asked; none when it never does.
+  /// How long it takes to come to the front when asked; null when it never does.
   std::optional<Duration> comesToFront = Duration::zero();
 
   Duration eachCallTakes{};  ///< Every accessibility call costs that much.

@@ -33,7 +33,7 @@ class ScreenCaptureService final : public ScreenCapture {
   void shareableWindows(ShareableWindowsCompletion completion) override;
   void displayRegion(const Screen& screen, const Rect& region, ImageCompletion completion) override;
 
-  /// The pixels of a window, free of faults; none for a window without bounds.
+  /// The pixels of a window, free of faults; null for a window without bounds.
   [[nodiscard]] std::optional<Image> render(const ServerWindow& window, double scale) const;
   /// The pixels of an area of the screen, with all windows in it.
   [[nodiscard]] Image renderArea(const Rect& area, double scale) const;

@@ -79,7 +79,7 @@ class Reply {
  public:
   [[nodiscard]] static Reply now() { return {Kind::answer, Duration::zero()}; }
   [[nodiscard]] static Reply after(Duration delay) { return {Kind::answer, delay}; }
-  /// An answer without content: none, or an error where the service has one.
+  /// An answer without content: null, or an error where the service has one.
   [[nodiscard]] static Reply nothing(Duration delay = {}) { return {Kind::nothing, delay}; }
   [[nodiscard]] static Reply never() { return {Kind::never, Duration::zero()}; }
 

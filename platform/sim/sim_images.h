@@ -27,7 +27,7 @@ class Pixels final : public PixelData {
 /// Paints the part of `area` (pixels) that lies inside the image.
 void paint(png::Bgrx& image, const Rect& area, Colour colour);
 [[nodiscard]] Image imageOf(png::Bgrx pixels);
-/// The colour of a pixel; none outside the image and for an image of another backend.
+/// The colour of a pixel; null outside the image and for an image of another backend.
 [[nodiscard]] std::optional<Colour> pixelAt(const Image& image, int x, int y);
 
 class ImagesService final : public Images {

@@ -64,7 +64,8 @@ class InputEventsService final : public InputEvents {
   /// what happens on the desktop between the helper's last look and its event.
   std::function<void(const InputEvent&)> beforePost;
 
-  /// The process that gets all keystrokes, or all the pointer's events, until it is none again.
+  /// The process that gets all keystrokes, or all the pointer's events; null while nobody has
+  /// grabbed them.
   void grabKeyboard(std::optional<Pid> owner) { world_.keyboardGrab = owner; }
   void grabPointer(std::optional<Pid> owner) { world_.pointerGrab = owner; }
 

@@ -44,7 +44,7 @@ struct World {
   [[nodiscard]] App* appOf(Pid pid) const;
   [[nodiscard]] App* appOf(const ApplicationId& id) const;
 
-  /// The process that keystrokes go to; none when nobody gets them.
+  /// The process that keystrokes go to; null when nobody gets them.
   [[nodiscard]] std::optional<Pid> keyReceiver() const;
 
   /// Calls the listeners of `app` now: those of the whole application, and those of the element.

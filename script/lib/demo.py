@@ -24,7 +24,7 @@ MAC_KEYS = {"7": (3, 3), "×": (3, 0), "6": (2, 1), "=": (0, 0)}
 
 VIEWER = "org.gnome.eog"
 VIEWER_PROGRAM = "eog"
-# Drawn as a picture, so that no accessibility tree tells a word of it.
+# Drawn as a picture, so that no accessibility tree holds a word of it.
 PICTURE_LINES = [
     ("DejaVu Sans", 24, "Server room on the second floor"),
     ("DejaVu Sans", 15, "Temperature is 21 degrees and all four fans are running."),
@@ -266,7 +266,7 @@ def read_picture(demo, folder):
         observation = demo.observe("picture", {"forceOcr": True})
         wanted = [text for _, _, text in PICTURE_LINES]
         read = {n["name"] for n in nodes_of(observation)}.intersection(wanted)
-        print("\nThe lines of the picture, which the accessibility tree does not tell:")
+        print("\nThe lines of the picture, which are not in the accessibility tree:")
         for text in wanted:
             print("  %s %r" % ("read     " if text in read else "not read ", text))
         if not read:
@@ -277,7 +277,7 @@ def read_picture(demo, folder):
 
 
 def read_window(demo):
-    """Reads the text in the window's picture, though the accessibility tree tells it too."""
+    """Reads the text in the window's picture, though the accessibility tree has it too."""
     observation = demo.observe("read", {"forceOcr": True})
     print("\nWhat is read in the window's picture:")
     for node in nodes_of(observation):

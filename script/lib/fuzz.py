@@ -173,7 +173,7 @@ def parsed():
 
 
 def wait(fuzzers):
-    """Until all have ended. When this process is told to end, so are they, and they say what they
+    """Until all have ended. When this process is asked to end, so are they, and they say what they
     have done."""
     def tell(*_):
         for fuzzer in fuzzers:

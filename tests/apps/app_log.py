@@ -1,4 +1,4 @@
-"""What a test application tells its driver: one line an activation, the same in every toolkit."""
+"""What a test application reports to its driver: one line an activation, the same in every toolkit."""
 
 import json
 import os

@@ -11,7 +11,7 @@ namespace tarqo::gtk3app {
 
 using Words = std::vector<std::string>;
 using Condition = std::function<bool()>;
-/// Starts the change that the words name. Gives what tells that it has come about; none when the
+/// Starts the change that the words name. Gives the check that it has come about; null when the
 /// words are wrong, or the change cannot be made now.
 using StartChange = std::function<Condition(const Words&)>;
 

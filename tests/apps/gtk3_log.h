@@ -1,4 +1,4 @@
-// What the GTK 3 test application tells its driver, and how its widgets call back.
+// What the GTK 3 test application reports to its driver, and how its widgets call back.
 #pragma once
 
 #include <gtk/gtk.h>

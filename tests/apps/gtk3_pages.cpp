@@ -182,7 +182,7 @@ void popUpMenu(GtkWidget* attachment, const GdkEvent& event) {
   gtk_menu_popup_at_pointer(GTK_MENU(menu), &event);
 }
 
-/// An area that tells raw pointer events, and opens a menu at the right button.
+/// An area that reports raw pointer events, and opens a menu at the right button.
 GtkWidget* makeCanvas() {
   GtkWidget* canvas = gtk_event_box_new();
   append(canvas, gtk_label_new("Canvas"));

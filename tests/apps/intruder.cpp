@@ -1,4 +1,4 @@
-// A stranger on the desktop: comes over other applications' windows at a moment that it is told,
+// A stranger on the desktop: comes over other applications' windows at a moment that it is given,
 // and logs every button, key and turn of the wheel that it gets.
 //
 // Reads commands from standard input, one a line, and answers each with "done COMMAND":
@@ -98,7 +98,7 @@ class Intruder {
                          CWOverrideRedirect | CWBackPixel | CWEventMask, &attributes);
   }
 
-  /// Raw events tell what any device does, whoever gets it.
+  /// Raw events report what any device does, whoever gets it.
   void hearEverything() {
     int event = 0;
     int error = 0;

@@ -1,4 +1,4 @@
-// An application that shows text as nothing but pixels: one drawing area that tells no
+// An application that shows text as nothing but pixels: one drawing area that reports no
 // accessibility tree what stands in it, as games, remote screens and canvases do.
 //
 //   text_app [--title TEXT] [--geometry WIDTHxHEIGHT+X+Y] [--lines COUNT]
@@ -104,7 +104,7 @@ gboolean onDraw(GtkWidget* /*area*/, cairo_t* cairo, gpointer data) {
   page.lines = draw(cairo, page.texts);
   ++page.draws;
   if (isFirst) {
-    // Below the priority of drawing: told when it can be seen.
+    // Below the priority of drawing: reported when it can be seen.
     g_idle_add_full(
         G_PRIORITY_LOW,
         [](gpointer drawn) -> gboolean {
@@ -128,7 +128,7 @@ gboolean onPress(GtkWidget* /*area*/, GdkEventButton* event, gpointer data) {
   return TRUE;
 }
 
-/// The line that a word numbers; none when there is no such line.
+/// The line that a word numbers; null when there is no such line.
 Line* lineOf(Page& page, const std::string& word) {
   const auto number = std::strtoul(word.c_str(), nullptr, 10);
   return number < page.texts.size() ? &page.texts[number] : nullptr;

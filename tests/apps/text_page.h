@@ -1,4 +1,4 @@
-// A page of text drawn as pixels, with the place of every line: what no accessibility tree tells.
+// A page of text drawn as pixels, with the place of every line: what no accessibility tree reports.
 #pragma once
 
 #include <cairo.h>

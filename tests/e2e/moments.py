@@ -155,7 +155,7 @@ class Target:
         return self.observe()["snapshot"]["nodes"]
 
     def node(self, act):
-        """Pages tell a change of what shows a moment later."""
+        """Pages report a change of what shows a moment later."""
         return self._awaited(lambda n: (n["role"], n["name"]) == act.node, act)[0]
 
     def row_like(self, act):
@@ -228,7 +228,7 @@ def problem_of(act, result, got, lines):
     if got:
         return "another application got %r (%s)" % (got, result)
     if not isinstance(result, HelperError):
-        # The second press of a double click is left out when it cannot be proven, and that is told.
+        # The second press of a double click is left out when it cannot be proven, and the result says so.
         right = (logged == act.lines[:result["clicks"]] if "clicks" in result
                  else is_all(act, logged))
         return "" if right else "%r, but logged %r" % (result, lines)

@@ -115,7 +115,7 @@ class OthersTakeTheKeyboard(TypingTest):
         other = self.start_app(MENU_APP, "--geometry", "300x200+50+100")
         x_windows.click(150, 200, button=3)
         other.wait_for("context")
-        # The grab comes with the menu's window, and a key tells that it is there.
+        # The grab comes with the menu's window, and a key shows that it is there.
         x_keyboard.tap("Up")
         other.wait_for("key Up")
         other.forget()
@@ -234,7 +234,7 @@ class OthersTakeThePointer(TypingTest):
 
 
 class KeyboardChanges:
-    """Mixin: what the user does to his keyboard while text is typed."""
+    """Mixin: what users do to their keyboard while text is typed."""
 
     TEXT = "aq wz my; 한글 é (1) "
     ACCENTS = [chr(0x300 + i) for i in range(25)]
@@ -273,7 +273,7 @@ class KeyboardChanges:
         x_keyboard.tap("Caps_Lock")
 
     def test_a_character_of_many_code_points(self):
-        """There are 19 keys to be lent."""
+        """There are 19 keys to be remapped."""
         text = "e" + "".join(self.ACCENTS[:18]) + "-"
         self.type_by_keys(text)
         self.expect_all(text)

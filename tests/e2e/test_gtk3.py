@@ -38,7 +38,7 @@ class Reading(Gtk3Test, ReadingTests):
         canvas = self.node("Canvas")
         self.call("click", nodeId=canvas["id"], count=2)
         self.app.wait_for("double-clicked Canvas")
-        # The label "Canvas" lies in the middle of the 200 x 70 or larger area that tells the
+        # The label "Canvas" lies in the middle of the 200 x 70 or larger area that reports the
         # press in its own coordinates, and so in the middle of its bounds.
         pressed = self.app.lines("pressed Canvas")[0].split()
         self.assertEqual(pressed[2], "1")

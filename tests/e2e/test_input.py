@@ -1,6 +1,6 @@
 """Text, keys, the wheel, gestures and context menus, on real applications of four toolkits.
 
-Text takes what a keyboard has not from keys that are lent a meaning, so after every test the
+Characters that the keyboard lacks are typed on remapped keys, so after every test the
 keyboard must be what it was before.
 """
 
@@ -44,7 +44,7 @@ class InputTest(ToolkitTest):
         self.assertEqual((result["method"], result["sent"]), ("keyboard", text))
 
     def expect_text(self, text, name="Name"):
-        """The last that an entry tells of itself is this text."""
+        """The last text that the entry reported is this."""
         line = 'text %s "%s"' % (name, text)
         wait_until(lambda: self.app.lines("text " + name)[-1:] == [line], 5,
                    "%s holds %r (%r)" % (name, text, self.app.lines("text " + name)[-2:]))
@@ -243,7 +243,7 @@ class ChromiumInput(InputTests, StateTests, InputTest):
     """Its fields take text from the keyboard alone."""
 
     BUNDLE, COMMAND = "com.tarqo.test.chromium", CHROMIUM
-    # The area itself: a page tells its lines' new places up to half a second late.
+    # The area itself: a page reports the new places of its lines up to half a second late.
     SCROLLING = ("Lines", "scrolled Lines")
     LONGEST = "😀👍🎉🚀" * 250
 
@@ -267,7 +267,7 @@ class ChromiumInput(InputTests, StateTests, InputTest):
     def test_a_long_value_is_replaced_to_its_end(self):
         self.click("Canvas", count=2)
         self.app.wait_for("double-clicked Canvas")
-        wait_until(lambda: self.node("Notes", "textbox").get("value"), 5, "the notes are told")
+        wait_until(lambda: self.node("Notes", "textbox").get("value"), 5, "the notes are reported")
         self.input("Notes", "type", "textbox", text="new")
         wait_until(lambda: self.app.lines("text Notes")[-1:] == ['text Notes "new"'], 5,
                    "the notes hold nothing else")

@@ -1,7 +1,7 @@
 """No event reaches a stranger that comes between a proof and its event.
 
 In each trial a window of another application comes over the target, takes the keyboard, or the
-target's own window goes, at a moment of an action that is told by the events the action has caused
+target's own window goes, at a moment of an action that is known by the events the action has caused
 so far. The stranger may get nothing; the target all of the action when the response says so, and
 otherwise not all of it.
 """

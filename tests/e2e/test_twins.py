@@ -68,7 +68,7 @@ class Twins:
         self.assertEqual(result["pid"], self.twins.app.pid)
 
     def node(self, role_and_name):
-        """Pages tell their content a moment after they are first asked."""
+        """Pages report their content a moment after they are first asked."""
 
         def found():
             return [n for n in nodes_of(self.helper.call("observe", {"image": False}))

@@ -48,7 +48,7 @@ class ToolkitTest(HelperTest):
         self.wait_for_node(self.AWAITED)
 
     def wait_for_node(self, name):
-        """Pages tell their content a moment after they are first asked."""
+        """Pages report their content a moment after they are first asked."""
         wait_until(lambda: any(n["name"] == name for n in nodes_of(self.observe())), 10,
                    "there is a node called " + name)
 
@@ -86,7 +86,7 @@ class LaunchTests:
 
 
 class ReadingTests:
-    """Mixin: what an observation tells."""
+    """Mixin: what an observation lists."""
 
     NODES = frozenset()
     EDITABLE = True

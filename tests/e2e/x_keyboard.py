@@ -1,4 +1,4 @@
-"""Keys and buttons as the X server tells them, read and pressed by other code than the helper's.
+"""Keys and buttons as the X server reports them, read and pressed by other code than the helper's.
 
 For tests whose display stays: one that goes away ends the process that uses it.
 """
@@ -44,7 +44,7 @@ def _ask(*command):
 
 
 def mapping():
-    """All that the keys mean: as XKB keeps it, and as the core protocol tells it."""
+    """All that the keys mean: as XKB keeps it, and as the core protocol reports it."""
     width = ctypes.c_int()
     symbols = _xlib().XGetKeyboardMapping(_display(), _FIRST_KEY, _KEYS, ctypes.byref(width))
     try:

@@ -1,4 +1,4 @@
-"""Windows as the X server tells them, read and changed by other code than the helper's.
+"""Windows as the X server reports them, read and changed by other code than the helper's.
 
     x_windows.py move WINDOW X Y
     x_windows.py minimise WINDOW

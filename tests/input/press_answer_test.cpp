@@ -1,4 +1,4 @@
-// Whether a press through accessibility was answered, as a click tells it.
+// Whether a press through accessibility was answered, as the result of a click shows it.
 
 #include "tests/support/scene.h"
 

@@ -143,7 +143,7 @@ class CaptureTool : public Technique {
 
   Lines processes() { return desktop.eventLog().lines(Topic::processes); }
 
-  // The file that the tool was told to write.
+  // The file that the tool was asked to write.
   std::string file() { return processes().at(0).substr(processes().at(0).rfind(' ') + 1); }
 
   sim::Program& tool = desktop.captureTool();

@@ -1,4 +1,4 @@
-// What is told of a window, and of a menu bar, of which only a part could be read.
+// What is listed of a window, and of a menu bar, when only a part could be read.
 
 #include "tests/support/observation.h"
 #include "tests/support/scene.h"

@@ -1,4 +1,4 @@
-// What is wrong with a scene file is told in one sentence that says where.
+// An error in a scene file is one sentence that says what is wrong, and where.
 
 #include <gtest/gtest.h>
 

@@ -24,7 +24,7 @@ class PipedProgram {
   /// Ends its input and waits for its end.
   ~PipedProgram();
 
-  /// Writes a line and waits for one; none when the program has ended without one.
+  /// Writes a line and waits for one; null when the program has ended without one.
   [[nodiscard]] std::optional<std::string> ask(const std::string& line);
 
   /// Ends its input, waits for its end, and gives its exit status; -1 when a signal ended it.

@@ -64,7 +64,7 @@ std::string withRemembered(const std::string& text, const Remembered& remembered
   return result;
 }
 
-// Pictures make responses long; the beginning of one tells enough.
+// Pictures make responses long; the beginning of one is enough.
 std::string shortened(const std::string& text) {
   constexpr std::size_t kShown = 2000;
   return text.size() <= kShown ? text : text.substr(0, kShown) + "...";

@@ -50,7 +50,7 @@ struct Transcript {
 /// Throws `std::runtime_error`, with the line, for a text that is no transcript.
 [[nodiscard]] Transcript parseTranscript(const std::string& text);
 
-/// Sends a request line and gives the response line; none when the other side has ended without
+/// Sends a request line and gives the response line; null when the other side has ended without
 /// one.
 using Ask = std::function<std::optional<std::string>(const std::string& request)>;
 

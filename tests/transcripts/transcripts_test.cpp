@@ -30,7 +30,7 @@ INSTANTIATE_TEST_SUITE_P(All, Transcripts, testing::ValuesIn(transcriptNames()),
                          [](const auto& each) { return each.param; });
 
 TEST(TranscriptCollection, HoldsASuccessAndARefusalOfEveryMethod) {
-  // The first two never fail: they tell that they found nothing.
+  // The first two never fail: they report that they found nothing.
   std::set<std::string> missing{"host succeeds",     "listTargets succeeds", "preflight succeeds",
                                 "preflight refuses", "connect succeeds",     "connect refuses",
                                 "observe succeeds",  "observe refuses",      "geometry succeeds",

@@ -88,7 +88,7 @@ TEST(Spawn, TellsWhyAProgramCannotBeStarted) {
 TEST(LinuxChild, LeavesNoZombieBehind) {
   LinuxProcesses processes;
   { const auto child = processes.start("/bin/sh", {"-c", "sleep 0.05"}); }
-  // Whoever asks without collecting is told of no child only once somebody else has collected it.
+  // Asking without collecting finds no child only once somebody else has collected it.
   const auto hasChild = [] {
     siginfo_t ended{};
     return ::waitid(P_ALL, 0, &ended, WEXITED | WNOHANG | WNOWAIT) == 0;

@@ -66,7 +66,7 @@ class FakeXServer {
   [[nodiscard]] xcb_atom_t atom(const std::string& name);
 
   void setFocus(xcb_window_t window);
-  /// Puts the pointer over a child of the root window, or over none.
+  /// Puts the pointer over a child of the root window, or over the root itself.
   void setPointer(xcb_window_t child);
 
   /// What was requested since the last call, in order, such as "message WM_CHANGE_STATE to 200100:
