@@ -49,7 +49,7 @@ using Attributes = std::map<std::string_view, Value>;
 [[nodiscard]] std::string text(const std::optional<Value>& value);
 
 /// An element's rectangle in screen points; null unless its position and size are finite and its
-/// size is positive. Two round trips.
+/// size is positive. One round trip.
 [[nodiscard]] std::optional<Rect> frame(Accessibility& accessibility, const Element& element);
 
 /// The same from what `attributes` read.

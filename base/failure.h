@@ -190,6 +190,10 @@ inline constexpr FailureText kKeysHarmful{
     FailureCode::targetBusy,
     "The application is still inside an earlier press, and a key would hang it now. Observe again "
     "and finish with click what it shows."};
+inline constexpr FailureText kTargetSlow{
+    FailureCode::targetBusy,
+    "The application answers too slowly for this to be proven. Wait with settle, then observe "
+    "again."};
 inline constexpr FailureText kIdentityChanged{
     FailureCode::staleSnapshot, "The captured element changed. Take a new snapshot before acting."};
 inline constexpr FailureText kNotClickable{FailureCode::notClickable,

@@ -89,7 +89,9 @@ void bindSite(Session& session, const ConnectArguments& wanted) {
     opened = true;
   }
   Clock& clock = session.platform.clock;
-  if (!runLoopUntil(clock, clock.now() + kSiteWindowLimit, kSiteWindowSlice,
+  const Instant deadline = clock.now() + kSiteWindowLimit;
+  session.targetTime.extend(kSiteWindowLimit);
+  if (!runLoopUntil(clock, deadline, kSiteWindowSlice,
                     [&] { return !target.siteWindows().empty(); })) {
     throw Failure(opened ? failures::kNoSiteWindowOpened : failures::kNoSiteWindow,
                   {wanted.bundleId, *site}, {{"seen", target.windowsSeen()}});
@@ -110,7 +112,9 @@ std::optional<Element> reopenedWindow(Session& session, const std::string& bundl
                      [&] { return box->filled(); });
 
   std::optional<Element> window;
-  (void)runLoopUntil(clock, clock.now() + kReopenedWindowLimit, kReopenedWindowSlice, [&] {
+  const Instant deadline = clock.now() + kReopenedWindowLimit;
+  session.targetTime.extend(kReopenedWindowLimit);
+  (void)runLoopUntil(clock, deadline, kReopenedWindowSlice, [&] {
     window = session.target.primaryWindow();
     return window.has_value();
   });

@@ -1,5 +1,6 @@
 #include "server/server.h"
 
+#include <algorithm>
 #include <array>
 #include <new>
 
@@ -11,6 +12,20 @@ namespace tarqo {
 namespace {
 
 constexpr std::string_view kClose = "close";
+
+// What an element that could not be read any more looks like.
+constexpr std::array kFailuresOfAbsence{
+    FailureCode::staleSnapshot, FailureCode::staleTarget,      FailureCode::hitTestFailed,
+    FailureCode::notVisible,    FailureCode::notClickable,     FailureCode::noWindow,
+    FailureCode::inputFailed,   FailureCode::inputUnsupported,
+};
+
+// Without the time to read what it is about, a refusal says that instead of something untrue. After
+// something was sent it stays what it is.
+bool comesOfSlowness(const Failure& failure) {
+  return !failure.detail().contains("sent") && !failure.detail().contains("pressed") &&
+         std::ranges::find(kFailuresOfAbsence, failure.code()) != kFailuresOfAbsence.end();
+}
 
 Json errorOf(const Failure& failure) {
   Json object = failure.detail();
@@ -86,10 +101,18 @@ Served Server::answer(std::string_view line, Json& id) {
   }
   const auto args = request.find("args");
   const Json noArguments = Json::object();
-  return {serializeJson(
-      {{"id", id},
-       {"result",
-        result(*method, args != request.end() && args->is_object() ? *args : noArguments)}})};
+  session_.targetTime.restart();
+  try {
+    return {serializeJson(
+        {{"id", id},
+         {"result",
+          result(*method, args != request.end() && args->is_object() ? *args : noArguments)}})};
+  } catch (const Failure& failure) {
+    if (session_.targetTime.ranOut() && comesOfSlowness(failure)) {
+      fail(failures::kTargetSlow);
+    }
+    throw;
+  }
 }
 
 Served Server::serve(std::string_view line) noexcept {

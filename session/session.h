@@ -7,6 +7,7 @@
 
 #include <string>
 
+#include "ax/timed_accessibility.h"
 #include "host/grants.h"
 #include "host/own_application.h"
 #include "platform/platform.h"
@@ -16,14 +17,29 @@
 
 namespace tarqo {
 
+/// What a request may take, beyond its own waits, however slowly the target answers.
+inline constexpr Duration kTargetTime = std::chrono::seconds(2);
+
+[[nodiscard]] inline Platform withAccessibility(const Platform& platform,
+                                                Accessibility& accessibility) {
+  return {accessibility,          platform.workspace,   platform.bundles,
+          platform.processes,     platform.permissions, platform.windowServer,
+          platform.screenCapture, platform.inputEvents, platform.textRecognizer,
+          platform.images,        platform.clock,       platform.random};
+}
+
 struct Session {
   Session(const Platform& onPlatform, Grants& withGrants)
-      : platform(onPlatform),
+      : targetTime(onPlatform.clock, kTargetTime, kMessagingTimeout),
+        accessibility(onPlatform.accessibility, targetTime),
+        platform(withAccessibility(onPlatform, accessibility)),
         grants(withGrants),
-        target(onPlatform, withGrants),
+        target(platform, withGrants),
         nodes(onPlatform.clock),
-        listener(onPlatform),
+        listener(platform),
         ownApplication(onPlatform) {}
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
 
   /// Listens to the target, from now on if nobody did, and to its window of the moment. Only with a
   /// target.
@@ -32,7 +48,9 @@ struct Session {
   /// The calendar's time as results spell it.
   [[nodiscard]] std::string timestampNow() const;
 
-  const Platform& platform;
+  TargetTime targetTime;  ///< Of the request that is being served.
+  TimedAccessibility accessibility;
+  const Platform platform;  ///< With the accessibility service that minds the time.
   Grants& grants;
   Target target;
   NodeStore nodes;

@@ -35,8 +35,8 @@ class Observe : public ConnectedScene {
   }
 
   // `deed` happens when so many calls to the application remain of an observation without an image.
-  // Its last three prove which window is in front (one, and two for its frame), then two its frame;
-  // the two before those read the frame that is captured.
+  // Its last three prove which window is in front (one, and one for its frame), then its frame; the
+  // one before those reads the frame that is captured.
   void beforeTheLastCalls(int calls, std::function<void()> deed) {
     const int before = notes.calls();
     lastId = nodeNamed(observe(), "Save").at("id");
@@ -83,11 +83,11 @@ TEST_F(Observe, StampsEachPartWithItsTime) {
   notes.facts.eachCallTakes = 10ms;
   const Json observation = observe({});
   EXPECT_EQ(observation.at("startedAt"), "2025-01-01T00:00:00.120Z");
-  EXPECT_EQ(observation.at("snapshotCapturedAt"), "2025-01-01T00:00:00.350Z");
-  // The window's frame (2 calls), the proof that captures work (10 ms), the placement (2 calls),
+  EXPECT_EQ(observation.at("snapshotCapturedAt"), "2025-01-01T00:00:00.340Z");
+  // The window's frame (1 call), the proof that captures work (10 ms), the placement (2 calls),
   // the image (20 ms).
-  EXPECT_EQ(observation.at("imageCapturedAt"), "2025-01-01T00:00:00.420Z");
-  EXPECT_EQ(observation.at("capturedAt"), "2025-01-01T00:00:00.470Z");
+  EXPECT_EQ(observation.at("imageCapturedAt"), "2025-01-01T00:00:00.400Z");
+  EXPECT_EQ(observation.at("capturedAt"), "2025-01-01T00:00:00.430Z");
 }
 
 TEST_F(Observe, TellsTheTimeByTheCalendarOfTheDay) {
@@ -210,12 +210,12 @@ TEST_F(Observe, AnApplicationThatEndsDuringCaptureIsTold) {
 }
 
 TEST_F(Observe, WithoutAnImageTheWindowIsProvenToo) {
-  beforeTheLastCalls(5, [&] { window.resize({801, 600}); });
+  beforeTheLastCalls(3, [&] { window.resize({801, 600}); });
   EXPECT_EQ(failure("observe", {{"image", false}}), kWindowChanged);
 }
 
 TEST_F(Observe, AWindowThatIsGoneBeforeItsCaptureFails) {
-  beforeTheLastCalls(7, [&] { window.close(); });
+  beforeTheLastCalls(4, [&] { window.close(); });
   EXPECT_EQ(
       error("observe", {{"image", false}}),
       Json({{"code", "no_window"}, {"message", "The target window disappeared during capture."}}));
@@ -262,7 +262,7 @@ TEST_F(FailedObserve, AfterALockTheOldNodesAreUsable) {
 }
 
 TEST_F(FailedObserve, AfterAVanishedWindowTheOldNodesAreUsable) {
-  beforeTheLastCalls(7, [&] { window.failing("AXSize"); });
+  beforeTheLastCalls(4, [&] { window.failing("AXSize"); });
   EXPECT_EQ(failure("observe", {{"image", false}}),
             "no_window: The target window disappeared during capture.");
   window.failing("AXSize", false);

@@ -218,12 +218,12 @@ TEST_F(MenuBar, TheAgeOfASnapshotCountsFromItsEnd) {
     notes.facts.eachCallTakes = {};
     return id;
   };
-  // After the menu bar come the title and the proof that the window is the same: eight calls.
+  // After the menu bar come the title and the proof that the window is the same: five calls.
   const std::string young = slowId();
-  desktop.run(60s - 80ms - 1ns);
+  desktop.run(60s - 50ms - 1ns);
   EXPECT_EQ(result("click", {{"nodeId", young}}).at("nodeId"), young);
   const std::string old = slowId();
-  desktop.run(60s - 80ms);
+  desktop.run(60s - 50ms);
   EXPECT_EQ(error("click", {{"nodeId", old}})["code"], "stale_snapshot") << "counted from later";
 }
 

@@ -130,10 +130,10 @@ TEST_F(TreeBudget, FortyLevelsAreWalkedByDefaultAndAHundredAtMost) {
 TEST_F(TreeBudget, ASlowApplicationIsCutOffAfterTheElementThatReachesTheTimeOut) {
   addLabels(30);
   notes.facts.eachCallTakes = 10ms;
-  const Json listed = snapshot({{"timeoutMs", 150}});  // 30 + 40 + 40 + 40
+  const Json listed = snapshot({{"timeoutMs", 140}});  // 20 + 40 + 40 + 40
   EXPECT_EQ(listed.at("nodes").size(), 3U);
   EXPECT_TRUE(listed.at("truncated"));
-  EXPECT_EQ(nodesWith("timeoutMs", 151), 4U);
+  EXPECT_EQ(nodesWith("timeoutMs", 141), 4U);
 }
 
 TEST_F(TreeBudget, ATimeOutBelowAHundredMillisecondsIsAHundred) {
@@ -147,10 +147,10 @@ TEST_F(TreeBudget, ATimeOutBelowAHundredMillisecondsIsAHundred) {
 
 TEST_F(TreeBudget, TheWalkTakesFourSecondsByDefaultAndThirtyAtMost) {
   addLabels(60);
-  notes.facts.eachCallTakes = 250ms;  // 1.75 s until the first label, 1 s a label
-  EXPECT_EQ(snapshot().at("nodes").size(), 1U + 3U);
-  EXPECT_EQ(nodesWith("timeoutMs", 60000), 1U + 29U);
-  EXPECT_EQ(nodesWith("timeoutMs", 30000), 1U + 29U);
+  notes.facts.eachCallTakes = 150ms;  // 0.9 s until the first label, 0.6 s a label
+  EXPECT_EQ(snapshot().at("nodes").size(), 1U + 6U);
+  EXPECT_EQ(nodesWith("timeoutMs", 60000), 1U + 49U);
+  EXPECT_EQ(nodesWith("timeoutMs", 30000), 1U + 49U);
 }
 
 TEST_F(TreeBudget, AnApplicationThatHangsDuringTheWalkHoldsItOnlyUntilTheTimeOut) {
