@@ -45,6 +45,30 @@ Json clickMenuItem(Session& session, const StoredNode& stored) {
   return result;
 }
 
+Json clickByPointer(Session& session, const StoredNode& stored, Point point, std::int64_t count) {
+  verifyPointer(session, point, stored.element);
+  const int clicks = static_cast<int>(std::clamp<std::int64_t>(count, 1, kMostClicks));
+  const int made = press(session, point, clicks, [&] { verifyNodeAt(session, point, stored); });
+  Json result = {{"method", clicks > 1 ? "pointer-double" : "pointer"}};
+  if (made < clicks) {
+    result["clicks"] = made;
+  }
+  return result;
+}
+
+// What the press did shows only now and then: a client must not take the refusal of the pointer for
+// a click that has not happened.
+Json clickAfterUnansweredPress(Session& session, const StoredNode& stored, Point point) {
+  try {
+    Json result = clickByPointer(session, stored, point, 1);
+    result["fallback"] = "press_unanswered";
+    return result;
+  } catch (Failure& failure) {
+    failure.addDetail("pressed", true);
+    throw;
+  }
+}
+
 Json clickElement(Session& session, const StoredNode& stored, std::int64_t count) {
   verifyAndActivate(session, stored);
   if (stored.role == "AXMenuItem") {
@@ -53,23 +77,17 @@ Json clickElement(Session& session, const StoredNode& stored, std::int64_t count
   const Point point = requireVisibleFrame(session, stored.element).center();
   const Press byAccessibility =
       count < kMostClicks ? pressByAccessibility(session, stored.element) : Press::refused;
-  if (byAccessibility == Press::answered) {
-    return {{"method", "accessibility"}};
+  switch (byAccessibility) {
+    case Press::answered:
+      return {{"method", "accessibility"}};
+    case Press::pending:
+      return {{"method", "accessibility"}, {"pending", true}};
+    case Press::unanswered:
+      return clickAfterUnansweredPress(session, stored, point);
+    case Press::refused:
+      break;
   }
-  if (byAccessibility == Press::pending) {
-    return {{"method", "accessibility"}, {"pending", true}};
-  }
-  verifyPointer(session, point, stored.element);
-  const int clicks = static_cast<int>(std::clamp<std::int64_t>(count, 1, kMostClicks));
-  const int made = press(session, point, clicks, [&] { verifyNodeAt(session, point, stored); });
-  Json result = {{"method", clicks > 1 ? "pointer-double" : "pointer"}};
-  if (made < clicks) {
-    result["clicks"] = made;
-  }
-  if (byAccessibility == Press::unanswered) {
-    result["fallback"] = "press_unanswered";
-  }
-  return result;
+  return clickByPointer(session, stored, point, count);
 }
 
 }  // namespace

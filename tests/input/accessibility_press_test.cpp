@@ -25,6 +25,11 @@ class Press : public ConnectedScene {
     return millisecondsOf([&] { (void)result("click", {{"nodeId", id}}); }) - 120;
   }
 
+  void coverSave() {
+    sim::WindowServerService& windows = desktop.windowServer();
+    windows.toFront(windows.bareWindow(999, "Other", {190, 190, 100, 44}));
+  }
+
   sim::Action& press = save.action("AXPress");
   const Json byAccessibility = {{"method", "accessibility"}};
   const Json pending = {{"method", "accessibility"}, {"pending", true}};
@@ -95,6 +100,24 @@ TEST_F(Press, ThatNothingAnswersIsFollowedByThePointer) {
 TEST_F(Press, ThatIsAnsweredTooLateIsFollowedByThePointer) {
   press.announces("AXValueChanged", 361ms);
   EXPECT_EQ(click(), afterSilence);
+}
+
+TEST_F(Press, ThatIsUnansweredIsMentionedWhenThePointerIsRefusedAfterIt) {
+  press.effect([this] { coverSave(); });
+  const std::string id = idOf("Save");
+  const Json refused = error("click", {{"nodeId", id}});
+  EXPECT_EQ(refused.at("code"), "target_covered");
+  EXPECT_EQ(refused.at("pressed"), true);
+  EXPECT_EQ(save.clicks(), 0);
+}
+
+TEST_F(Press, ThatWasNotMadeIsNotMentioned) {
+  save.withoutAction("AXPress");
+  const std::string id = idOf("Save");
+  desktop.after(60ms, [this] { coverSave(); });  // When the target has come forward.
+  const Json refused = error("click", {{"nodeId", id}});
+  EXPECT_EQ(refused.at("code"), "target_covered");
+  EXPECT_FALSE(refused.contains("pressed"));
 }
 
 TEST_F(Press, IsNotAnsweredByWhatWasHeardBefore) {
