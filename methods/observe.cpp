@@ -25,6 +25,8 @@ ObserveArguments observeArguments(const Json& args) {
   options.menuBar = booleanMember(args, "menubar").value_or(true);
   options.recognizeText = booleanMember(args, "ocr").value_or(true);
   options.alwaysRecognizeText = booleanMember(args, "forceOcr").value_or(false);
+  options.states = booleanMember(args, "states").value_or(false);
+  options.compact = booleanMember(args, "compact").value_or(false);
   return {.image = booleanMember(args, "image").value_or(true),
           .previousNodeId = textMember(args, "previousNodeId"),
           .snapshot = options};
@@ -34,13 +36,17 @@ double milliseconds(Duration duration) {
   return std::chrono::duration<double, std::milli>(duration).count();
 }
 
-Json omissions(bool withImage, bool truncated) {
+Json omissions(bool withImage, const Snapshot& snapshot) {
   Json list = Json::array();
   list.push_back(withImage ? "Only the selected target window is captured; other windows and the "
                              "desktop are excluded."
                            : "No window image was captured (image: false).");
-  if (truncated) {
+  if (snapshot.truncated) {
     list.push_back("The UI tree was truncated by the configured observation budget.");
+  }
+  if (snapshot.leftOut > 0) {
+    list.push_back("Nodes without name, value and use that were left out (compact: true): " +
+                   std::to_string(snapshot.leftOut) + ".");
   }
   return list;
 }
@@ -152,7 +158,7 @@ Json observe(Session& session, const Json& args) {
           renewedNodeId(session.platform.accessibility, *previous, snapshot.table);
     }
     addImage(session, snapshot, wanted.image, result);
-    result["omissions"] = omissions(wanted.image, snapshot.truncated);
+    result["omissions"] = omissions(wanted.image, snapshot);
     result["snapshot"] = snapshotJson(snapshot);
   } catch (...) {
     // The ids that the client holds stay usable, in their window and for as long as before.

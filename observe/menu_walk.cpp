@@ -11,9 +11,10 @@ constexpr const char* kMenuBarName = "메뉴 막대";
 
 }  // namespace
 
-MenuWalk::MenuWalk(const Platform& platform, std::size_t maxNodes, NodeList& list)
+MenuWalk::MenuWalk(const Platform& platform, std::size_t maxNodes, bool states, NodeList& list)
     : platform_(platform),
       maxNodes_(maxNodes),
+      states_(states),
       list_(list),
       menuBarId_(list.snapshotId() + ":menubar") {}
 
@@ -105,6 +106,9 @@ void MenuWalk::addItem(const Element& item, const Description& description, Path
   record.press = true;
   record.menu = false;
   record.command = std::move(path);
+  if (states_) {
+    record.checked = controlState(platform_.accessibility, item, description).checked;
+  }
   list_.add(std::move(record), item);
 }
 

@@ -13,10 +13,10 @@ namespace tarqo {
 
 /// Lists the menu bar and the enabled leaf items of its menus, at most three menus deep. Has its
 /// own 1.5 s, so that it can neither starve the window's walk nor be starved by it; what was read
-/// by then is listed. Worker thread.
+/// by then is listed. With `states` the marks beside items are read too. Worker thread.
 class MenuWalk {
  public:
-  MenuWalk(const Platform& platform, std::size_t maxNodes, NodeList& list);
+  MenuWalk(const Platform& platform, std::size_t maxNodes, bool states, NodeList& list);
 
   /// Nothing when the application shows no menu bar.
   void walkMenuBar(const Element& app);
@@ -32,6 +32,7 @@ class MenuWalk {
 
   const Platform& platform_;
   std::size_t maxNodes_;
+  bool states_;
   NodeList& list_;
   Instant deadline_;
   std::string menuBarId_;

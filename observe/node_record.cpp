@@ -20,6 +20,10 @@ void addText(Json& node, const char* key, std::string text) {
   }
 }
 
+Json checkedJson(Checked checked) {
+  return checked == Checked::mixed ? Json("mixed") : Json(checked == Checked::yes);
+}
+
 }  // namespace
 
 Json nodeJson(NodeRecord record) {
@@ -50,6 +54,10 @@ Json nodeJson(NodeRecord record) {
   addPresent(node, "menu", record.menu);
   addPresent(node, "selected", record.selected);
   addPresent(node, "focused", record.focused);
+  addPresent(node, "expanded", record.expanded);
+  if (record.checked) {
+    node["checked"] = checkedJson(*record.checked);
+  }
   return node;
 }
 

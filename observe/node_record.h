@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "ax/control_state.h"
 #include "base/json.h"
 #include "platform/geometry.h"
 #include "session/node_table.h"
@@ -33,6 +34,8 @@ struct NodeRecord {
   std::optional<bool> menu;
   std::optional<bool> selected;
   std::optional<bool> focused;
+  std::optional<Checked> checked;
+  std::optional<bool> expanded;
 };
 
 /// The node as responses show it.

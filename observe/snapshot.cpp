@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "observe/compaction.h"
 #include "observe/menu_walk.h"
 #include "observe/recognized_text.h"
 #include "observe/snapshot_id.h"
@@ -127,14 +128,18 @@ Snapshot takeSnapshot(Session& session, const SnapshotOptions& options) {
 
   NodeList list(makeSnapshotId(platform.random));
   WalkFrames frames;
-  const WalkBudget budget{options.maxNodes, options.maxDepth, start + options.timeout};
+  const WalkBudget budget{options.maxNodes, options.maxDepth, start + options.timeout,
+                          options.states};
   TreeWalk(platform, budget, list, frames).walkWindow(app, window);
   Snapshot snapshot;
   snapshot.recognition = recognition(session, options, frames, list, snapshot.image);
   if (options.menuBar) {
-    MenuWalk(platform, budget.maxNodes, list).walkMenuBar(app);
+    MenuWalk(platform, budget.maxNodes, options.states, list).walkMenuBar(app);
   }
   snapshot.readAt = platform.clock.now();
+  if (options.compact) {
+    snapshot.leftOut = leaveOutBareNodes(list);
+  }
   snapshot.title = titleOf(session, window);
   snapshot.id = list.snapshotId();
   snapshot.truncated = list.truncated;

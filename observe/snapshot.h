@@ -17,6 +17,8 @@ struct SnapshotOptions {
   int maxDepth = 40;
   Duration timeout = std::chrono::seconds(4);  ///< For the walk of the window.
   bool menuBar = true;
+  bool states = false;
+  bool compact = false;       ///< Leave out what has no name, no value and no use.
   bool recognizeText = true;  ///< Where the tree has no text of its own.
   bool alwaysRecognizeText = false;
 };
@@ -36,6 +38,7 @@ struct Snapshot {
   std::vector<NodeRecord> nodes;
   NodeTable table;  ///< What the nodes stand for.
   bool truncated = false;
+  std::size_t leftOut = 0;                 ///< Nodes that were left out to be compact.
   std::optional<Recognition> recognition;  ///< Absent when it did not run.
   std::optional<WindowImage> image;        ///< The picture that text was recognised in.
   Instant readAt;                          ///< When all nodes had been read.

@@ -54,6 +54,11 @@ NodeRecord TreeWalk::recordOf(const Element& element, const Description& descrip
   }
   record.editable = editableText(platform_.accessibility, element, description);
   record.value = description.value;
+  if (budget_.states) {
+    const ControlState state = controlState(platform_.accessibility, element, description);
+    record.checked = state.checked;
+    record.expanded = state.expanded;
+  }
   return record;
 }
 

@@ -16,6 +16,7 @@ struct WalkBudget {
   std::size_t maxNodes;
   int maxDepth;
   Instant deadline;
+  bool states = false;  ///< Read what controls show of their state, too.
 };
 
 /// Rectangles that decide what becomes of recognised text.

@@ -1,4 +1,4 @@
-// What an observation tells of one element, and when a member is left out.
+// The members of a node, and when each is left out.
 
 #include <array>
 

@@ -35,6 +35,8 @@ const AttributeRow kAttributes[] = {
     {"AXMinimized", Property::basics},
     {"AXMain", Property::basics},
     {"AXDocument", Property::basics},
+    {"AXExpanded", Property::basics},
+    {"AXMenuItemMarkChar", Property::basics},
 };
 
 std::optional<Value> textOrNone(std::string text) {
@@ -102,6 +104,20 @@ std::optional<Value> checkedState(const Properties& properties) {
     return Value{2.0};
   }
   return Value{properties.has(State::checked) || properties.has(State::pressed) ? 1.0 : 0.0};
+}
+
+// Beside menu items, and beside the rows and cells that can be ticked. Empty: nothing stands there
+// now.
+std::optional<Value> mark(const Properties& properties) {
+  const bool isTicked = properties.has(State::checked);
+  if (!isTicked && !properties.has(State::checkable) && !properties.is(Role::checkMenuItem) &&
+      !properties.is(Role::radioMenuItem)) {
+    return std::nullopt;
+  }
+  if (properties.has(State::indeterminate)) {
+    return Value{std::string("–")};
+  }
+  return Value{std::string(isTicked ? "✓" : "")};
 }
 
 std::optional<Value> contentOf(const Properties& properties) {
@@ -197,6 +213,12 @@ std::optional<Value> plainAttribute(const View& view, std::string_view name) {
   if (name == "AXSelected" && properties.has(State::selectable) &&
       !isMenuEntryRole(properties.role)) {
     return Value{properties.has(State::selected)};
+  }
+  if (name == "AXExpanded" && properties.has(State::expandable)) {
+    return Value{properties.has(State::expanded)};
+  }
+  if (name == "AXMenuItemMarkChar" && valueSource(view) != ValueSource::onOff) {
+    return mark(properties);
   }
   if (name == "AXURL" && !properties.address.empty()) {
     return Value{Url{properties.address}};

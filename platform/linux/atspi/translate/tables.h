@@ -31,6 +31,7 @@ enum class Role : std::uint32_t {
   passwordText = 40,
   popupMenu = 41,
   radioButton = 44,
+  radioMenuItem = 45,
   scrollPane = 49,
   separator = 50,
   spinButton = 52,

@@ -21,6 +21,7 @@ enum class State : unsigned {
   checked = 4,
   editable = 7,
   enabled = 8,
+  expandable = 9,
   expanded = 10,
   focusable = 11,
   focused = 12,
