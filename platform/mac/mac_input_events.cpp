@@ -39,14 +39,15 @@ class MacSource final : public EventSource {
 
 class MacEvent final : public CreatedEvent {
  public:
-  MacEvent(std::vector<Event> events, bool isKey) : events_(std::move(events)), isKey_(isKey) {}
-  [[nodiscard]] bool isKey() const { return isKey_; }
+  MacEvent(std::vector<Event> events, const InputEvent& made)
+      : events_(std::move(events)), made_(made) {}
+  [[nodiscard]] const InputEvent& made() const { return made_; }
   /// In the order to post them, one after the other.
   [[nodiscard]] const std::vector<Event>& events() const { return events_; }
 
  private:
   std::vector<Event> events_;
-  bool isKey_;
+  InputEvent made_;
 };
 
 CGEventType typeOf(MouseEventType type) {
@@ -70,6 +71,12 @@ CGEventType typeOf(MouseEventType type) {
 CGMouseButton buttonOf(MouseEventType type) {
   const bool right = type == MouseEventType::rightDown || type == MouseEventType::rightUp;
   return right ? kCGMouseButtonRight : kCGMouseButtonLeft;
+}
+
+/// Goes to whoever got the button that is down.
+bool followsButton(MouseEventType type) {
+  return type == MouseEventType::leftUp || type == MouseEventType::rightUp ||
+         type == MouseEventType::leftDragged;
 }
 
 bool isHighSurrogate(UniChar unit) { return unit >= 0xD800 && unit < 0xDC00; }
@@ -169,9 +176,7 @@ std::unique_ptr<EventSource> MacInputEvents::makeSource(const std::string& /*tex
 std::unique_ptr<CreatedEvent> MacInputEvents::create(EventSource* source, const InputEvent& event) {
   const auto* ours = dynamic_cast<MacSource*>(source);
   std::vector<Event> events = std::visit(Maker(ours == nullptr ? nullptr : ours->get()), event);
-  const bool isKey =
-      std::holds_alternative<KeyEvent>(event) || std::holds_alternative<TextEvent>(event);
-  return events.empty() ? nullptr : std::make_unique<MacEvent>(std::move(events), isKey);
+  return events.empty() ? nullptr : std::make_unique<MacEvent>(std::move(events), event);
 }
 
 void MacInputEvents::post(const CreatedEvent& event) {
@@ -184,11 +189,32 @@ void MacInputEvents::post(const CreatedEvent& event) {
 
 bool MacInputEvents::postTo(Pid receiver, const CreatedEvent& event) {
   const auto* ours = dynamic_cast<const MacEvent*>(&event);
-  if (ours == nullptr || (ours->isKey() && frontmost_() != receiver)) {
+  if (ours == nullptr) {
     return false;
   }
-  post(event);
-  return true;
+  bool isReceived = false;
+  if (const auto* mouse = std::get_if<MouseEvent>(&ours->made())) {
+    isReceived = followsButton(mouse->type) || reaches(receiver, mouse->at);
+  } else if (std::holds_alternative<ScrollEvent>(ours->made())) {
+    const std::optional<Point> pointer = pointerLocation();
+    isReceived = pointer && reaches(receiver, *pointer);
+  } else {
+    isReceived = frontmost_() == receiver;
+  }
+  if (isReceived) {
+    post(event);
+  }
+  return isReceived;
+}
+
+bool MacInputEvents::reaches(Pid receiver, Point place) const {
+  for (const WindowInfo& window : windows_()) {
+    const bool counts = window.layer == 0 || window.ownerPid == receiver;
+    if (counts && window.bounds && window.bounds->contains(place) && window.alpha.value_or(1) > 0) {
+      return window.ownerPid == receiver;
+    }
+  }
+  return false;
 }
 
 std::optional<Point> MacInputEvents::pointerLocation() {

@@ -2,17 +2,22 @@
 #pragma once
 
 #include <functional>
+#include <utility>
+#include <vector>
 
 #include "platform/input_events.h"
+#include "platform/window_server.h"
 
 namespace tarqo::mac {
 
 /// Without the accessibility grant the system drops what is posted and says nothing.
 class MacInputEvents final : public InputEvents {
  public:
-  /// `frontmost` tells the application that keystrokes go to.
-  explicit MacInputEvents(std::function<std::optional<Pid>()> frontmost)
-      : frontmost_(std::move(frontmost)) {}
+  /// `frontmost` tells the application that keystrokes go to, `windows` the windows above the
+  /// desktop, front to back.
+  MacInputEvents(std::function<std::optional<Pid>()> frontmost,
+                 std::function<std::vector<WindowInfo>()> windows)
+      : frontmost_(std::move(frontmost)), windows_(std::move(windows)) {}
 
   std::unique_ptr<EventSource> makeSource(const std::string& text) override;
 
@@ -24,15 +29,20 @@ class MacInputEvents final : public InputEvents {
 
   void post(const CreatedEvent& event) override;
 
-  /// Keys go to the application in front, which is asked for right before. Whom the pointer's
-  /// events reach the window list alone tells, which the caller has just read: nothing holds the
-  /// windows still until the event arrives.
+  /// Keys go to the application in front, a button and the wheel to the owner of the uppermost
+  /// window at the place: both are asked for right before. Windows on other layers (menus, panels,
+  /// overlays) count for the receiver alone, since many of those of others let events through. What
+  /// follows a button that is down goes where that went. Nothing holds the windows still until the
+  /// event arrives.
   bool postTo(Pid receiver, const CreatedEvent& event) override;
 
   std::optional<Point> pointerLocation() override;
 
  private:
+  [[nodiscard]] bool reaches(Pid receiver, Point place) const;
+
   std::function<std::optional<Pid>()> frontmost_;
+  std::function<std::vector<WindowInfo>()> windows_;
 };
 
 }  // namespace tarqo::mac

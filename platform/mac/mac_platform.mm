@@ -40,7 +40,9 @@ class MacPlatform final : public Backend {
   MacPermissions permissions_;
   MacWindowServer windowServer_;
   MacScreenCapture capture_;
-  MacInputEvents inputEvents_{[this] { return workspace_.frontmostApplication(); }};
+  MacInputEvents inputEvents_{
+      [this] { return workspace_.frontmostApplication(); },
+      [this] { return windowServer_.windows(WindowList::onScreenAboveDesktop); }};
   MacTextRecognizer recognizer_;
   MacImages images_;
   MacRandom random_;

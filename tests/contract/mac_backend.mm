@@ -9,13 +9,12 @@
 #include <cstdio>
 
 #include "platform/platform.h"
-#include "platform/process_entry.h"
+#include "tests/contract/beside_main_loop.h"
 #include "tests/contract/spawned_target.h"
 
 namespace tarqo::contract {
 namespace {
 
-constexpr std::size_t kTestStackBytes = 0x1000000;
 constexpr const char* kShell = "/bin/sh";
 
 Backend& sharedBackend() {
@@ -83,22 +82,11 @@ int runTests() {
 
 std::unique_ptr<ContractBackend> makeContractBackend() { return std::make_unique<MacBackend>(); }
 
-void runContract() {
-  const bool started = startThread(kTestStackBytes, [] {
-    const int status = runTests();
-    std::fflush(nullptr);
-    endProcess(status);
-  });
-  if (!started) {
-    std::fputs("no thread to run the tests on\n", stderr);
-    endProcess(1);
-  }
-  sharedBackend().mainLoop().run();
-}
+void runOnThisMac() { runBesideMainLoop(sharedBackend().mainLoop(), runTests); }
 
 }  // namespace tarqo::contract
 
 int main(int argc, char** argv) {
   testing::InitGoogleTest(&argc, argv);
-  tarqo::contract::runContract();
+  tarqo::contract::runOnThisMac();
 }

@@ -1,7 +1,8 @@
 // The simulated desktop under the contract.
 
+#include "tests/contract/sim_backend.h"
+
 #include "platform/sim/sim_desktop.h"
-#include "tests/contract/contract_backend.h"
 
 namespace tarqo::contract {
 namespace {
@@ -101,6 +102,6 @@ class SimBackend final : public ContractBackend {
 
 }  // namespace
 
-std::unique_ptr<ContractBackend> makeContractBackend() { return std::make_unique<SimBackend>(); }
+std::unique_ptr<ContractBackend> makeSimBackend() { return std::make_unique<SimBackend>(); }
 
 }  // namespace tarqo::contract

@@ -36,7 +36,8 @@ class InputEventsTest : public MacTest {
   }
 
   std::optional<Pid> front = 700;
-  MacInputEvents input{[this] { return front; }};
+  std::vector<WindowInfo> windows;
+  MacInputEvents input{[this] { return front; }, [this] { return windows; }};
   std::unique_ptr<EventSource> source = input.makeSource("");
 };
 
@@ -207,18 +208,68 @@ TEST_F(InputEventsTest, PostsKeysOnlyToTheApplicationInFront) {
 
 TEST_F(InputEventsTest, AsksForTheApplicationInFrontAnewBeforeEachKey) {
   int asked = 0;
-  MacInputEvents counting([&] { return ++asked < 3 ? std::optional<Pid>(700) : std::nullopt; });
+  MacInputEvents counting([&] { return ++asked < 3 ? std::optional<Pid>(700) : std::nullopt; },
+                          [&] { return windows; });
   const auto created = counting.create(source.get(), KeyEvent{36, true, 0});
   EXPECT_TRUE(counting.postTo(700, *created));
   EXPECT_TRUE(counting.postTo(700, *created));
   EXPECT_FALSE(counting.postTo(700, *created));
 }
 
-TEST_F(InputEventsTest, PostsMouseAndWheelWhoeverIsInFront) {
-  front.reset();
-  EXPECT_TRUE(input.postTo(700, *input.create(source.get(), MouseEvent{})));
-  EXPECT_TRUE(input.postTo(700, *input.create(source.get(), ScrollEvent{5})));
-  EXPECT_EQ(quartz.posted.size(), 2u);
+WindowInfo window(Pid owner, const Rect& bounds, int layer = 0, double alpha = 1) {
+  return {1, owner, "Owner", bounds, layer, alpha, "Title"};
+}
+
+class ReceiverTest : public InputEventsTest {
+ protected:
+  ReceiverTest() { quartz.pointer = {50, 50}; }
+
+  /// Whether a button and a turn of the wheel at 50,50 would reach the process 700.
+  std::string reached() {
+    const bool button = input.postTo(
+        700, *input.create(nullptr, MouseEvent{MouseEventType::leftDown, {50, 50}, 1}));
+    const bool wheel = input.postTo(700, *input.create(nullptr, ScrollEvent{5}));
+    EXPECT_EQ(quartz.posted.size(), static_cast<std::size_t>(button) + (wheel ? 1 : 0));
+    quartz.posted.clear();
+    return std::string(button ? "button" : "-") + (wheel ? " wheel" : " -");
+  }
+};
+
+TEST_F(ReceiverTest, IsTheOwnerOfTheUppermostWindowThere) {
+  windows = {window(700, {0, 0, 100, 100}), window(701, {0, 0, 500, 500})};
+  EXPECT_EQ(reached(), "button wheel");
+  std::swap(windows[0], windows[1]);
+  EXPECT_EQ(reached(), "- -");
+}
+
+TEST_F(ReceiverTest, IsNobodyWhereThereIsNoWindow) {
+  windows = {window(700, {60, 60, 100, 100})};
+  EXPECT_EQ(reached(), "- -");
+  windows.clear();
+  EXPECT_EQ(reached(), "- -");
+}
+
+TEST_F(ReceiverTest, MayBeUnderAnOverlayOrHaveAMenuOverAnother) {
+  windows = {window(701, {0, 0, 500, 500}, 25), window(702, {0, 0, 500, 500}, 0, 0),
+             window(700, {0, 0, 100, 100})};
+  EXPECT_EQ(reached(), "button wheel");
+  windows = {window(700, {40, 40, 20, 20}, 101), window(701, {0, 0, 500, 500})};
+  EXPECT_EQ(reached(), "button wheel");
+}
+
+TEST_F(ReceiverTest, OfWhatFollowsAButtonIsWhoeverGotThat) {
+  for (const MouseEventType type :
+       {MouseEventType::leftUp, MouseEventType::leftDragged, MouseEventType::rightUp}) {
+    EXPECT_TRUE(input.postTo(700, *input.create(nullptr, MouseEvent{type, {50, 50}, 1})));
+  }
+}
+
+TEST_F(ReceiverTest, OfTheWheelIsNobodyWhileThePointerCannotBeRead) {
+  windows = {window(700, {0, 0, 100, 100})};
+  const auto wheel = input.create(nullptr, ScrollEvent{5});
+  quartz.eventsLeft = 0;
+  EXPECT_FALSE(input.postTo(700, *wheel));
+  EXPECT_TRUE(quartz.posted.empty());
 }
 
 TEST_F(InputEventsTest, ReadsWhereThePointerIs) {

@@ -20,7 +20,10 @@ inline constexpr Pid kPid = 7;
 
 class MacTest : public testing::Test {
  protected:
-  MacTest() { startAnew(); }
+  MacTest() {
+    standin::complain = [](const std::string& what) { ADD_FAILURE() << what; };
+    startAnew();
+  }
 
   /// What the test itself holds is gone by now, since its members are those of a derived class.
   ~MacTest() override {

@@ -1,7 +1,5 @@
 #include "tests/platform/mac/standin/core_foundation.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -150,7 +148,7 @@ class Url final : public Object {
 
 template <typename T>
 Owned owned(T* object) {
-  return Owned::adopt(object);
+  return Owned::adopt(object->reference());
 }
 
 void appendUtf8(char32_t codePoint, std::string& out) {
@@ -277,6 +275,15 @@ Owned dictionary(const std::vector<std::pair<std::string, Owned>>& entries) {
     pairs.emplace_back(keys.back().get(), value.get());
   }
   return owned(Heap::instance().make<Dictionary>(std::move(pairs)));
+}
+
+CFTypeRef emptyArray() {
+  return Heap::instance().makeConstant<Array>(std::vector<CFTypeRef>(), true)->reference();
+}
+CFTypeRef emptyDictionary() {
+  return Heap::instance()
+      .makeConstant<Dictionary>(std::vector<std::pair<CFTypeRef, CFTypeRef>>())
+      ->reference();
 }
 
 Owned url(std::string_view text, std::string_view base) {
@@ -437,8 +444,10 @@ CFDictionaryRef CFDictionaryCreate(CFAllocatorRef /*allocator*/, const void** ke
                                    const void** values, CFIndex count,
                                    const CFDictionaryKeyCallBacks* keyCallBacks,
                                    const CFDictionaryValueCallBacks* valueCallBacks) {
-  EXPECT_EQ(keyCallBacks, &kCFTypeDictionaryKeyCallBacks);
-  EXPECT_EQ(valueCallBacks, &kCFTypeDictionaryValueCallBacks);
+  if (keyCallBacks != &kCFTypeDictionaryKeyCallBacks ||
+      valueCallBacks != &kCFTypeDictionaryValueCallBacks) {
+    complain("a dictionary that does not hold its entries");
+  }
   std::vector<std::pair<CFTypeRef, CFTypeRef>> entries;
   for (CFIndex i = 0; i < count; ++i) {
     entries.emplace_back(keys[i], values[i]);

@@ -25,6 +25,9 @@ using Owned = tarqo::mac::CfRef<CFTypeRef>;
 [[nodiscard]] Owned null();
 [[nodiscard]] Owned array(const std::vector<Owned>& values);
 [[nodiscard]] Owned dictionary(const std::vector<std::pair<std::string, Owned>>& entries);
+/// What the literals of nothing stand for; constants.
+[[nodiscard]] CFTypeRef emptyArray();
+[[nodiscard]] CFTypeRef emptyDictionary();
 [[nodiscard]] Owned url(std::string_view text, std::string_view base = "");
 [[nodiscard]] Owned foreign();
 [[nodiscard]] Owned point(double x, double y);

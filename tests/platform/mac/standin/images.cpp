@@ -3,9 +3,11 @@
 #include <ApplicationServices/ApplicationServices.h>
 #include <ImageIO/ImageIO.h>
 
-#include <gtest/gtest.h>
-
 #include <sstream>
+#include <utility>
+
+#include "tests/platform/mac/standin/desktop.h"
+#include "tests/platform/mac/standin/faults.h"
 
 namespace standin {
 namespace {
@@ -23,16 +25,26 @@ class Data final : public Object {
 
 class Picture final : public Object {
  public:
-  Picture(std::size_t width, std::size_t height) : width_(width), height_(height) {}
+  Picture(std::size_t width, std::size_t height, std::optional<tarqo::Image> its = std::nullopt)
+      : pixels(std::move(its)), width_(width), height_(height) {}
   [[nodiscard]] CFTypeID type() const override { return typeNamed("CGImage"); }
   [[nodiscard]] std::string description() const override { return "an image"; }
   [[nodiscard]] std::size_t width() const { return width_; }
   [[nodiscard]] std::size_t height() const { return height_; }
+  std::optional<tarqo::Image> pixels;  ///< Of the desktop.
 
  private:
   std::size_t width_;
   std::size_t height_;
 };
+
+/// The file of an image of the desktop; empty when it cannot be made.
+std::string fileOf(const tarqo::Image& pixels) {
+  const auto encoded =
+      onDesktop([&](const tarqo::Platform& platform) { return platform.images.encodePng(pixels); });
+  const auto* bytes = std::get_if<std::string>(&encoded);
+  return bytes == nullptr ? "" : *bytes;
+}
 
 class Destination final : public Object {
  public:
@@ -54,6 +66,10 @@ class PictureSource final : public Object {
   [[nodiscard]] std::string description() const override { return "a source of images"; }
   std::string bytes;
 };
+
+CGImageRef toRefOrNull(const tarqo::mac::CfRef<CGImageRef>& image) {
+  return image ? static_cast<CGImageRef>(const_cast<void*>(CFRetain(image.get()))) : nullptr;
+}
 
 }  // namespace
 
@@ -81,6 +97,20 @@ tarqo::mac::CfRef<CGImageRef> image(std::size_t width, std::size_t height) {
   return tarqo::mac::adopt(toRef<CGImageRef>(Heap::instance().make<Picture>(width, height)));
 }
 
+tarqo::mac::CfRef<CGImageRef> image(const std::optional<tarqo::Image>& pixels) {
+  if (!pixels) {
+    return {};
+  }
+  return tarqo::mac::adopt(toRef<CGImageRef>(
+      Heap::instance().make<Picture>(static_cast<std::size_t>(pixels->widthPx),
+                                     static_cast<std::size_t>(pixels->heightPx), pixels)));
+}
+
+const tarqo::Image* pixelsOf(CGImageRef image) {
+  const auto& pixels = as<Picture>(image, "an image").pixels;
+  return pixels ? &*pixels : nullptr;
+}
+
 }  // namespace standin
 
 using namespace standin;
@@ -88,6 +118,9 @@ using namespace standin;
 extern "C" {
 
 CFDataRef CFDataCreate(CFAllocatorRef /*allocator*/, const UInt8* bytes, CFIndex length) {
+  if (Faults::instance().next("CFDataCreate").fails()) {
+    return nullptr;
+  }
   if (ImageFiles::instance().refusesData) {
     return nullptr;
   }
@@ -95,7 +128,12 @@ CFDataRef CFDataCreate(CFAllocatorRef /*allocator*/, const UInt8* bytes, CFIndex
       std::string(reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(length))));
 }
 CFMutableDataRef CFDataCreateMutable(CFAllocatorRef /*allocator*/, CFIndex capacity) {
-  EXPECT_EQ(capacity, 0) << "which is no limit";
+  if (Faults::instance().next("CFDataCreateMutable").fails()) {
+    return nullptr;
+  }
+  if (capacity != 0) {
+    complain("data with a limit");
+  }
   return ImageFiles::instance().refusesData
              ? nullptr
              : toRef<CFMutableDataRef>(Heap::instance().make<Data>(""));
@@ -114,25 +152,38 @@ size_t CGImageGetHeight(CGImageRef image) {
 
 CGImageDestinationRef CGImageDestinationCreateWithData(CFMutableDataRef data, CFStringRef type,
                                                        size_t count, CFDictionaryRef /*options*/) {
+  if (Faults::instance().next("CGImageDestinationCreateWithData").fails()) {
+    return nullptr;
+  }
   ImageFiles& files = ImageFiles::instance();
   files.type = nameOf(type);
-  EXPECT_EQ(count, 1u);
+  if (count != 1) {
+    complain("a file of several images");
+  }
   return files.refusesDestinations
              ? nullptr
              : toRef<CGImageDestinationRef>(Heap::instance().make<Destination>(data));
 }
 void CGImageDestinationAddImage(CGImageDestinationRef destination, CGImageRef image,
                                 CFDictionaryRef /*properties*/) {
+  const tarqo::Image* pixels = pixelsOf(image);
   as<Destination>(destination, "CGImageDestinationAddImage").waiting =
-      pngFile(CGImageGetWidth(image), CGImageGetHeight(image));
+      pixels != nullptr ? fileOf(*pixels)
+                        : pngFile(CGImageGetWidth(image), CGImageGetHeight(image));
 }
 bool CGImageDestinationFinalize(CGImageDestinationRef destination) {
+  if (Faults::instance().next("CGImageDestinationFinalize").fails()) {
+    return false;
+  }
   const auto& its = as<Destination>(destination, "CGImageDestinationFinalize");
   its.data().bytes = its.waiting;
-  return !ImageFiles::instance().cannotFinish;
+  return !ImageFiles::instance().cannotFinish && !its.waiting.empty();
 }
 
 CGImageSourceRef CGImageSourceCreateWithData(CFDataRef data, CFDictionaryRef /*options*/) {
+  if (Faults::instance().next("CGImageSourceCreateWithData").fails()) {
+    return nullptr;
+  }
   return ImageFiles::instance().refusesSources
              ? nullptr
              : toRef<CGImageSourceRef>(Heap::instance().make<standin::PictureSource>(
@@ -140,8 +191,15 @@ CGImageSourceRef CGImageSourceCreateWithData(CFDataRef data, CFDictionaryRef /*o
 }
 CGImageRef CGImageSourceCreateImageAtIndex(CGImageSourceRef source, size_t index,
                                            CFDictionaryRef /*options*/) {
+  if (Faults::instance().next("CGImageSourceCreateImageAtIndex").fails()) {
+    return nullptr;
+  }
   const std::string& bytes =
       as<standin::PictureSource>(source, "CGImageSourceCreateImageAtIndex").bytes;
+  if (hasDesktop()) {
+    return toRefOrNull(standin::image(onDesktop(
+        [&](const tarqo::Platform& platform) { return platform.images.decodePng(bytes); })));
+  }
   const std::size_t at = bytes.find(kPicture);
   if (index != 0 || at == std::string::npos) {
     return nullptr;
@@ -157,17 +215,33 @@ CFStringRef kAXTrustedCheckOptionPrompt = CFSTR("AXTrustedCheckOptionPrompt");
 
 Boolean AXIsProcessTrusted(void) {
   constexpr Boolean kOddTruth = 0x80;
-  return Grants::instance().trusted ? kOddTruth : Boolean{0};
+  const bool trusted = hasDesktop() ? onDesktop([](const tarqo::Platform& platform) {
+    return platform.permissions.accessibilityTrusted();
+  })
+                                    : Grants::instance().trusted;
+  return trusted ? kOddTruth : Boolean{0};
 }
 Boolean AXIsProcessTrustedWithOptions(CFDictionaryRef options) {
   CFTypeRef prompt = CFDictionaryGetValue(options, kAXTrustedCheckOptionPrompt);
   if (prompt == kCFBooleanTrue) {
     ++Grants::instance().prompts;
+    onDesktop(
+        [](const tarqo::Platform& platform) { platform.permissions.promptForAccessibility(); });
   }
   return AXIsProcessTrusted();
 }
-bool CGPreflightScreenCaptureAccess(void) { return Grants::instance().capture; }
+bool CGPreflightScreenCaptureAccess(void) {
+  return hasDesktop() ? onDesktop([](const tarqo::Platform& platform) {
+    return platform.permissions.captureAccess();
+  })
+                      : Grants::instance().capture;
+}
 bool CGRequestScreenCaptureAccess(void) {
+  if (hasDesktop()) {
+    return onDesktop([](const tarqo::Platform& platform) {
+      return platform.permissions.requestCaptureAccess();
+    });
+  }
   Grants& grants = Grants::instance();
   ++grants.captureRequests;
   grants.capture = grants.capture || grants.captureAfterRequest;

@@ -4,8 +4,10 @@
 #include <CoreGraphics/CoreGraphics.h>
 
 #include <cstddef>
+#include <optional>
 #include <string>
 
+#include "platform/images.h"
 #include "tests/platform/mac/standin/core_foundation.h"
 
 namespace standin {
@@ -29,6 +31,11 @@ class ImageFiles {
 };
 
 [[nodiscard]] tarqo::mac::CfRef<CGImageRef> image(std::size_t width, std::size_t height);
+
+/// An image of the desktop; null for none.
+[[nodiscard]] tarqo::mac::CfRef<CGImageRef> image(const std::optional<tarqo::Image>& pixels);
+/// Lent; null when the image has no pixels of the desktop.
+[[nodiscard]] const tarqo::Image* pixelsOf(CGImageRef image);
 
 struct Grants {
   static Grants& instance();

@@ -1,6 +1,11 @@
 #include "tests/platform/mac/standin/quartz.h"
 
 #include <algorithm>
+#include <utility>
+
+#include "tests/platform/mac/standin/desktop.h"
+#include "tests/platform/mac/standin/desktop_quartz.h"
+#include "tests/platform/mac/standin/faults.h"
 
 namespace standin {
 namespace {
@@ -52,10 +57,14 @@ EventFields& fieldsOf(CGEventRef event, std::string_view user) {
   return as<Event>(event, user).fields;
 }
 
-const Display* displayOf(CGDirectDisplayID id) {
-  const auto& all = Quartz::instance().displays;
+std::vector<Display> displays() {
+  return hasDesktop() ? desktopDisplays() : Quartz::instance().displays;
+}
+
+std::optional<Display> displayOf(CGDirectDisplayID id) {
+  const std::vector<Display> all = displays();
   const auto found = std::ranges::find(all, id, &Display::id);
-  return found == all.end() ? nullptr : &*found;
+  return found == all.end() ? std::nullopt : std::optional(*found);
 }
 
 std::optional<double> entryOf(CFDictionaryRef dictionary, const char* key) {
@@ -94,9 +103,15 @@ const CFStringRef kCGWindowAlpha = CFSTR("kCGWindowAlpha");
 const CFStringRef kCGWindowName = CFSTR("kCGWindowName");
 
 CFArrayRef CGWindowListCopyWindowInfo(CGWindowListOption option, CGWindowID relativeToWindow) {
+  if (Faults::instance().next("CGWindowListCopyWindowInfo").fails()) {
+    return nullptr;
+  }
   Quartz& quartz = Quartz::instance();
   quartz.windowOptions = option;
   quartz.relativeTo = relativeToWindow;
+  if (hasDesktop()) {
+    return static_cast<CFArrayRef>(copy(desktopWindows(option)));
+  }
   return static_cast<CFArrayRef>(copy(quartz.windows));
 }
 
@@ -113,30 +128,46 @@ bool CGRectMakeWithDictionaryRepresentation(CFDictionaryRef dictionary, CGRect* 
 }
 
 CFDictionaryRef CGSessionCopyCurrentDictionary(void) {
-  return static_cast<CFDictionaryRef>(copy(Quartz::instance().session));
+  if (Faults::instance().next("CGSessionCopyCurrentDictionary").fails()) {
+    return nullptr;
+  }
+  return static_cast<CFDictionaryRef>(
+      copy(hasDesktop() ? desktopSession() : Quartz::instance().session));
 }
 
-CGDirectDisplayID CGMainDisplayID(void) { return Quartz::instance().mainDisplay; }
+CGDirectDisplayID CGMainDisplayID(void) {
+  if (hasDesktop()) {
+    const std::vector<Display> displays = desktopDisplays();
+    return displays.empty() ? 0 : displays.front().id;
+  }
+  return Quartz::instance().mainDisplay;
+}
 CGError CGGetActiveDisplayList(uint32_t maxDisplays, CGDirectDisplayID* displays,
                                uint32_t* displayCount) {
+  if (Faults::instance().next("CGGetActiveDisplayList").fails()) {
+    return CGError{1000};
+  }
   const Quartz& quartz = Quartz::instance();
-  const std::size_t all = displays == nullptr
-                              ? quartz.displays.size()
-                              : quartz.displaysLeft.value_or(quartz.displays.size());
+  const std::vector<Display> shown = standin::displays();
+  const std::size_t all =
+      displays == nullptr ? shown.size() : quartz.displaysLeft.value_or(shown.size());
   const std::size_t count = displays == nullptr ? all : std::min<std::size_t>(all, maxDisplays);
   for (std::size_t i = 0; displays != nullptr && i < count; ++i) {
-    displays[i] = quartz.displays[i].id;
+    displays[i] = shown[i].id;
   }
   *displayCount = static_cast<uint32_t>(count);
   return quartz.displayError;
 }
 CGRect CGDisplayBounds(CGDirectDisplayID display) {
-  const Display* its = displayOf(display);
-  return its == nullptr ? CGRect{} : its->bounds;
+  const std::optional<Display> its = displayOf(display);
+  return !its ? CGRect{} : its->bounds;
 }
 CGDisplayModeRef CGDisplayCopyDisplayMode(CGDirectDisplayID display) {
-  const Display* its = displayOf(display);
-  if (its == nullptr || its->widthPx == 0) {
+  if (Faults::instance().next("CGDisplayCopyDisplayMode").fails()) {
+    return nullptr;
+  }
+  const std::optional<Display> its = displayOf(display);
+  if (!its || its->widthPx == 0) {
     return nullptr;
   }
   return toRef<CGDisplayModeRef>(Heap::instance().make<DisplayMode>(
@@ -150,14 +181,20 @@ size_t CGDisplayModeGetPixelWidth(CGDisplayModeRef mode) {
 }
 
 CGEventSourceRef CGEventSourceCreate(CGEventSourceStateID state) {
+  if (Faults::instance().next("CGEventSourceCreate").fails()) {
+    return nullptr;
+  }
   return Quartz::instance().refusesSources
              ? nullptr
              : toRef<CGEventSourceRef>(Heap::instance().make<standin::EventSource>(state));
 }
 
 CGEventRef CGEventCreate(CGEventSourceRef source) {
+  if (Faults::instance().next("CGEventCreate").fails()) {
+    return nullptr;
+  }
   EventFields fields;
-  fields.at = Quartz::instance().pointer;
+  fields.at = hasDesktop() ? desktopPointer() : Quartz::instance().pointer;
   return make(source, std::move(fields));
 }
 CGPoint CGEventGetLocation(CGEventRef event) {
@@ -166,6 +203,9 @@ CGPoint CGEventGetLocation(CGEventRef event) {
 
 CGEventRef CGEventCreateMouseEvent(CGEventSourceRef source, CGEventType type, CGPoint position,
                                    CGMouseButton button) {
+  if (Faults::instance().next("CGEventCreateMouseEvent").fails()) {
+    return nullptr;
+  }
   EventFields fields;
   fields.type = type;
   fields.at = position;
@@ -174,6 +214,9 @@ CGEventRef CGEventCreateMouseEvent(CGEventSourceRef source, CGEventType type, CG
 }
 
 CGEventRef CGEventCreateKeyboardEvent(CGEventSourceRef source, CGKeyCode virtualKey, bool keyDown) {
+  if (Faults::instance().next("CGEventCreateKeyboardEvent").fails()) {
+    return nullptr;
+  }
   EventFields fields;
   fields.type = keyDown ? kCGEventKeyDown : kCGEventKeyUp;
   fields.key = virtualKey;
@@ -197,6 +240,9 @@ void CGEventSetIntegerValueField(CGEventRef event, CGEventField field, int64_t v
 CGEventRef CGEventCreateScrollWheelEvent2(CGEventSourceRef source, CGScrollEventUnit units,
                                           uint32_t wheelCount, int32_t wheel1, int32_t wheel2,
                                           int32_t wheel3) {
+  if (Faults::instance().next("CGEventCreateScrollWheelEvent2").fails()) {
+    return nullptr;
+  }
   EventFields fields;
   fields.type = kCGEventScrollWheel;
   fields.unit = units;
@@ -206,7 +252,12 @@ CGEventRef CGEventCreateScrollWheelEvent2(CGEventSourceRef source, CGScrollEvent
 }
 
 void CGEventPost(CGEventTapLocation tap, CGEventRef event) {
-  Quartz::instance().posted.push_back({tap, fieldsOf(event, "CGEventPost")});
+  const EventFields& fields = fieldsOf(event, "CGEventPost");
+  if (hasDesktop()) {
+    postOnDesktop(fields);
+    return;
+  }
+  Quartz::instance().posted.push_back({tap, fields});
 }
 
 }  // extern "C"

@@ -3,6 +3,7 @@
 
 #include <CoreFoundation/CoreFoundation.h>
 #include <unicode/brkiter.h>
+#include <unicode/coll.h>
 #include <unicode/locid.h>
 #include <unicode/uchar.h>
 #include <unicode/unistr.h>
@@ -10,8 +11,8 @@
 #include <cstdlib>
 #include <memory>
 
-#include "platform/unicode.h"
 #include "tests/platform/mac/standin/core_foundation.h"
+#include "tests/platform/mac/standin/language.h"
 
 using standin::as;
 using standin::String;
@@ -60,11 +61,22 @@ Boolean CFCharacterSetIsLongCharacterMember(CFCharacterSetRef set, UTF32Char cha
 
 }  // extern "C"
 
-// Foundation's part, whose tests are left out here.
-namespace tarqo::unicode {
+namespace standin {
 
-std::string lowered(std::string_view /*text*/) { std::abort(); }
+std::u16string lowered(const std::u16string& text) {
+  icu::UnicodeString whole(text.data(), static_cast<std::int32_t>(text.size()));
+  whole.toLower(icu::Locale::getRoot());
+  return {whole.getBuffer(), static_cast<std::size_t>(whole.length())};
+}
 
-int compareForDisplay(std::string_view /*a*/, std::string_view /*b*/) { std::abort(); }
+int compare(const std::u16string& a, const std::u16string& b) {
+  UErrorCode status = U_ZERO_ERROR;
+  // "C" is no language, though ICU has rules for it.
+  const std::unique_ptr<icu::Collator> collator(
+      icu::Collator::createInstance(icu::Locale::getRoot(), status));
+  collator->setStrength(icu::Collator::SECONDARY);
+  return collator->compare(a.data(), static_cast<std::int32_t>(a.size()), b.data(),
+                           static_cast<std::int32_t>(b.size()));
+}
 
-}  // namespace tarqo::unicode
+}  // namespace standin
