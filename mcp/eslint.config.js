@@ -9,7 +9,7 @@ export default defineConfig(
   ts.configs.stylisticTypeChecked,
   {
     languageOptions: {
-      parserOptions: { projectService: { allowDefaultProject: ['eslint.config.js'] } },
+      parserOptions: { projectService: { allowDefaultProject: ['eslint.config.js', 'build.js'] } },
     },
     rules: {
       'max-lines': ['error', { max: 400 }],

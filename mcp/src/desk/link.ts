@@ -1,0 +1,98 @@
+// The line to the helper: started when it is needed, replaced when it is lost.
+
+import { randomInt } from 'node:crypto';
+
+import type { Secrets } from '../access/secrets.js';
+import { HelperClient, type HelperResult } from '../helper/client.js';
+import type { FoundHelper } from '../helper/find.js';
+import type { HelperTap } from '../helper/tap.js';
+import { Refused } from './queue.js';
+
+export interface LinkOptions {
+  /** The helper's program; a sentence when there is none. */
+  helper: FoundHelper | string;
+  environment: NodeJS.ProcessEnv;
+  secrets: Secrets;
+  tap?: HelperTap | undefined;
+}
+
+/** How long the helper may take for an answer that takes no time of its own. */
+export const answerMs = 10_000;
+
+export class HelperLink {
+  private client: HelperClient | undefined;
+  private closed = false;
+
+  constructor(
+    readonly options: LinkOptions,
+    /** Called when a helper is gone, with why: everything of it is worth nothing from then on. */
+    private readonly onLost: (why: string) => void,
+  ) {}
+
+  /** Whether a helper is running. */
+  get alive(): boolean {
+    return this.client?.alive === true;
+  }
+
+  get pid(): number | undefined {
+    return this.alive ? this.client?.pid : undefined;
+  }
+
+  /** Throws HelperRefusal, HelperLost, or Refused when there is no helper to start. */
+  async ask(
+    method: string,
+    args: Record<string, unknown> = {},
+    limitMs = answerMs,
+  ): Promise<HelperResult> {
+    return this.running().request(method, args, limitMs);
+  }
+
+  private running(): HelperClient {
+    if (this.client?.alive === true) {
+      return this.client;
+    }
+    const { helper, environment, secrets, tap } = this.options;
+    if (typeof helper === 'string' || this.closed) {
+      const why = typeof helper === 'string' ? helper : 'The server is ending.';
+      throw new Refused('no_helper', why, 'Tell the user.');
+    }
+    const client: HelperClient = new HelperClient({
+      command: helper.command,
+      environment,
+      tap,
+      redact: (line) => secrets.redactLine(line),
+      onLost: (why) => {
+        if (this.client === client) {
+          this.client = undefined;
+        }
+        this.onLost(why);
+      },
+    });
+    this.client = client;
+    return client;
+  }
+
+  /** Ends the helper; none is started after it. */
+  async close(): Promise<void> {
+    this.closed = true;
+    await this.client?.close();
+  }
+
+  /** Ends the helper at once, when there is no time to wait. */
+  kill(): void {
+    this.closed = true;
+    this.client?.kill();
+  }
+}
+
+const consonants = 'bcdfghjklmnpqrstvwxz';
+
+/** Three letters that are taken by none of `others`: hard to guess, and not a word. */
+export function freshLetters(others: ReadonlyMap<string, unknown>): string {
+  for (;;) {
+    const letters = Array.from({ length: 3 }, () => consonants[randomInt(consonants.length)]);
+    if (!others.has(letters.join(''))) {
+      return letters.join('');
+    }
+  }
+}

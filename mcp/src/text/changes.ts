@@ -1,0 +1,100 @@
+// What changed, as lines: "~" says something else now, "+" is new, "-" is gone.
+
+import type { Differences } from '../window/differences.js';
+import { everyNode, type Node } from '../window/node.js';
+import type { Observation } from '../window/observation.js';
+import { brief, lineOf, outlineStyle, states } from './line.js';
+import { outline } from './outline.js';
+import { quoted } from './safe.js';
+
+function was(node: Node, before: Node): string {
+  const parts: string[] = [];
+  if (node.name !== before.name) {
+    parts.push(before.name === '' ? 'nameless' : quoted(before.name, 60));
+  }
+  if (node.value !== before.value && !node.secure && before.value !== before.name) {
+    parts.push(before.value === '' ? 'empty' : `= ${quoted(before.value, 60)}`);
+  }
+  const without = (list: string[]) => list.filter((state) => state !== 'focused').join(' ');
+  const stood = without(states(before));
+  if (stood !== without(states(node))) {
+    parts.push(stood === '' ? 'not so' : stood);
+  }
+  return parts.length === 0 ? '' : ` (was ${parts.join(' ')})`;
+}
+
+function addition(node: Node, observation: Observation, budget: number): string {
+  const tree = outline({
+    roots: [node],
+    tag: observation.tag,
+    budget: Math.max(0, Math.floor(budget * 0.9)),
+    view: observation.bounds,
+  });
+  const [first = '', ...rest] = tree.text.split('\n');
+  const where = node.parent === undefined ? '' : ` (in ${brief(node.parent)})`;
+  return [`+ ${first}${where}`, ...rest.map((line) => `  ${line}`)].join('\n');
+}
+
+function removal(node: Node): string {
+  const below = [...everyNode([node])].length - 1;
+  return `- ${brief(node)}${below > 0 ? ` and ${below} below it` : ''}`;
+}
+
+interface Item {
+  weight: number;
+  /** At most about `budget` characters. */
+  write(budget: number): string;
+}
+
+function items(found: Differences, after: Observation): Item[] {
+  const act = (node: Node) => (node.clickable || node.editable ? 1 : 0);
+  return [
+    ...found.changed.map(({ node, was: before }) => ({
+      weight: node.inMenu ? 0 : 4 + act(node),
+      write: () => `~ ${lineOf(node, outlineStyle)}${was(node, before)}`,
+    })),
+    ...found.added.map((node) => ({
+      weight: node.inMenu ? 0 : 3 + act(node),
+      write: (budget: number) => addition(node, after, budget),
+    })),
+    ...found.removed.map((node) => ({
+      weight: node.inMenu ? 0 : 2 + act(node) * 0.5,
+      write: () => removal(node),
+    })),
+  ];
+}
+
+/** The changes of a window in at most `budget` characters; empty when nothing differs. */
+export function changes(found: Differences, after: Observation, budget: number): string {
+  const all = items(found, after).sort((a, b) => b.weight - a.weight);
+  const note = (count: number) => `… ${count} more changes: observe ${after.target.letters}`;
+  const lines: string[] = [];
+  let left = budget - note(all.length).length - 1;
+  if (found.focused !== undefined) {
+    const line = `focus is on ${brief(found.focused)}`;
+    if (line.length < left) {
+      lines.push(line);
+      left -= line.length + 1;
+    }
+  }
+  let skipped = 0;
+  for (const item of all) {
+    const line = left > 40 ? item.write(left) : undefined;
+    if (line === undefined || line.length + 1 > left) {
+      skipped++;
+      continue;
+    }
+    lines.push(line);
+    left -= line.length + 1;
+  }
+  if (all.length === 0 && found.moved > 0) {
+    const line = `${found.moved} lines are at another place`;
+    if (line.length < left) {
+      lines.push(line);
+    }
+  }
+  if (skipped > 0) {
+    lines.push(note(skipped));
+  }
+  return lines.join('\n');
+}

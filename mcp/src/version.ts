@@ -1,0 +1,2 @@
+// The version of the package, which is that of the helper.
+export const version = '0.1.0';
