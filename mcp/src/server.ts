@@ -122,12 +122,18 @@ async function repaired(stale: Stale, call: Call, house: House): Promise<string>
     const names = open.map((one) => `${one.letters} ${quoted(one.name, 40)}`).join(', ');
     return open.length === 0 ? refusal : `${refusal}\nopen are: ${names}`;
   }
+  const { observation, number } = stale;
+  const usable = observation !== undefined && observation.ended === undefined;
+  if (stale.code === 'unknown_node' && usable) {
+    // It is the last look still, and there is no such line in it.
+    return `${refusal}\n${around(observation, number, observation, repairBudget)}`;
+  }
   try {
     const look = await desk.queue.run(call.signal, () => desk.look(target));
-    if (stale.observation?.window !== look.observation.window) {
+    if (observation?.window !== look.observation.window) {
       return `${refusal}\n${windowText(look, repairBudget)}`;
     }
-    const place = around(look.observation, stale.number, stale.observation, repairBudget);
+    const place = around(look.observation, number, observation, repairBudget);
     return `${refusal}\n${headOf(look)}\n${place}`;
   } catch (error) {
     const why = error instanceof Error ? plain(error.message, 300) : '';

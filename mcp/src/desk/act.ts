@@ -6,7 +6,6 @@ import type { Node } from '../window/node.js';
 import { sameWindow, type Observation } from '../window/observation.js';
 import { differences, extent } from '../window/differences.js';
 import type { Desk, Look } from './desk.js';
-import { answerMs } from './link.js';
 import { Cancelled } from './queue.js';
 
 export interface Deed {
@@ -68,7 +67,7 @@ export async function act(
   const started = desk.now();
   try {
     const args = { ...deed.args, nodeId: node.helperId };
-    acted.result = await desk.link.ask(deed.method, args, answerMs + (deed.extraMs ?? 0));
+    acted.result = await desk.link.ask(deed.method, args, deed.extraMs);
   } catch (error) {
     if (!(error instanceof HelperRefusal || error instanceof HelperLost)) {
       throw error;

@@ -15,7 +15,7 @@ import {
   type Target,
 } from '../window/observation.js';
 import { Handles } from './handles.js';
-import { answerMs, freshLetters, HelperLink, type LinkOptions } from './link.js';
+import { freshLetters, HelperLink, type LinkOptions } from './link.js';
 import { Queue, Refused } from './queue.js';
 
 export interface InstalledApp extends App {
@@ -35,8 +35,9 @@ export interface Look {
   notes: string[];
 }
 
-const connectMs = 30_000;
-const readTextMs = 30_000;
+// Launching takes up to 10 s, finding the window of a site 8 s more.
+const connectMs = 20_000;
+const readTextMs = 20_000;
 const mostNodes = 5000;
 // Enough for every task of a desktop; the tenth application is opened again when it is needed.
 const mostTargets = 12;
@@ -283,7 +284,7 @@ export class Desk {
       maxNodes: mostNodes,
     };
     const ask = (args: Record<string, unknown>) =>
-      this.link.ask('observe', args, options.ocr === true ? readTextMs : answerMs);
+      this.link.ask('observe', args, options.ocr === true ? readTextMs : 0);
     try {
       return await ask(wanted);
     } catch (error) {

@@ -14,9 +14,11 @@ export interface LinkOptions {
   environment: NodeJS.ProcessEnv;
   secrets: Secrets;
   tap?: HelperTap | undefined;
+  /** How long the helper may take for an answer that takes no time of its own. */
+  answerMs: number;
 }
 
-/** How long the helper may take for an answer that takes no time of its own. */
+/** A helper that has not answered after this long never will. */
 export const answerMs = 10_000;
 
 export class HelperLink {
@@ -38,13 +40,16 @@ export class HelperLink {
     return this.alive ? this.client?.pid : undefined;
   }
 
-  /** Throws HelperRefusal, HelperLost, or Refused when there is no helper to start. */
+  /**
+   * Asks what takes `extraMs` longer than an answer at once. Throws HelperRefusal, HelperLost, or
+   * Refused when there is no helper to start.
+   */
   async ask(
     method: string,
     args: Record<string, unknown> = {},
-    limitMs = answerMs,
+    extraMs = 0,
   ): Promise<HelperResult> {
-    return this.running().request(method, args, limitMs);
+    return this.running().request(method, args, this.options.answerMs + extraMs);
   }
 
   private running(): HelperClient {

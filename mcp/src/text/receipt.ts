@@ -136,7 +136,8 @@ function unknownText(acted: Acted, what: string): string {
         : plain(problem.message, longestMessage);
   return (
     `unknown · ${what}: ${reason}\n` +
-    'next: it may have happened. Do not repeat it; look at what is below first.'
+    `next: it may have happened${changedNothing(acted) ? ', though nothing was seen to change' : ''}. ` +
+    'Do not repeat it before you are sure from what is below.'
   );
 }
 
@@ -192,7 +193,11 @@ export function receiptText(acted: Acted, budget: number, picture?: string): str
         : plain(after.message, longestMessage);
     return `${outcome}\nno look afterwards: ${problem}`;
   }
-  if (acted.outcome === 'refused' && sameWindow(acted.before, after.observation)) {
+  const nothingNew =
+    acted.outcome === 'refused'
+      ? sameWindow(acted.before, after.observation)
+      : acted.outcome === 'unknown' && changedNothing(acted);
+  if (nothingNew) {
     const head = headOf(after, picture);
     const place = around(
       after.observation,
