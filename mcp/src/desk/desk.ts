@@ -39,6 +39,9 @@ export interface Look {
 const connectMs = 20_000;
 const readTextMs = 20_000;
 const mostNodes = 5000;
+// How long a new window may take to fill, and how many nodes it has before.
+const fillMs = 3000;
+const emptyWindow = 2;
 // Enough for every task of a desktop; the tenth application is opened again when it is needed.
 const mostTargets = 12;
 
@@ -232,6 +235,20 @@ export class Desk {
   /** Whether the helper is connected to the target now. */
   isBoundTo(target: Target): boolean {
     return this.bound === target;
+  }
+
+  /** The first look after opening: a window that just came up is given time to fill. */
+  async firstLook(target: Target, options: LookOptions, wasRunning: boolean): Promise<Look> {
+    const settle = () => this.link.ask('settle', { quietMs: 300, timeoutMs: fillMs });
+    if (!wasRunning) {
+      await settle();
+    }
+    let look = await this.look(target, options);
+    if (look.observation.byNumber.size <= emptyWindow) {
+      await settle();
+      look = await this.look(target, options);
+    }
+    return look;
   }
 
   /** Looks at the target's window; whatever was looked at before cannot be acted on any more. */

@@ -37,7 +37,7 @@ const stepSchema = z.strictObject({
     .max(200)
     .optional()
     .describe('instead of node: the one with this name then'),
-  role: z.string().max(40).optional(),
+  role: z.string().max(40).optional().describe('with find or alone; the focused one of several'),
   count: clickFields.count,
   text: z.string().max(2000).optional(),
   secret: z.string().max(100).optional(),
@@ -102,11 +102,13 @@ function byHandle(handle: string, start: Observation, now: Observation, house: H
 /** The one node of that name: of several the one whose whole name it is, or that can be clicked. */
 function byName(step: Step, now: Observation): Node {
   const wanted = step.find ?? '';
+  const what = `${step.role ?? 'node'}${wanted === '' ? '' : ` ${quoted(wanted, 60)}`}`;
   let found = matching(now, { text: wanted, role: step.role });
   const narrowings: ((node: Node) => boolean)[] = [
     (node) => node.name.toLowerCase() === wanted.trim().toLowerCase(),
     (node) => !node.inMenu,
     (node) => node.enabled && (node.clickable || node.editable),
+    (node) => node.focused,
   ];
   for (const test of narrowings) {
     const narrower = found.filter(test);
@@ -114,18 +116,18 @@ function byName(step: Step, now: Observation): Node {
   }
   const [node] = found;
   if (node === undefined) {
-    throw new Stop('not_found', `nothing is called ${quoted(wanted, 60)}`);
+    throw new Stop('not_found', `there is no ${what}`);
   }
   if (found.length > 1) {
     const list = found.slice(0, 6).map(brief).join(', ');
-    throw new Stop('ambiguous', `${found.length} are called ${quoted(wanted, 60)}: ${list}`);
+    throw new Stop('ambiguous', `there are ${found.length} of ${what}: ${list}`);
   }
   return node;
 }
 
 function nodeOf(step: Step, start: Observation, now: Observation, house: House): Node {
-  if ((step.node === undefined) === (step.find === undefined)) {
-    throw new Stop('invalid_argument', 'give either node or find');
+  if ((step.node === undefined) === (step.find === undefined && step.role === undefined)) {
+    throw new Stop('invalid_argument', 'give either node, or find or role');
   }
   return step.node === undefined ? byName(step, now) : byHandle(step.node, start, now, house);
 }

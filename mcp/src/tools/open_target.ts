@@ -25,7 +25,8 @@ export const openTarget = tool({
     return desk.queue.run(call.signal, async () => {
       const app = await desk.resolve(args.app);
       const { target, info } = await desk.open(app, args.site);
-      const look = await desk.look(target, { picture: args.picture !== false });
+      const wanted = { picture: args.picture !== false };
+      const look = await desk.firstLook(target, wanted, app.running);
       const picture = await pictureOf(look, { size: 'fit' });
       const name = quoted(target.name, 60);
       const opened = `open · ${name}${version(info)} (${plain(target.bundleId, 120)}) as ${target.letters}`;

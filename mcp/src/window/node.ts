@@ -103,11 +103,14 @@ const structure = new Set(
   'window dialog sheet toolbar menubar menu table outline list tabgroup webarea row'.split(' '),
 );
 
+// Clickable by what they are and not by what they do: without a word in them there is nothing to choose.
+const passive = new Set(['cell', 'row', 'text', 'image']);
+
 function saysSomething(node: Node): boolean {
   return (
     node.name !== '' ||
     node.value !== '' ||
-    node.clickable ||
+    (node.clickable && (node.press || !passive.has(node.role))) ||
     node.editable ||
     node.secure ||
     node.focused ||

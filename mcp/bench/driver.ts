@@ -1,0 +1,72 @@
+// Calls the tools of a server as an agent does, and counts what that takes.
+
+import { Client } from '@modelcontextprotocol/client';
+import { StdioClientTransport } from '@modelcontextprotocol/client/stdio';
+
+export interface Said {
+  text: string;
+  isError: boolean;
+  ms: number;
+}
+
+export class Driver {
+  calls = 0;
+  characters = 0;
+
+  private constructor(
+    private readonly client: Client,
+    readonly connectMs: number,
+  ) {}
+
+  static async start(program: string, args: string[]): Promise<Driver> {
+    const client = new Client(
+      { name: 'bench', version: '1' },
+      { versionNegotiation: { mode: 'auto' } },
+    );
+    const environment = process.env as Record<string, string>;
+    const command = { command: process.execPath, args: [program, ...args], env: environment };
+    const begin = performance.now();
+    await client.connect(new StdioClientTransport(command));
+    return new Driver(client, performance.now() - begin);
+  }
+
+  async listed(): Promise<{ tools: number; bytes: number }> {
+    const { tools } = await this.client.listTools();
+    return { tools: tools.length, bytes: Buffer.byteLength(JSON.stringify(tools)) };
+  }
+
+  async call(name: string, args: Record<string, unknown>): Promise<Said> {
+    const begin = performance.now();
+    const result = await this.client.callTool({ name, arguments: args });
+    const ms = performance.now() - begin;
+    const text = result.content
+      .flatMap((part) => (part.type === 'text' ? [part.text] : []))
+      .join('\n');
+    this.calls++;
+    this.characters += text.length;
+    return { text, isError: result.isError === true, ms };
+  }
+
+  /** What was counted since the last time. */
+  taken(): { calls: number; characters: number } {
+    const { calls, characters } = this;
+    this.calls = 0;
+    this.characters = 0;
+    return { calls, characters };
+  }
+
+  close(): Promise<void> {
+    return this.client.close();
+  }
+}
+
+/** The handle of the first line that matches: "kfm7.12". */
+export function handleOf(text: string, line: RegExp): string {
+  const tag = [...text.matchAll(/^([a-z]{3}\d+) · /gm)].pop()?.[1];
+  const found = text.split('\n').find((one) => line.test(one));
+  const number = /(\d+) /.exec(found ?? '')?.[1];
+  if (tag === undefined || number === undefined) {
+    throw new Error(`no line ${line.source} in:\n${text}`);
+  }
+  return `${tag}.${number}`;
+}

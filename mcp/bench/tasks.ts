@@ -1,0 +1,128 @@
+// What people do every day, in applications that nobody here wrote, by tool calls alone.
+
+import { spawn, type ChildProcess } from 'node:child_process';
+import { existsSync, mkdirSync, readFileSync, writeFileSync } from 'node:fs';
+import { join } from 'node:path';
+
+import { handleOf, type Driver } from './driver.js';
+
+export interface Task {
+  name: string;
+  run(driver: Driver, folder: string): Promise<void>;
+}
+
+function expect(met: boolean, what: string): void {
+  if (!met) {
+    throw new Error(what);
+  }
+}
+
+/** Ends with the desktop that it is shown on. */
+export function show(command: string, args: string[]): ChildProcess {
+  return spawn(command, args, { stdio: 'ignore' });
+}
+
+export function showPage(folder: string, name: string, html: string): ChildProcess {
+  const page = join(folder, `${name}.html`);
+  writeFileSync(page, html);
+  return show('chromium', [
+    ...'--no-first-run --no-default-browser-check --disable-gpu --no-sandbox'.split(' '),
+    '--password-store=basic',
+    '--window-size=1280,800',
+    '--window-position=0,0',
+    `--user-data-dir=${join(folder, `profile-${name}`)}`,
+    `file://${page}`,
+  ]);
+}
+
+/** Opens it as soon as it shows what is waited for. */
+export async function opened(driver: Driver, app: string, text: string): Promise<string> {
+  const deadline = Date.now() + 40_000;
+  // Opened before it is up, it would be started a second time.
+  const runs = async () =>
+    (await driver.call('list_apps', { filter: app })).text.includes('running');
+  while (!(await runs()) && Date.now() < deadline) {
+    await new Promise((resolve) => setTimeout(resolve, 500));
+  }
+  for (;;) {
+    const seen = await driver.call('open_target', { app, picture: false });
+    if (seen.text.includes(text) || Date.now() > deadline) {
+      expect(seen.text.includes(text), `${app} does not show ${text}:\n${seen.text}`);
+      return seen.text;
+    }
+    await new Promise((resolve) => setTimeout(resolve, 500));
+  }
+}
+
+async function calculate(driver: Driver): Promise<void> {
+  const seen = await driver.call('open_target', { app: 'org.gnome.Calculator', picture: false });
+  const press = (find: string) => ({ do: 'click', find, role: 'button' });
+  const steps = ['7', '×', '6', '='].map(press);
+  const done = await driver.call('do_steps', { steps });
+  expect(done.text.includes('"42"'), `no 42 in:\n${seen.text}\n${done.text}`);
+}
+
+async function writeText(driver: Driver, folder: string): Promise<void> {
+  const path = join(folder, 'note.txt');
+  const first = await driver.call('open_target', { app: 'org.xfce.mousepad', picture: false });
+  const steps = [
+    { do: 'type_text', node: handleOf(first.text, /textbox/), text: 'Bread and milk' },
+    { do: 'click', find: 'Save As...', role: 'menuitem', new_window: true },
+    { do: 'type_text', role: 'textbox', text: path },
+    { do: 'click', find: 'Save', role: 'button', new_window: true },
+  ];
+  const done = await driver.call('do_steps', { steps });
+  const text = existsSync(path) ? readFileSync(path, 'utf8').trim() : '';
+  expect(text === 'Bread and milk', `saved was "${text}":\n${done.text}`);
+}
+
+const form = `<!doctype html><title>Order</title><form id=f><label>Name <input id=n></label>
+<label>Town <input id=t></label><label><input type=checkbox id=g> Gift</label><button>Submit order</button>
+</form><p id=r></p><script>f.onsubmit=e=>{e.preventDefault();
+r.textContent='Thanks '+n.value+' of '+t.value+(g.checked?' (gift)':'')}</script>`;
+
+async function sendForm(driver: Driver, folder: string): Promise<void> {
+  const browser = showPage(folder, 'form', form);
+  await opened(driver, 'chromium', 'Submit order');
+  // What waited for the browser to start is not the task's.
+  driver.taken();
+  const seen = await driver.call('open_target', { app: 'chromium', picture: false });
+  const steps = [
+    { do: 'type_text', node: handleOf(seen.text, /textbox "Name"/), text: 'Kim' },
+    { do: 'type_text', node: handleOf(seen.text, /textbox "Town"/), text: 'Seoul' },
+    { do: 'click', node: handleOf(seen.text, /checkbox "Gift"/) },
+    { do: 'click', node: handleOf(seen.text, /button "Submit order"/) },
+  ];
+  const done = await driver.call('do_steps', { steps });
+  expect(done.text.includes('Thanks Kim of Seoul (gift)'), `not sent:\n${done.text}`);
+  browser.kill('SIGTERM');
+}
+
+async function renameFile(driver: Driver, folder: string): Promise<void> {
+  const shown = join(folder, 'files');
+  mkdirSync(shown);
+  writeFileSync(join(shown, 'draft.txt'), 'x');
+  show('thunar', [shown]);
+  await opened(driver, 'thunar', 'files - Thunar');
+  driver.taken();
+  const icons = await driver.call('open_target', { app: 'thunar', picture: false });
+  // Its icons are not listed; as a list it tells of its files.
+  const key = { node: handleOf(icons.text, /window "files/), key: 'Control+2' };
+  const seen = await driver.call('press_key', key);
+  const file = handleOf(seen.text, /"draft\.txt"/);
+  const menu = await driver.call('open_menu', { node: file });
+  const dialog = await driver.call('click', { node: handleOf(menu.text, /"Rename/) });
+  const steps = [
+    { do: 'type_text', node: handleOf(dialog.text, /textbox/), text: 'final.txt' },
+    { do: 'click', find: 'Rename', role: 'button', new_window: true },
+  ];
+  const done = await driver.call('do_steps', { steps });
+  expect(existsSync(join(shown, 'final.txt')), `not renamed:\n${done.text}`);
+}
+
+export const tasks: readonly Task[] = [
+  { name: 'calculate 7 × 6 in the GNOME calculator', run: calculate },
+  { name: 'write a text in Mousepad and save it under a name', run: writeText },
+  { name: 'fill in and send a form in Chromium', run: sendForm },
+  { name: 'rename a file in Thunar', run: renameFile },
+];
