@@ -61,10 +61,10 @@ ${storeOf(report)}`.text;
 function headerOf({ name, startedAt, steps, damaged }: Report): Html {
   const refused = steps.filter((step) => step.outcome === 'refused').length;
   const unknown = steps.filter((step) => step.outcome === 'unknown').length;
-  const first = startedAt === undefined ? '' : `${startedAt}, `;
+  const title = startedAt === undefined ? name : `Session of ${startedAt.replace(/\.\d+Z$/, 'Z')}`;
   return markup`<header>
-<h1>${name}</h1>
-<p>${first}${steps.length} steps, ${refused} refused${unknown > 0 && `, ${unknown} unknown`}${
+<h1>${title}</h1>
+<p>${name}: ${steps.length} steps, ${refused} refused${unknown > 0 && `, ${unknown} unknown`}${
     damaged > 0 && `, ${damaged} lines of the recording could not be read`
   }</p>
 <p class="keys">Next and previous step <kbd>j</kbd> <kbd>k</kbd>, next and previous refusal
@@ -73,7 +73,7 @@ function headerOf({ name, startedAt, steps, damaged }: Report): Html {
 }
 
 function entryOf(step: Step, at: number): Html {
-  return markup`<li><a href="#step-${at + 1}" class="${step.outcome}"><span class="title">${bounded(
+  return markup`<li><a href="#step-${at + 1}" class="${step.outcome}${step.seen && ' look'}"><span class="title">${bounded(
     step.title,
     200,
   )}</span> ${badgeOf(step)}<span class="time">${clock(step.at)}</span></a></li>
@@ -99,11 +99,13 @@ function sectionOf(step: Step, at: number, report: Report): Html {
     step.took !== undefined && `, took ${duration(step.took)}`
   }</p>
 ${step.refusal && markup`<p class="refusal">${bounded(step.refusal.message, maxText)}</p>`}
+<div class="facts">
 ${pictureOf(step, report)}
 <dl>
 ${askedOf(step)}${listOf('Proven', step.proven)}${
     step.sent !== undefined && markup`<dt>Sent</dt><dd>${bounded(step.sent, maxText)}</dd>\n`
   }${changesOf(step)}${listOf('Then', step.remarks)}</dl>
+</div>
 ${step.seen && outlineSection(step.seen)}
 </section>
 `;
@@ -181,7 +183,7 @@ function pictureOf(step: Step, { pictures }: Report): Html {
     }
   }
   const label = marked === undefined ? 'The window' : 'The window, the node marked';
-  return markup`<figure><svg viewBox="0 0 ${picture.width} ${picture.height}" role="img" aria-label="${label}"><use href="#${idOf(picture.file)}"/>${marks}</svg>${
+  return markup`<figure><svg width="${picture.width}" height="${picture.height}" viewBox="0 0 ${picture.width} ${picture.height}" role="img" aria-label="${label}"><use href="#${idOf(picture.file)}"/>${marks}</svg>${
     earlier &&
     markup`<figcaption>Seen at ${clock(takenAt)}; no picture was taken since.</figcaption>`
   }</figure>`;

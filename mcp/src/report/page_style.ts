@@ -30,10 +30,10 @@ nav a::before { content: counter(step); color: var(--faint); text-align: right; 
 nav .time { grid-column: 3; grid-row: 1; color: var(--faint); font-variant-numeric: tabular-nums; }
 nav .title { grid-column: 2; }
 nav .badge { grid-column: 2 / 4; }
-nav a.notice .title { color: var(--faint); }
+nav a.notice .title, nav a.look .title { color: var(--faint); }
 nav a:hover { background: var(--line); }
 nav a[aria-current] { background: var(--chosen); }
-nav a[aria-current], nav a[aria-current] .time, nav a[aria-current]::before { color: var(--ink); }
+nav a[aria-current], nav a[aria-current] .time, nav a.done[aria-current] .title, nav a.notice[aria-current] .title, nav a[aria-current]::before { color: var(--ink); }
 a:focus-visible, summary:focus-visible, pre:focus-visible, main:focus-visible { outline: 2px solid var(--link); outline-offset: 1px; }
 nav a.refused .title, .refused .badge { color: var(--bad); }
 nav a.unknown .title, .unknown .badge { color: var(--odd); }
@@ -42,8 +42,9 @@ h2 { margin: 0; font-size: 20px; }
 .when { margin: 2px 0 12px; color: var(--faint); }
 .refusal { margin: 0 0 12px; padding: 10px 14px; border-left: 4px solid var(--bad); background: var(--badGround); color: var(--ink); }
 section.unknown { border-left: 4px solid var(--odd); }
-figure { margin: 0 0 16px; }
-figure svg { display: block; max-width: 100%; max-height: 62vh; border: 1px solid var(--line); background: var(--panel); }
+.facts { display: flex; flex-wrap: wrap; gap: 0 24px; align-items: flex-start; }
+figure { margin: 0 0 16px; max-width: 100%; }
+figure svg { display: block; width: auto; height: auto; max-width: 100%; max-height: 62vh; border: 1px solid var(--line); background: var(--panel); }
 figcaption, .missing { color: var(--faint); }
 rect { fill: none; vector-effect: non-scaling-stroke; }
 rect.mark { stroke: #d3123c; stroke-width: 3px; }
@@ -51,7 +52,7 @@ rect.change { stroke: #1b6b36; stroke-width: 2px; stroke-dasharray: 5 3; }
 rect.halo { stroke: #ffffff; stroke-width: 6px; stroke-dasharray: none; stroke-opacity: 0.75; }
 rect.change.halo { stroke-width: 4px; }
 .store { position: absolute; width: 0; height: 0; }
-dl { display: grid; grid-template-columns: 90px 1fr; gap: 8px 16px; margin: 0 0 16px; }
+dl { display: grid; grid-template-columns: 76px 1fr; gap: 8px 16px; margin: 0 0 16px; flex: 1 1 380px; align-content: start; }
 dt { font-weight: 600; }
 dd { margin: 0; }
 dd ul { margin: 0; padding-left: 18px; }

@@ -48,6 +48,8 @@ export class StepBuilder {
   damaged = 0;
 
   private last: Observation | undefined;
+  /** Every node that was ever seen: a refused one is often of an earlier look. */
+  private readonly known = new Map<string, Node>();
   private lastPicture: { picture: Picture; takenAt: number } | undefined;
   /** The actions since the last look, whose changes the next look shows. */
   private unseen: Step[] = [];
@@ -118,8 +120,10 @@ export class StepBuilder {
   private addAction(step: Step, result: unknown): void {
     const { method, args } = step.asked ?? { method: '', args: {} };
     step.node = this.last?.nodes.find((node) => node.id === args['nodeId']);
-    if (step.node !== undefined) {
-      step.title = `${verbOf(method, args)} ${describeNode(step.node)}`;
+    const known = step.node ?? this.known.get(String(args['nodeId']));
+    if (known !== undefined) {
+      const earlier = step.node === undefined ? ' of an earlier look' : '';
+      step.title = `${verbOf(method, args)} ${describeNode(known)}${earlier}`;
     }
     if (isRecord(result)) {
       step.proven = proofsOf(method, args['kind'], result);
@@ -156,6 +160,7 @@ export class StepBuilder {
     }
     this.unseen = [];
     this.last = seen;
+    seen.nodes.forEach((node) => this.known.set(node.id, node));
   }
 }
 
