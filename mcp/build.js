@@ -1,7 +1,7 @@
 // Puts the sources and what they use into a few files that Node reads fast: a server that is started
 // for every conversation must answer at once. sharp stays outside, since it is a library of the system.
 
-import { rmSync } from 'node:fs';
+import { copyFileSync, rmSync } from 'node:fs';
 
 import { build } from 'esbuild';
 
@@ -23,3 +23,6 @@ await build({
     js: "import{createRequire as tarqoRequire}from'node:module';const require=tarqoRequire(import.meta.url);",
   },
 });
+
+// For --private-desktop.
+copyFileSync('../script/desktop', 'dist/desktop');

@@ -60,8 +60,9 @@ class Install(Installed):
         expected = ["bin/tarqo-ax", "share/man/man1/tarqo-ax.1"]
         documents = ["README.md", "CHANGELOG.md", "CONTRIBUTING.md", "script/lib/tarqo_client.py"]
         documents += [name for name in ("LICENSE",) if os.path.exists(os.path.join(SOURCE, name))]
-        documents += [os.path.relpath(path, SOURCE) for kind in ("md", "svg")
-                      for path in glob.glob(os.path.join(SOURCE, "docs", "*." + kind))]
+        documents += [os.path.relpath(path, SOURCE) for kind in ("md", "svg", "png")
+                      for path in glob.glob(os.path.join(SOURCE, "docs", "**", "*." + kind),
+                                            recursive=True)]
         expected += ["share/doc/tarqo-ax/" + name for name in documents]
         self.assertEqual(files_below(self.prefix), sorted(expected))
 

@@ -27,6 +27,9 @@ const startMs = 60_000;
 const stopMs = 8_000;
 const maxLog = 4_000;
 
+/** The system's own: another one in PATH may lack what comes with it. */
+const python = '/usr/bin/python3';
+
 /** Prints the environment, an empty entry after it, and waits for the end of the input. */
 const insideDesktop = 'env -0 && printf "\\000" && exec cat >/dev/null';
 
@@ -46,7 +49,8 @@ export async function startPrivateDesktop(size: string): Promise<PrivateDesktop>
     );
   }
   const args = ['--size', size, '--screen-file', '--', '/bin/sh', '-c', insideDesktop];
-  const child = spawn(desktopScript(), args, {
+  // By its interpreter: an archive may have lost that it can be run.
+  const child = spawn(python, ['-I', desktopScript(), ...args], {
     stdio: ['pipe', 'pipe', 'pipe'],
     // Out of reach of what ends this process's group, so that it always ends in order.
     detached: true,
@@ -64,17 +68,17 @@ export async function startPrivateDesktop(size: string): Promise<PrivateDesktop>
   }
 }
 
-/** The script of the package that this file is in, or of the source tree around it. */
+/** The script of the source tree that this file is in, or of the installed package. */
 export function desktopScript(): string {
   const root = packageRoot();
-  const packaged = join(root, 'libexec/desktop');
   const inSources = resolve(root, '../script/desktop');
-  if (existsSync(packaged)) {
-    return packaged;
-  }
-  // Nowhere else: the folder around an installed package is somebody else's.
+  // An installed package has another name, and the folder around it is somebody else's.
   if (basename(root) === 'mcp' && existsSync(inSources)) {
     return inSources;
+  }
+  const packaged = join(root, 'dist/desktop');
+  if (existsSync(packaged)) {
+    return packaged;
   }
   throw new NoPrivateDesktop(`${packaged} is missing: install tarqo-mcp again.`);
 }
