@@ -151,7 +151,7 @@ DOUBLE_CANVAS = double_click("Canvas", "text", "Canvas", *CANVAS.by_pointer[2:] 
                              "double-clicked Canvas")
 LABEL = click("Volume", "text", "Volume", None)
 TAB = click("Data", "tab", "Data", "tab Data", after=("tab Controls",))
-CHOICE = click("Small", "popupbutton", "Small", "opened Size", after=("dismiss",))
+CHOICE = click("Size", "popupbutton", "Small", "opened Size", after=("dismiss",))
 ROW = click("Apple", "text", "Apple", "selected Fruits Apple", page="Data")
 LINE = click("Line 12", "text", "Line 12", None, page="Data")
 CELLS = [click("file%d.txt" % row, "cell", "Files", "selected Files file%d.txt" % row, page="Data")

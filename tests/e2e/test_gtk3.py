@@ -14,7 +14,7 @@ class Gtk3Test(ToolkitTest):
     POINTED = ("Save", "Quiet", "Slow", "Victim", "Hover me")
     OPTIONS = ("--block", "50")
     NODES = frozenset({
-        ("button", "Slow"), ("radiobutton", "Red"), ("popupbutton", "Small"),
+        ("button", "Slow"), ("radiobutton", "Red"), ("popupbutton", "Size"),
         ("searchbox", "Search"), ("textbox", "Notes"), ("slider", "Volume"), ("tab", "Data"),
         ("menuitem", "New"), ("menuitem", "PDF"), ("menuitem", "About")})
 

@@ -46,6 +46,10 @@ std::optional<Element> HitTest::elementAt(Point point) {
       return std::nullopt;
     }
     object.ref = *deepest;
+    // GTK 3 answers with the table under the field.
+    if (std::optional<Ref> editor = relations_.inlineEditorOver(object, point)) {
+      object.ref = *std::move(editor);
+    }
     if (reader_.read(object, Property::basics)) {
       return makeElement(relations_.withMenuPlace(std::move(object)));
     }
@@ -127,15 +131,20 @@ std::optional<Ref> HitTest::shownInPopup(const ObjectHandle& start, const x11::L
 /// Chromium answers with the last result of its page, as long as that object's place holds the
 /// point, and requests a new one of the page after it has answered. When the window has moved, the
 /// first answer is an object that lies elsewhere by now, and the right one comes a moment later.
+/// Firefox answers with the window alone until its page has told what is in it.
 std::optional<Ref> HitTest::confirmedAt(const ObjectHandle& start, Point point) {
   std::optional<Ref> found = deepestAt(start, point);
-  if (reader_.toolkitOf(start) != Toolkit::chromium) {
+  const Toolkit toolkit = reader_.toolkitOf(start);
+  if (toolkit != Toolkit::chromium && toolkit != Toolkit::gecko) {
     return found;
   }
   const Instant end = reader_.clock().now() + start.timeout;
-  while (found && !liesAt(start, *found, point)) {
+  const auto isPreliminary = [&] {
+    return (toolkit == Toolkit::gecko && *found == start.ref) || !liesAt(start, *found, point);
+  };
+  while (found && isPreliminary()) {
     if (reader_.clock().now() >= end) {
-      return std::nullopt;
+      return found == start.ref ? found : std::nullopt;
     }
     reader_.clock().sleep(kPageAnswers);
     found = deepestAt(start, point);
@@ -213,18 +222,19 @@ std::optional<Ref> HitTest::placedChildAt(const ObjectHandle& object, Point poin
   }
   const Point local{point.x - offset->x, point.y - offset->y};
   std::optional<Ref> found;
-  searchBelow(reader_, object, Property::basics | Property::extents, kPlacedSearch,
-              [&](const ObjectHandle& child, const Properties& its) {
-                if (its.is(Role::pageTab) && toolkit == Toolkit::gtk3) {
-                  return Visit::descend;
-                }
-                const std::optional<Rect> extents = plausible(its.extents);
-                // Later children are drawn over earlier ones.
-                if (isShowing(its, toolkit) && extents && extents->contains(local)) {
-                  found = child.ref;
-                }
-                return Visit::skip;
-              });
+  searchBelow(
+      reader_, object, Property::basics | Property::extents, kPlacedSearch,
+      [&](const ObjectHandle& child, const Properties& its) {
+        if (its.is(Role::pageTab) && toolkit == Toolkit::gtk3) {
+          return Visit::descend;
+        }
+        const std::optional<Rect> extents = plausible(its.extents);
+        // Later children are drawn over earlier ones.
+        if (isShowing(its, toolkit) && its.drawn != false && extents && extents->contains(local)) {
+          found = child.ref;
+        }
+        return Visit::skip;
+      });
   return found;
 }
 

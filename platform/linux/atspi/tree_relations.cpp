@@ -131,6 +131,12 @@ Values TreeRelations::childrenOf(const ObjectHandle& object, const Properties& p
     result.push_back(Value{makeElement(std::move(menu))});
     return result;
   }
+  if (object.facet == Facet::opener) {
+    return result;
+  }
+  if (std::optional<Element> opener = openerIn(object, properties)) {
+    result.push_back(Value{*std::move(opener)});
+  }
   for (Ref& ref : shownChildren(object, properties)) {
     ObjectHandle child = object;
     child.ref = std::move(ref);
@@ -151,6 +157,31 @@ Values TreeRelations::childrenOf(const ObjectHandle& object, const Properties& p
     }
   }
   return result;
+}
+
+/// What opens a menu of the menu bar that is empty while closed, since nothing else could be listed
+/// of it.
+std::optional<Element> TreeRelations::openerIn(const ObjectHandle& menu,
+                                               const Properties& properties) {
+  const bool isMenu = menu.facet == Facet::openedMenu || properties.is(Role::popupMenu);
+  if (!menu.inMenuBar || !isMenu || !properties.children || !properties.children->empty()) {
+    return std::nullopt;
+  }
+  ObjectHandle opener = menu;
+  if (menu.facet != Facet::openedMenu) {
+    const PropertiesPtr withParent = reader_.read(menu, Property::parent);
+    if (!withParent || !withParent->parent || withParent->parent->empty()) {
+      return std::nullopt;
+    }
+    opener.ref = *withParent->parent;
+    opener.place = MenuPlace::none;
+    opener = withMenuPlace(std::move(opener));
+  }
+  if (opener.place != MenuPlace::bar) {
+    return std::nullopt;
+  }
+  opener.facet = Facet::opener;
+  return makeElement(std::move(opener));
 }
 
 /// GTK 3 and Chromium give these menus windows of their own, Qt no parent at all.
@@ -191,6 +222,30 @@ bool TreeRelations::isDetachedMenu(const ObjectHandle& menu) {
     }
   }
   return false;
+}
+
+/// Only what has the focus is asked: an editor that has lost it is about to go.
+std::optional<Ref> TreeRelations::inlineEditorOver(const ObjectHandle& hit, Point point) {
+  const std::optional<Ref> focus = notifications_.lastFocus(hit.pid);
+  if (!focus || *focus == hit.ref) {
+    return std::nullopt;
+  }
+  ObjectHandle editor = hit;
+  editor.ref = *focus;
+  const PropertiesPtr its =
+      reader_.read(editor, Property::basics | Property::extents | Property::parent);
+  const Toolkit toolkit = reader_.toolkitOf(hit);
+  if (!its || !its->has(State::editable) || !its->has(Interface::text) ||
+      !hasFocus(*its, toolkit) || !isShowing(*its, toolkit) || !its->parent) {
+    return std::nullopt;
+  }
+  const std::optional<Rect> place = frameOf(editor, *its);
+  if (!place || !place->contains(point)) {
+    return std::nullopt;
+  }
+  const PropertiesPtr under = reader_.read(hit, Property::basics | Property::parent);
+  const bool isInCell = under && isCellRole(under->role) && under->parent == its->parent;
+  return *its->parent == hit.ref || isInCell ? focus : std::nullopt;
 }
 
 /// The place in a menu is what the parent would have shown.

@@ -39,6 +39,10 @@ class TreeRelations {
   /// The open menus that no object of the application's windows holds: those of a right click.
   [[nodiscard]] std::vector<Ref> contextMenus(const ObjectHandle& window);
 
+  /// The field that lies over a cell while it is edited, of the container `hit` or of the one that
+  /// the cell `hit` is in; empty unless it has the focus and its place holds the point.
+  [[nodiscard]] std::optional<Ref> inlineEditorOver(const ObjectHandle& hit, Point point);
+
   /// An object that was not reached from its parent, with its place in a menu filled in.
   [[nodiscard]] ObjectHandle withMenuPlace(ObjectHandle object);
 
@@ -48,6 +52,8 @@ class TreeRelations {
  private:
   [[nodiscard]] std::vector<Ref> shownChildren(const ObjectHandle& object,
                                                const Properties& properties);
+  [[nodiscard]] std::optional<Element> openerIn(const ObjectHandle& menu,
+                                                const Properties& properties);
   [[nodiscard]] bool isDetachedMenu(const ObjectHandle& menu);
 
   Reader& reader_;

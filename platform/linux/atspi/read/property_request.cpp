@@ -1,5 +1,6 @@
 #include "platform/linux/atspi/read/property_request.h"
 
+#include "platform/linux/atspi/read/cells_in_view.h"
 #include "platform/linux/atspi/read/value_request.h"
 #include "platform/linux/atspi/translate/visibility.h"
 
@@ -16,6 +17,7 @@ bool attributesMatter(const Properties& properties, Toolkit toolkit) {
       return properties.has(Interface::text) && properties.has(State::editable);
     case Toolkit::gtk3:      // Answered with all properties.
     case Toolkit::chromium:  // The same.
+    case Toolkit::gecko:     // The same.
     case Toolkit::qt:        // Always empty.
       return false;
     case Toolkit::other:
@@ -62,9 +64,11 @@ bool dependsOnInterfaces(PropertySet wanted) {
          wanted.has(Property::attributes);
 }
 
-/// GTK and Chromium give all properties of an object in one answer. The request crashes Qt 5.
+/// GTK, Chromium and Gecko give all properties of an object in one answer. The request crashes
+/// Qt 5.
 bool answersAllAtOnce(Toolkit toolkit) {
-  return toolkit == Toolkit::gtk3 || toolkit == Toolkit::gtk4 || toolkit == Toolkit::chromium;
+  return toolkit == Toolkit::gtk3 || toolkit == Toolkit::gtk4 || toolkit == Toolkit::chromium ||
+         toolkit == Toolkit::gecko;
 }
 
 PropertySet answeredAtOnce(Toolkit toolkit) {
@@ -89,7 +93,7 @@ void requestProperties(const std::shared_ptr<PropertyRequest>& request) {
     Properties& properties = *request->properties;
     if (reply.ok) {
       AccessibleProperties reported = readProperties(reply.message);
-      properties.name = std::move(reported.name).value_or("");
+      properties.name = withoutMarks(std::move(reported.name).value_or(""));
       properties.description = std::move(reported.description).value_or("");
       properties.identifier = std::move(reported.identifier).value_or("");
       properties.parent = std::move(reported.parent);
@@ -111,7 +115,7 @@ void requestTexts(const std::shared_ptr<PropertyRequest>& request) {
     ++request->open;
     request->batch.property(request->ref, kAccessible, name, [request, into](Reply reply) {
       if (auto text = reply.ok ? readVariantText(reply.message) : std::nullopt) {
-        (*request->properties).*into = *std::move(text);
+        (*request->properties).*into = withoutMarks(*std::move(text));
       }
       answered(request);
     });
@@ -170,9 +174,35 @@ bool canListShownChildren(const Properties& properties, Toolkit toolkit) {
          *properties.childCount >= kManyChildren && !properties.has(State::managesDescendants);
 }
 
+void requestChildren(const std::shared_ptr<PropertyRequest>& request);
+
+/// A search for something else among all objects does without the cells.
+void requestChildrenOfMany(const std::shared_ptr<PropertyRequest>& request) {
+  if (request->onlyShownChildren && request->properties->has(Interface::component)) {
+    requestCellsInView(request);
+  } else {
+    request->properties->children.emplace();
+  }
+}
+
+void requestCount(const std::shared_ptr<PropertyRequest>& request) {
+  ++request->open;
+  request->batch.property(request->ref, kAccessible, "ChildCount", [request](Reply reply) {
+    request->properties->childCount =
+        (reply.ok ? readVariantInt(reply.message) : std::nullopt).value_or(0);
+    requestChildren(request);
+    answered(request);
+  });
+}
+
 void requestChildren(const std::shared_ptr<PropertyRequest>& request) {
   const Properties& properties = *request->properties;
-  if (properties.childCount == 0) {
+  const bool mayBeMany = mayHaveTooManyChildren(properties, request->toolkit);
+  if (mayBeMany && !properties.childCount) {
+    requestCount(request);
+  } else if (mayBeMany && *properties.childCount > kTooManyChildren) {
+    requestChildrenOfMany(request);
+  } else if (properties.childCount == 0) {
     request->properties->children.emplace();
   } else if (request->onlyShownChildren && canListShownChildren(properties, request->toolkit)) {
     requestShownChildren(request);
@@ -181,11 +211,52 @@ void requestChildren(const std::shared_ptr<PropertyRequest>& request) {
   }
 }
 
+std::uint32_t coordinates(Toolkit toolkit) {
+  constexpr std::uint32_t kOfScreen = 0;
+  constexpr std::uint32_t kOfWindow = 1;
+  return toolkit == Toolkit::gtk4 ? kOfWindow : kOfScreen;
+}
+
+/// GTK 4 reports former pages and the rows that a list keeps for later as shown, at the places they
+/// had last. Only what is drawn holds a point.
+void requestDrawn(const std::shared_ptr<PropertyRequest>& request, const Rect& extents) {
+  Message message = request->batch.make(request->ref, kComponent, "Contains");
+  if (message) {
+    const Point centre = extents.center();
+    sd_bus_message_append(message.get(), "iiu", static_cast<std::int32_t>(centre.x),
+                          static_cast<std::int32_t>(centre.y), coordinates(request->toolkit));
+  }
+  ++request->open;
+  request->batch.send(std::move(message), [request](Reply reply) {
+    request->properties->drawn = reply.ok ? readBool(reply.message) : std::nullopt;
+    answered(request);
+  });
+}
+
+void requestExtents(const std::shared_ptr<PropertyRequest>& request) {
+  Message message = request->batch.make(request->ref, kComponent, "GetExtents");
+  if (message) {
+    sd_bus_message_append(message.get(), "u", coordinates(request->toolkit));
+  }
+  ++request->open;
+  request->batch.send(std::move(message), [request](Reply reply) {
+    request->properties->extents = reply.ok ? readExtents(reply.message) : std::nullopt;
+    const std::optional<Rect> extents = plausible(request->properties->extents);
+    if (extents && request->toolkit == Toolkit::gtk4) {
+      requestDrawn(request, *extents);
+    }
+    answered(request);
+  });
+}
+
 void requestDetails(const std::shared_ptr<PropertyRequest>& request) {
   const Properties& properties = *request->properties;
   const PropertySet wanted = request->wanted;
   if (wanted.has(Property::children)) {
     requestChildren(request);
+  }
+  if (wanted.has(Property::name)) {
+    requestLabel(request);
   }
   if (wanted.has(Property::attributes) && attributesMatter(properties, request->toolkit)) {
     ++request->open;
@@ -199,16 +270,7 @@ void requestDetails(const std::shared_ptr<PropertyRequest>& request) {
   // Places of hidden objects are garbage, and requesting them upsets GTK 3.
   if (wanted.has(Property::extents) && properties.has(Interface::component) &&
       isShowing(properties, request->toolkit)) {
-    ++request->open;
-    Message message = request->batch.make(request->ref, kComponent, "GetExtents");
-    if (message) {
-      const std::uint32_t ofWindow = request->toolkit == Toolkit::gtk4 ? 1 : 0;
-      sd_bus_message_append(message.get(), "u", ofWindow);
-    }
-    request->batch.send(std::move(message), [request](Reply reply) {
-      request->properties->extents = reply.ok ? readExtents(reply.message) : std::nullopt;
-      answered(request);
-    });
+    requestExtents(request);
   }
   if (wanted.has(Property::actions)) {
     requestActions(request);

@@ -1,6 +1,9 @@
 #include "platform/linux/atspi/read/value_request.h"
 
 #include <algorithm>
+#include <array>
+
+#include "platform/linux/atspi/translate/view.h"
 
 namespace tarqo::lnx::atspi {
 namespace {
@@ -41,7 +44,9 @@ void requestTextOf(const std::shared_ptr<PropertyRequest>& request, std::int32_t
     sd_bus_message_append(message.get(), "ii", 0, end);
   }
   request->batch.send(std::move(message), [request](Reply content) {
-    request->properties->text = content.ok ? readText(content.message) : std::nullopt;
+    if (auto text = content.ok ? readText(content.message) : std::nullopt) {
+      request->properties->text = withoutMarks(*std::move(text));
+    }
     answered(request);
   });
 }
@@ -66,8 +71,28 @@ void requestTextContent(const std::shared_ptr<PropertyRequest>& request) {
   });
 }
 
-/// What is chosen in one of Chromium's lists: the name of the selected entry of its menu. The
-/// list's own text is a placeholder for the menu.
+/// The roles whose name may stand in a label beside them.
+bool mayBeLabelled(const Properties& properties) {
+  constexpr std::array kRoles{Role::text,     Role::entry,  Role::passwordText, Role::spinButton,
+                              Role::comboBox, Role::slider, Role::autocomplete};
+  return std::ranges::any_of(kRoles, [&properties](Role role) { return properties.is(role); });
+}
+
+/// Whether a role without a value of its own has a text that its name does not tell: paragraphs,
+/// statuses, the cells of a sheet. In Chromium and GTK 4 such texts are objects of their own.
+bool hasUnnamedText(const Properties& properties, Toolkit toolkit) {
+  return properties.has(Interface::text) && toolkit != Toolkit::chromium &&
+         toolkit != Toolkit::gtk4 && !isSecure(properties) &&
+         (properties.name.empty() || properties.has(State::editable));
+}
+
+/// Whether what is chosen in a list is the selected entry of the menu that is its only child; its
+/// own text is a placeholder for the menu. Elsewhere the list has a selection itself.
+bool choosesInMenu(Toolkit toolkit) {
+  return toolkit == Toolkit::chromium || toolkit == Toolkit::gecko;
+}
+
+/// The name of what is chosen in a list.
 void requestChosen(const std::shared_ptr<PropertyRequest>& request) {
   ++request->open;
   const auto giveUp = [request](const std::optional<Ref>& ref) {
@@ -78,7 +103,9 @@ void requestChosen(const std::shared_ptr<PropertyRequest>& request) {
     return false;
   };
   const auto takeName = [request](Reply reply) {
-    request->properties->text = reply.ok ? readVariantText(reply.message) : std::nullopt;
+    if (auto name = reply.ok ? readVariantText(reply.message) : std::nullopt) {
+      request->properties->text = withoutMarks(*std::move(name));
+    }
     answered(request);
   };
   const auto takeEntry = [request, giveUp, takeName](Reply reply) {
@@ -93,7 +120,11 @@ void requestChosen(const std::shared_ptr<PropertyRequest>& request) {
       request->batch.callWithNumber(*menu, {kSelection, "GetSelectedChild"}, 0, takeEntry);
     }
   };
-  request->batch.callWithNumber(request->ref, {kAccessible, "GetChildAtIndex"}, 0, takeMenu);
+  if (choosesInMenu(request->toolkit)) {
+    request->batch.callWithNumber(request->ref, {kAccessible, "GetChildAtIndex"}, 0, takeMenu);
+  } else {
+    request->batch.callWithNumber(request->ref, {kSelection, "GetSelectedChild"}, 0, takeEntry);
+  }
 }
 
 void requestNumber(const std::shared_ptr<PropertyRequest>& request) {
@@ -147,6 +178,33 @@ void requestActionNames(const std::shared_ptr<PropertyRequest>& request) {
   }
 }
 
+void requestLabel(const std::shared_ptr<PropertyRequest>& request) {
+  const Properties& properties = *request->properties;
+  // GTK 3 and Qt name a list of choices after the choice.
+  if (!mayBeLabelled(properties) ||
+      (!shownName(properties, request->toolkit).empty() && !properties.is(Role::comboBox))) {
+    return;
+  }
+  ++request->open;
+  const auto takeName = [request](Reply reply) {
+    if (auto name = reply.ok ? readVariantText(reply.message) : std::nullopt) {
+      request->properties->label = withoutMarks(*std::move(name));
+    }
+    answered(request);
+  };
+  const auto takeLabels = [request, takeName](Reply reply) {
+    constexpr std::uint32_t kLabelledBy = 2;
+    const std::vector<Ref> labels =
+        reply.ok ? readRelation(reply.message, kLabelledBy) : std::vector<Ref>();
+    if (labels.empty()) {
+      answered(request);
+    } else {
+      request->batch.property(labels.front(), kAccessible, "Name", takeName);
+    }
+  };
+  request->batch.call(request->ref, kAccessible, "GetRelationSet", takeLabels);
+}
+
 void requestAddress(const std::shared_ptr<PropertyRequest>& request) {
   const Properties& properties = *request->properties;
   // Chromium reports every object as a document.
@@ -171,11 +229,16 @@ void requestValue(const std::shared_ptr<PropertyRequest>& request) {
   const RoleRow row = refined(roleRow(properties.role), properties.states);
   switch (row.value) {
     case ValueSource::none:
-    case ValueSource::onOff:
     case ValueSource::label:
+      if (hasUnnamedText(properties, request->toolkit)) {
+        requestTextContent(request);
+      }
+      break;
+    case ValueSource::onOff:
       break;
     case ValueSource::choice:
-      if (request->toolkit == Toolkit::chromium) {
+      if (choosesInMenu(request->toolkit) ||
+          (!properties.has(Interface::text) && properties.has(Interface::selection))) {
         requestChosen(request);
         break;
       }

@@ -35,6 +35,9 @@ void requestActionNames(const std::shared_ptr<PropertyRequest>& request);
 /// Requests the text or the number that the value of the object's role is made of.
 void requestValue(const std::shared_ptr<PropertyRequest>& request);
 
+/// Requests the name of what labels a field, where the field is not named itself.
+void requestLabel(const std::shared_ptr<PropertyRequest>& request);
+
 /// Requests the address of a web page.
 void requestAddress(const std::shared_ptr<PropertyRequest>& request);
 

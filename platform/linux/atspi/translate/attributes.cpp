@@ -56,16 +56,31 @@ bool isEditableField(const Properties& properties) {
          (properties.is(Role::spinButton) && properties.has(Interface::value));
 }
 
+/// Whether the name of a list of choices is the choice: in GTK 3 and Qt. Elsewhere it is its label.
+bool isNamedByChoice(const View& view) {
+  return valueSource(view) == ValueSource::choice && view.toolkit != Toolkit::chromium &&
+         view.toolkit != Toolkit::gecko;
+}
+
+/// The text that a role without a value has all the same; none where it repeats the name.
+std::optional<Value> ownText(const View& view) {
+  const Properties& properties = view.properties;
+  const bool isText = properties.text && *properties.text != properties.name &&
+                      properties.text->find_first_not_of(" \n\t") != std::string::npos;
+  const bool isPlain = view.facet == Facet::whole && !isWindow(view) && !isSecure(properties);
+  return isText && isPlain ? std::optional(Value{*properties.text}) : std::nullopt;
+}
+
 std::optional<Value> title(const View& view) {
   if (valueSource(view) == ValueSource::label || nameIsPlaceholder(view)) {
     return std::nullopt;
   }
   const std::string name(shownName(view.properties, view.toolkit));
-  // GTK 3 and Qt name a list of choices after the choice; that is its value.
-  if (valueSource(view) == ValueSource::choice && view.toolkit != Toolkit::chromium) {
-    return std::nullopt;
+  // Without a name a node is called by its text, and that of a terminal changes all the time.
+  if (name.empty() && view.properties.is(Role::terminal)) {
+    return Value{std::string("Terminal")};
   }
-  return textOrNone(name);
+  return textOrNone(name.empty() || isNamedByChoice(view) ? view.properties.label : name);
 }
 
 std::optional<Value> placeholder(const View& view) {
@@ -140,18 +155,20 @@ std::optional<Value> value(const View& view) {
   const Properties& properties = view.properties;
   switch (valueSource(view)) {
     case ValueSource::none:
-      return std::nullopt;
-    case ValueSource::label:
-      return textOrNone(std::string(shownName(view.properties, view.toolkit)));
+      return ownText(view);
+    case ValueSource::label: {
+      const std::string_view name = shownName(view.properties, view.toolkit);
+      return name.empty() ? ownText(view) : textOrNone(std::string(name));
+    }
     case ValueSource::text:
       return contentOf(properties);
     case ValueSource::choice:
       if (properties.text && !properties.text->empty()) {
         return Value{*properties.text};
       }
-      return view.toolkit == Toolkit::chromium
-                 ? std::nullopt
-                 : textOrNone(std::string(shownName(view.properties, view.toolkit)));
+      return isNamedByChoice(view)
+                 ? textOrNone(std::string(shownName(view.properties, view.toolkit)))
+                 : std::nullopt;
     case ValueSource::onOff:
       return checkedState(properties);
     case ValueSource::quantity:

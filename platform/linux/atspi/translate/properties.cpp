@@ -17,7 +17,19 @@ Toolkit toolkitNamed(std::string_view name, std::string_view version) {
   if (name == "Chromium" || name == "Chrome") {
     return Toolkit::chromium;
   }
+  if (name == "Gecko") {
+    return Toolkit::gecko;
+  }
   return Toolkit::other;
+}
+
+std::string withoutMarks(std::string text) {
+  for (const std::string_view mark : {"\uFFFC", "\uFEFF"}) {
+    for (auto at = text.find(mark); at != std::string::npos; at = text.find(mark, at)) {
+      text.erase(at, mark.size());
+    }
+  }
+  return text;
 }
 
 const std::string* Properties::attribute(std::string_view key) const {

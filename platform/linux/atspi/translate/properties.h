@@ -13,10 +13,14 @@
 namespace tarqo::lnx::atspi {
 
 /// The toolkits whose peculiarities are known. `other` is taken to follow AT-SPI.
-enum class Toolkit { gtk3, gtk4, qt, chromium, other };
+enum class Toolkit { gtk3, gtk4, qt, chromium, gecko, other };
 
 /// The toolkit behind the name and version that an application gives.
 [[nodiscard]] Toolkit toolkitNamed(std::string_view name, std::string_view version);
+
+/// A text without the marks that stand in it for objects (U+FFFC) or for nothing: Gecko puts a
+/// U+FEFF after every emoji.
+[[nodiscard]] std::string withoutMarks(std::string text);
 
 /// What can be requested of an object, one bit each.
 enum class Property : unsigned {
@@ -71,6 +75,7 @@ struct Properties {
   States states;
   Interfaces interfaces;
   std::string name;
+  std::string label;  ///< The name of what labels a field that has none itself, or a choice.
   std::string description;
   std::string identifier;
   Attributes attributes;
@@ -79,6 +84,8 @@ struct Properties {
   std::optional<int> childCount;  ///< Reported along with other properties by some toolkits.
   std::optional<Rect>
       extents;  ///< As reported: inside the window in GTK 4, on the screen elsewhere.
+  /// Whether it holds the middle of its extents, requested with them in GTK 4 alone.
+  std::optional<bool> drawn;
   std::vector<std::string> actions;
   std::optional<std::string> text;
   std::optional<double> number;

@@ -85,6 +85,9 @@ AxRole axRole(const View& view) {
   if (view.facet == Facet::openedMenu) {
     return {"AXMenu", ""};
   }
+  if (view.facet == Facet::opener) {
+    return {"AXMenuItem", ""};
+  }
   if (isMenuEntryRole(properties.role) && !properties.is(Role::separator)) {
     if (view.place == MenuPlace::bar && view.toolkit == Toolkit::gtk4) {
       // Nothing opens these menus but the pointer, and what is in them shows only then.

@@ -11,11 +11,14 @@ namespace {
 /// No screen reaches further; objects beyond were never laid out.
 constexpr double kFarthest = 100'000;
 
-/// Toolkits in which everything on the screen has a place, and which go on reporting an object as
-/// shown when it has lost its place: rows scrolled away (GTK 3), lists of closed boxes (Qt), pages
-/// of a stack (GTK 4). In web pages an empty box may hold visible content.
-bool reportsPlacesOfShown(Toolkit toolkit) {
-  return toolkit == Toolkit::gtk3 || toolkit == Toolkit::gtk4 || toolkit == Toolkit::qt;
+/// Whether such an object has a place when it is on the screen, and may be reported as shown when
+/// it has lost it: rows scrolled away (GTK 3), lists of closed boxes (Qt), pages of a stack (GTK
+/// 4). Elsewhere what has no place may hold what has one: the page of a tab whose tab is not drawn
+/// (GTK 3), the visible content of an empty box (web pages).
+bool losesPlaceWhenHidden(const Properties& properties, Toolkit toolkit) {
+  return toolkit == Toolkit::gtk4 || toolkit == Toolkit::qt ||
+         (toolkit == Toolkit::gtk3 && isCellRole(properties.role)) ||
+         properties.is(Role::staticText);
 }
 
 /// Whether enough of an object shows in an area for it to be found there: its centre is inside; for
@@ -59,9 +62,10 @@ bool isHidden(const View& view) {
   if (!isShowing(view.properties, view.toolkit)) {
     return true;
   }
-  const bool mustHavePlace =
-      reportsPlacesOfShown(view.toolkit) || view.properties.is(Role::staticText);
-  if (!view.properties.extents || !mustHavePlace) {
+  if (view.properties.drawn == false) {
+    return true;
+  }
+  if (!view.properties.extents || !losesPlaceWhenHidden(view.properties, view.toolkit)) {
     return false;
   }
   const std::optional<Rect> extents = plausible(view.properties.extents);

@@ -43,6 +43,7 @@ inline constexpr const char* kComponent = "org.a11y.atspi.Component";
 inline constexpr const char* kDocument = "org.a11y.atspi.Document";
 inline constexpr const char* kEditableText = "org.a11y.atspi.EditableText";
 inline constexpr const char* kSelection = "org.a11y.atspi.Selection";
+inline constexpr const char* kTable = "org.a11y.atspi.Table";
 inline constexpr const char* kText = "org.a11y.atspi.Text";
 inline constexpr const char* kValue = "org.a11y.atspi.Value";
 inline constexpr const char* kRootPath = "/org/a11y/atspi/accessible/root";

@@ -8,8 +8,9 @@
 
 namespace tarqo::lnx::atspi {
 
-/// One AT-SPI "menu" is both the entry that is clicked and the menu that opens from it.
-enum class Facet { whole, openedMenu };
+/// One AT-SPI "menu" is both the entry that is clicked and the menu that opens from it. The
+/// `opener` stands in a menu that is filled only when it opens, for the entry that opens it.
+enum class Facet { whole, openedMenu, opener };
 
 /// The parent of an entry of a menu, which decides the entry's role.
 enum class MenuPlace { none, bar, menu };
