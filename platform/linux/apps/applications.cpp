@@ -16,6 +16,9 @@ namespace {
 /// How many arguments of a command line may come before an interpreter's script.
 constexpr std::size_t kScriptSearch = 4;
 
+/// A program is started by a script, or by a launcher, not by a longer chain of them.
+constexpr int kMaxWrappers = 4;
+
 std::vector<std::string> resolvedPaths(const std::vector<std::string>& commandLine) {
   std::vector<std::string> paths;
   for (std::size_t i = 1; i < std::min(commandLine.size(), kScriptSearch + 1); ++i) {
@@ -55,6 +58,30 @@ bool wasLaunchedHere(const std::vector<DesktopEntry>& entries, Pid pid, Pid pare
   return recordedEntry(entries, launchEvidence(pid, parent)) != nullptr && isOfThisDisplay(pid);
 }
 
+bool ownsMoreThanSplash(Pid pid, const x11::Windows& windows) {
+  return std::any_of(windows.frontToBack.begin(), windows.frontToBack.end(),
+                     [pid](const x11::Window& window) {
+                       return window.managed && !window.isSplash() && window.pid == pid;
+                     });
+}
+
+/// The entry whose launch is recorded for a process above that has no window. It counts as long as
+/// that process lives: it waits for the program that it has started.
+std::string inheritedEntry(Pid pid, const x11::Windows& windows) {
+  const std::string recorded = environmentOf(pid, "GIO_LAUNCHED_DESKTOP_FILE_PID").value_or("");
+  Pid above = pid;
+  for (int depth = 0; depth < kMaxWrappers && above > 1; ++depth) {
+    const auto status = processStatus(above);
+    above = status ? status->parent : 0;
+    if (above > 1 && std::to_string(above) == recorded) {
+      return ownsMoreThanSplash(above, windows)
+                 ? ""
+                 : environmentOf(pid, "GIO_LAUNCHED_DESKTOP_FILE").value_or("");
+    }
+  }
+  return {};
+}
+
 ProcessEvidence evidenceOf(Pid pid, Pid parent, const x11::Windows& windows) {
   ProcessEvidence evidence = launchEvidence(pid, parent);
   evidence.program = programOf(pid).value_or("");
@@ -68,10 +95,14 @@ ProcessEvidence evidenceOf(Pid pid, Pid parent, const x11::Windows& windows) {
     if (evidence.gtkApplicationId.empty()) {
       evidence.gtkApplicationId = window.gtkApplicationId;
     }
-    if (evidence.className.empty() && evidence.instanceName.empty()) {
-      evidence.className = window.className;
-      evidence.instanceName = window.instanceName;
+    const WindowClass named{window.instanceName, window.className};
+    if (std::find(evidence.windowClasses.begin(), evidence.windowClasses.end(), named) ==
+        evidence.windowClasses.end()) {
+      evidence.windowClasses.push_back(named);
     }
+  }
+  if (evidence.ownsWindows && evidence.launchedEntry.empty()) {
+    evidence.inheritedEntry = inheritedEntry(pid, windows);
   }
   return evidence;
 }
@@ -95,6 +126,21 @@ bool ownsManagedWindow(Pid pid, const x11::Windows& windows) {
   return std::any_of(
       windows.frontToBack.begin(), windows.frontToBack.end(),
       [pid](const x11::Window& window) { return window.managed && window.pid == pid; });
+}
+
+bool isStarting(Pid pid, const x11::Windows& windows) {
+  const auto isSplash = [pid](const x11::Window& window) {
+    return window.managed && window.isSplash() && window.pid == pid;
+  };
+  return std::any_of(windows.frontToBack.begin(), windows.frontToBack.end(), isSplash) &&
+         !ownsMoreThanSplash(pid, windows);
+}
+
+bool ownsOrdinaryWindow(Pid pid, const x11::Windows& windows) {
+  return std::any_of(windows.frontToBack.begin(), windows.frontToBack.end(),
+                     [pid](const x11::Window& window) {
+                       return window.isOrdinary() && !window.isSplash() && window.pid == pid;
+                     });
 }
 
 }  // namespace
@@ -127,8 +173,9 @@ RunningApplication Applications::describe(Pid pid, std::uint64_t instance,
   return application;
 }
 
-std::vector<RunningApplication> Applications::running() {
-  const x11::Windows now = windows();
+std::vector<RunningApplication> Applications::running() { return running(windows()); }
+
+std::vector<RunningApplication> Applications::running(const x11::Windows& now) {
   using Process = std::pair<std::uint64_t, Pid>;  // Sorts by the time of the start.
   std::set<Process> withWindows;
   for (const x11::Window& window : now.frontToBack) {
@@ -153,6 +200,45 @@ std::vector<RunningApplication> Applications::running() {
     }
   }
   return applications;
+}
+
+std::vector<RunningApplication> Applications::runningOf(std::string_view entryId) {
+  const x11::Windows now = windows();
+  std::vector<RunningApplication> applications = running(now);
+  const Entries entries = entries_.entries();
+  const FoundEntry entry = entries_.byId(entryId);
+  std::erase_if(applications, [&](RunningApplication& application) {
+    if (isStarting(application.id.pid, now)) {
+      return true;
+    }
+    if (application.bundleId == entryId) {
+      return false;
+    }
+    const auto status = processStatus(application.id.pid);
+    if (entry == nullptr || !status ||
+        !belongsTo(*entries, evidenceOf(application.id.pid, status->parent, now), entryId)) {
+      return true;
+    }
+    application.bundleId = entry->id;
+    application.bundlePath = entry->path;
+    application.localizedName = entry->name;
+    return false;
+  });
+  std::stable_partition(applications.begin(), applications.end(),
+                        [&now](const RunningApplication& application) {
+                          return ownsOrdinaryWindow(application.id.pid, now);
+                        });
+  return applications;
+}
+
+std::optional<Pid> Applications::startingOf(std::string_view entryId) {
+  const x11::Windows now = windows();
+  for (const RunningApplication& application : running(now)) {
+    if (application.bundleId == entryId && isStarting(application.id.pid, now)) {
+      return application.id.pid;
+    }
+  }
+  return std::nullopt;
 }
 
 std::optional<RunningApplication> Applications::running(Pid pid) {

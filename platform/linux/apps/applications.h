@@ -37,6 +37,15 @@ class Applications {
   /// One of those; nullopt when the process is not an application.
   [[nodiscard]] std::optional<RunningApplication> running(Pid pid);
 
+  /// The running applications of a desktop entry, each described as that entry's: those that own
+  /// ordinary windows first, since a script or a launcher may be waiting behind them. One process
+  /// may be of several entries. A process that shows nothing but a splash screen is left out: its
+  /// application will run, often as another process.
+  [[nodiscard]] std::vector<RunningApplication> runningOf(std::string_view entryId);
+
+  /// A process of a desktop entry that shows nothing but a splash screen.
+  [[nodiscard]] std::optional<Pid> startingOf(std::string_view entryId);
+
   /// The desktop entry that a process belongs to; null when no entry fits. The process need not be
   /// an application: a program run from a shell has the entry of its program too.
   [[nodiscard]] FoundEntry entryOf(Pid pid);
@@ -51,6 +60,8 @@ class Applications {
     std::string name;
   };
 
+  /// One of `running`, with what that needed to know of the windows.
+  [[nodiscard]] std::vector<RunningApplication> running(const x11::Windows& windows);
   [[nodiscard]] RunningApplication describe(Pid pid, std::uint64_t instance,
                                             const x11::Windows& windows);
 

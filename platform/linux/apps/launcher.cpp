@@ -1,10 +1,13 @@
 #include "platform/linux/apps/launcher.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdlib>
 #include <cstring>
 #include <exception>
 #include <optional>
 #include <set>
+#include <string_view>
 #include <thread>
 #include <utility>
 
@@ -24,6 +27,29 @@ constexpr std::chrono::milliseconds kPollInterval{30};
 /// descent.
 constexpr int kMaxDescent = 8;
 
+/// GTK 2 has its bridge to AT-SPI in two modules that the user's settings or this variable name.
+/// GTK 3 and programs of another toolkit do without them, and say so on standard error at most.
+constexpr const char* kGtkModules = "GTK_MODULES";
+constexpr std::array<std::string_view, 2> kGtk2Bridge{"gail", "atk-bridge"};
+
+/// The user's own modules with those of the bridge behind them.
+std::string gtkModules() {
+  const char* theirs = std::getenv(kGtkModules);
+  std::vector<std::string> modules = splitList(theirs != nullptr ? theirs : "", ':');
+  for (const std::string_view module : kGtk2Bridge) {
+    if (std::find(modules.begin(), modules.end(), module) == modules.end()) {
+      modules.emplace_back(module);
+    }
+  }
+  std::string variable(kGtkModules);
+  char separator = '=';
+  for (const std::string& module : modules) {
+    variable += separator + module;
+    separator = ':';
+  }
+  return variable;
+}
+
 SpawnRequest requestOf(const DesktopEntry& entry, const std::vector<std::string>& extraArguments) {
   SpawnRequest request;
   request.program = resolvedProgram(entry.command.front());
@@ -33,11 +59,12 @@ SpawnRequest requestOf(const DesktopEntry& entry, const std::vector<std::string>
   request.environment = environmentWithout(
       {"DESKTOP_STARTUP_ID", "XDG_ACTIVATION_TOKEN", "GIO_LAUNCHED_DESKTOP_FILE",
        "GIO_LAUNCHED_DESKTOP_FILE_PID", "NO_AT_BRIDGE", "GTK_A11Y", "GNOME_ACCESSIBILITY",
-       "ACCESSIBILITY_ENABLED", "QT_LINUX_ACCESSIBILITY_ALWAYS_ON"});
+       "ACCESSIBILITY_ENABLED", "QT_LINUX_ACCESSIBILITY_ALWAYS_ON", kGtkModules});
   for (const char* wanted :
        {"GNOME_ACCESSIBILITY=1", "ACCESSIBILITY_ENABLED=1", "QT_LINUX_ACCESSIBILITY_ALWAYS_ON=1"}) {
     request.environment.emplace_back(wanted);
   }
+  request.environment.push_back(gtkModules());
   request.environment.push_back("GIO_LAUNCHED_DESKTOP_FILE=" + entry.path);
   request.pidVariable = "GIO_LAUNCHED_DESKTOP_FILE_PID";
   request.folder = entry.folder;
@@ -56,8 +83,12 @@ bool descendsFrom(Pid pid, Pid ancestor) {
   return false;
 }
 
+const std::string& nameOf(const DesktopEntry& entry) {
+  return entry.name.empty() ? entry.id : entry.name;
+}
+
 std::string failureText(const DesktopEntry& entry, const ChildEnd& end) {
-  const std::string name = entry.name.empty() ? entry.id : entry.name;
+  const std::string& name = nameOf(entry);
   if (end.exited) {
     return name + " ended with status " + std::to_string(end.status) +
            " before it showed a window.";
@@ -69,8 +100,9 @@ std::string failureText(const DesktopEntry& entry, const ChildEnd& end) {
 /// Watches the outcome of a launch. Has its own connection, since the worker uses the other one.
 class LaunchWatch {
  public:
-  LaunchWatch(Clock& clock, const DesktopEntry& entry, Pid child)
-      : clock_(clock), entry_(entry), child_(child) {}
+  /// `isOurs`: the helper has started it, and may ask how it ended.
+  LaunchWatch(Clock& clock, const DesktopEntry& entry, Pid child, bool isOurs)
+      : clock_(clock), entry_(entry), child_(child), isOurs_(isOurs) {}
 
   OpenedApplication result() {
     const Instant deadline = clock_.now() + kWindowTime;
@@ -78,7 +110,7 @@ class LaunchWatch {
       if (auto application = withWindow()) {
         return {std::move(application), std::nullopt};
       }
-      if (!ended_ && hasEnded(child_, end_)) {
+      if (isOurs_ && !ended_ && hasEnded(child_, end_)) {
         ended_ = true;
         if (!end_.exited || end_.status != 0) {
           return {std::nullopt, failureText(entry_, end_)};
@@ -86,23 +118,34 @@ class LaunchWatch {
       }
       clock_.sleep(kPollInterval);
     }
+    if (applications_.startingOf(entry_.id)) {
+      return {std::nullopt, nameOf(entry_) + " has not finished starting. Connect again later."};
+    }
     return {ended_ ? std::nullopt : applications_.running(child_), std::nullopt};
   }
 
   [[nodiscard]] bool childHasEnded() const { return ended_; }
 
  private:
-  /// The application with a window that is the child, its descendant, or another instance of it.
+  /// The application with a window that is the child, its descendant, or another instance of it. A
+  /// splash screen is not yet its window, and often not even one of its process.
   std::optional<RunningApplication> withWindow() {
     const x11::Windows windows = applications_.windows();
+    const std::vector<RunningApplication> ofEntry = applications_.runningOf(entry_.id);
     std::set<Pid> asked;
     for (const x11::Window& window : windows.frontToBack) {
-      if (!window.isOrdinary() || !window.viewable || !asked.insert(window.pid).second) {
+      if (!window.isOrdinary() || window.isSplash() || !window.viewable ||
+          !asked.insert(window.pid).second) {
         continue;
       }
-      auto application = applications_.running(window.pid);
-      if (application && (application->bundleId == entry_.id || descendsFrom(window.pid, child_))) {
-        return application;
+      const auto own = std::find_if(ofEntry.begin(), ofEntry.end(), [&](const auto& application) {
+        return application.id.pid == window.pid;
+      });
+      if (own != ofEntry.end()) {
+        return *own;
+      }
+      if (descendsFrom(window.pid, child_)) {
+        return applications_.running(window.pid);
       }
     }
     return std::nullopt;
@@ -111,6 +154,7 @@ class LaunchWatch {
   Clock& clock_;
   const DesktopEntry& entry_;
   Pid child_;
+  bool isOurs_;
   x11::Display display_{clock_};
   Applications applications_{display_, clock_};
   bool ended_ = false;
@@ -129,7 +173,7 @@ void runLaunch(Clock& clock, const DesktopEntry& entry, const SpawnRequest& requ
   }
   bool ended = false;
   if (completion) {
-    LaunchWatch watch(clock, entry, child.pid);
+    LaunchWatch watch(clock, entry, child.pid, true);
     completion(watch.result());
     ended = watch.childHasEnded();
   }
@@ -138,15 +182,13 @@ void runLaunch(Clock& clock, const DesktopEntry& entry, const SpawnRequest& requ
   }
 }
 
-}  // namespace
-
-void launch(Clock& clock, const DesktopEntry& entry, const std::vector<std::string>& extraArguments,
-            OpenCompletion completion) {
+/// Runs a body on a thread of its own; nothing at all when there can be none.
+template <typename Body>
+void inBackground(Body body) {
   try {
-    std::thread([&clock, entry, request = requestOf(entry, extraArguments),
-                 completion = std::move(completion)] {
+    std::thread([body = std::move(body)] {
       try {
-        runLaunch(clock, entry, request, completion);
+        body();
       } catch (const std::exception&) {
         return;
       }
@@ -154,6 +196,22 @@ void launch(Clock& clock, const DesktopEntry& entry, const std::vector<std::stri
   } catch (const std::exception&) {
     return;
   }
+}
+
+}  // namespace
+
+void launch(Clock& clock, const DesktopEntry& entry, const std::vector<std::string>& extraArguments,
+            OpenCompletion completion) {
+  inBackground(
+      [&clock, entry, request = requestOf(entry, extraArguments),
+       completion = std::move(completion)] { runLaunch(clock, entry, request, completion); });
+}
+
+void awaitLaunched(Clock& clock, const DesktopEntry& entry, Pid program,
+                   OpenCompletion completion) {
+  inBackground([&clock, entry, program, completion = std::move(completion)] {
+    completion(LaunchWatch(clock, entry, program, false).result());
+  });
 }
 
 }  // namespace tarqo::lnx::apps

@@ -19,8 +19,13 @@ namespace tarqo::lnx::apps {
 /// error when the program cannot be started or fails before it shows one; after 9 s with the
 /// program's own process if that still runs, or with neither. It may be empty.
 ///
+/// Where a splash screen is all that came of it by then, the completion has an error that says so.
+///
 /// `clock` is kept by reference and outlives the thread.
 void launch(Clock& clock, const DesktopEntry& entry, const std::vector<std::string>& extraArguments,
             OpenCompletion completion);
+
+/// The same of an entry whose program somebody has started already, without starting it once more.
+void awaitLaunched(Clock& clock, const DesktopEntry& entry, Pid program, OpenCompletion completion);
 
 }  // namespace tarqo::lnx::apps

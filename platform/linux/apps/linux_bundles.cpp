@@ -60,17 +60,15 @@ std::optional<std::string> LinuxBundles::pathForIdentifier(std::string_view bund
 
 bool LinuxBundles::showExisting(const std::string& bundleId, bool activates,
                                 const OpenCompletion& completion) {
-  const std::vector<RunningApplication> running = applications_.running();
-  // Not before `running`: that replaces a server that was lost, which would end this reference.
+  const std::vector<RunningApplication> running = applications_.runningOf(bundleId);
+  // Not before that: that replaces a server that was lost, which would end this reference.
   x11::Server* server = applications_.display().server();
   if (server == nullptr) {
     return false;
   }
   const x11::Windows windows = x11::readWindows(*server);
   for (const RunningApplication& application : running) {
-    const x11::Window* window = application.bundleId == bundleId
-                                    ? x11::principalWindow(windows, application.id.pid, true)
-                                    : nullptr;
+    const x11::Window* window = x11::principalWindow(windows, application.id.pid, true);
     if (window == nullptr) {
       continue;
     }
@@ -91,7 +89,12 @@ void LinuxBundles::open(const std::string& path, bool activates, OpenCompletion 
     completion({std::nullopt, "There is no application to open at " + path + "."});
     return;
   }
-  if (!showExisting(entry->id, activates, completion)) {
+  if (showExisting(entry->id, activates, completion)) {
+    return;
+  }
+  if (const std::optional<Pid> starting = applications_.startingOf(entry->id)) {
+    awaitLaunched(clock_, *entry, *starting, std::move(completion));
+  } else {
     launch(clock_, *entry, {}, std::move(completion));
   }
 }

@@ -29,11 +29,7 @@ std::vector<RunningApplication> LinuxWorkspace::runningApplications() {
 }
 
 std::vector<RunningApplication> LinuxWorkspace::runningApplications(std::string_view bundleId) {
-  std::vector<RunningApplication> applications = applications_.running();
-  std::erase_if(applications, [bundleId](const RunningApplication& application) {
-    return application.bundleId != bundleId;
-  });
-  return applications;
+  return applications_.runningOf(bundleId);
 }
 
 std::optional<RunningApplication> LinuxWorkspace::runningApplication(Pid pid) {

@@ -46,8 +46,8 @@ const DesktopEntry* entryOfControlGroup(const std::vector<DesktopEntry>& entries
 }
 
 const DesktopEntry* entryOfWindowClass(const std::vector<DesktopEntry>& entries,
-                                       const ProcessEvidence& evidence) {
-  for (const std::string& name : {evidence.className, evidence.instanceName}) {
+                                       const WindowClass& window) {
+  for (const std::string& name : {window.className, window.instanceName}) {
     if (name.empty()) {
       continue;
     }
@@ -62,6 +62,24 @@ const DesktopEntry* entryOfWindowClass(const std::vector<DesktopEntry>& entries,
     }
   }
   return nullptr;
+}
+
+/// That of the first window that has one: a dialog in front may be of a class of its own.
+const DesktopEntry* entryOfWindowClasses(const std::vector<DesktopEntry>& entries,
+                                         const ProcessEvidence& evidence) {
+  for (const WindowClass& window : evidence.windowClasses) {
+    if (const DesktopEntry* entry = entryOfWindowClass(entries, window)) {
+      return entry;
+    }
+  }
+  return nullptr;
+}
+
+const DesktopEntry* entryAtPath(const std::vector<DesktopEntry>& entries, const std::string& path) {
+  if (path.empty()) {
+    return nullptr;
+  }
+  return firstWhere(entries, [&path](const DesktopEntry& entry) { return entry.path == path; });
 }
 
 /// How well a command line fits an entry's command; the greater the better.
@@ -177,12 +195,7 @@ const DesktopEntry* recordedEntry(const std::vector<DesktopEntry>& entries,
       return entry;
     }
   }
-  if (evidence.launchedEntry.empty()) {
-    return nullptr;
-  }
-  return firstWhere(entries, [&evidence](const DesktopEntry& entry) {
-    return entry.path == evidence.launchedEntry;
-  });
+  return entryAtPath(entries, evidence.launchedEntry);
 }
 
 const DesktopEntry* matchingEntry(const std::vector<DesktopEntry>& entries,
@@ -193,13 +206,29 @@ const DesktopEntry* matchingEntry(const std::vector<DesktopEntry>& entries,
   if (const DesktopEntry* entry = entryOfId(entries, evidence.gtkApplicationId)) {
     return entry;
   }
-  if (const DesktopEntry* entry = entryOfWindowClass(entries, evidence)) {
+  if (const DesktopEntry* entry = entryOfWindowClasses(entries, evidence)) {
     return entry;
   }
   if (const DesktopEntry* entry = entryOfProgram(entries, evidence)) {
     return entry;
   }
+  if (const DesktopEntry* entry = entryAtPath(entries, evidence.inheritedEntry)) {
+    return entry;
+  }
   return evidence.ownsWindows ? entryOfControlGroup(entries, evidence) : nullptr;
+}
+
+bool belongsTo(const std::vector<DesktopEntry>& entries, const ProcessEvidence& evidence,
+               std::string_view entryId) {
+  const auto isMeant = [entryId](const DesktopEntry* entry) {
+    return entry != nullptr && entry->id == entryId;
+  };
+  return isMeant(matchingEntry(entries, evidence)) ||
+         isMeant(entryAtPath(entries, evidence.inheritedEntry)) ||
+         std::any_of(evidence.windowClasses.begin(), evidence.windowClasses.end(),
+                     [&](const WindowClass& window) {
+                       return isMeant(entryOfWindowClass(entries, window));
+                     });
 }
 
 }  // namespace tarqo::lnx::apps

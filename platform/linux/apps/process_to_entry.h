@@ -10,6 +10,14 @@
 
 namespace tarqo::lnx::apps {
 
+/// The WM_CLASS of a window.
+struct WindowClass {
+  std::string instanceName;
+  std::string className;
+
+  bool operator==(const WindowClass&) const = default;
+};
+
 /// What is known of a process. Empty fields are unknown.
 struct ProcessEvidence {
   std::string program;                   ///< Links resolved.
@@ -19,10 +27,12 @@ struct ProcessEvidence {
   std::string controlGroup;
   bool leadsControlGroup = false;  ///< Its parent is in another one.
   std::string launchedEntry;       ///< The entry's path, as its launcher recorded it.
+  /// The same, recorded for a process above this one that has no window of its own: a script that
+  /// starts the program, or a launcher that shows no more than a splash screen.
+  std::string inheritedEntry;
   bool ownsWindows = false;
   std::string gtkApplicationId;
-  std::string instanceName;  ///< WM_CLASS, first part.
-  std::string className;     ///< WM_CLASS, second part.
+  std::vector<WindowClass> windowClasses;  ///< Of all its windows, front to back.
 };
 
 /// The ids of entries that a control group may be named after, the likeliest first:
@@ -39,5 +49,10 @@ struct ProcessEvidence {
 /// no entry fits.
 [[nodiscard]] const DesktopEntry* matchingEntry(const std::vector<DesktopEntry>& entries,
                                                 const ProcessEvidence& evidence);
+
+/// Whether a process belongs to that one of `entries`, be it beside others: one process of an
+/// office program shows the windows of all its entries.
+[[nodiscard]] bool belongsTo(const std::vector<DesktopEntry>& entries,
+                             const ProcessEvidence& evidence, std::string_view entryId);
 
 }  // namespace tarqo::lnx::apps

@@ -78,6 +78,9 @@ struct Window {
 
   [[nodiscard]] int layer() const { return layerOf(type, overrideRedirect); }
   [[nodiscard]] bool isOrdinary() const { return managed && layer() == 0; }
+
+  /// Shown until its application has started, and often by another process than that.
+  [[nodiscard]] bool isSplash() const { return type == WindowType::splash; }
 };
 
 struct Windows {

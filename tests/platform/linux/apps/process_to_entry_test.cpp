@@ -38,7 +38,7 @@ TEST_F(EntryMatching, FindsNothingWithoutEvidence) { EXPECT_EQ(match(), "none");
 TEST_F(EntryMatching, FollowsTheControlGroupOfItsLeader) {
   evidence.controlGroup = "/user.slice/app.slice/app-gnome-org.example.Notes-4711.scope";
   evidence.leadsControlGroup = true;
-  evidence.className = "terminal";
+  evidence.windowClasses = {{"", "terminal"}};
   EXPECT_EQ(match(), "org.example.Notes");
 }
 
@@ -64,16 +64,16 @@ TEST_F(EntryMatching, FollowsTheEntryThatALauncherWroteDown) {
 
 TEST_F(EntryMatching, FollowsTheApplicationIdOfGtk) {
   evidence.gtkApplicationId = "org.example.Notes";
-  evidence.className = "terminal";
+  evidence.windowClasses = {{"", "terminal"}};
   EXPECT_EQ(match(), "org.example.Notes");
   EXPECT_EQ(recordedEntry(entries, evidence), nullptr);
 }
 
 TEST_F(EntryMatching, FollowsTheWindowClassOfTheEntryBeforeItsId) {
   entries[0].windowClass = "Terminal";
-  evidence.className = "Terminal";
+  evidence.windowClasses = {{"", "Terminal"}};
   EXPECT_EQ(match(), "org.example.Notes");
-  evidence.className = "TERMINAL";
+  evidence.windowClasses = {{"", "TERMINAL"}};
   EXPECT_EQ(match(), "terminal");
 }
 
@@ -144,6 +144,27 @@ TEST(ControlGroup, NamesNothingElsewhere) {
        {"", "/", "/user.slice/session-2.scope", "/a/vte-spawn-1.scope", "/a/app-x.slice"}) {
     EXPECT_TRUE(entryIdsOfControlGroup(group).empty()) << group;
   }
+}
+
+TEST_F(EntryMatching, LooksPastADialogOfAClassOfItsOwn) {
+  evidence.windowClasses = {{"tip", "Tip"}, {"", "terminal"}};
+  EXPECT_EQ(match(), "terminal");
+}
+
+TEST_F(EntryMatching, TakesTheEntryOfTheScriptThatStartedItAtLast) {
+  evidence.inheritedEntry = "/usr/share/applications/script.desktop";
+  EXPECT_EQ(match(), "script");
+  evidence.program = "/usr/bin/notes";
+  EXPECT_EQ(match(), "org.example.Notes");
+}
+
+TEST_F(EntryMatching, OneProcessMayBelongToSeveralEntries) {
+  evidence.windowClasses = {{"", "terminal"}, {"", "org.example.notes"}};
+  EXPECT_TRUE(belongsTo(entries, evidence, "terminal"));
+  EXPECT_TRUE(belongsTo(entries, evidence, "org.example.Notes"));
+  EXPECT_FALSE(belongsTo(entries, evidence, "script"));
+  evidence.inheritedEntry = "/usr/share/applications/script.desktop";
+  EXPECT_TRUE(belongsTo(entries, evidence, "script"));
 }
 
 }  // namespace
