@@ -1,7 +1,7 @@
 # For script/package: the Debian package.
 
 # Debian 12 has Node 18, which is too old for the server, so the package brings its own.
-nodeVersion=22.23.3
+packagedNode=22.23.3
 
 # nodeArchitecture: what the npm package with the program of Node is called for, here.
 nodeArchitecture() {
@@ -57,7 +57,7 @@ stageServer() {
   stageLicences "$folder/licenses"
   scratch=$(mktemp -d)
   npm install --prefix "$scratch" --no-audit --no-fund --loglevel=error \
-    "node-linux-$(nodeArchitecture)@$nodeVersion" >&2
+    "node-linux-$(nodeArchitecture)@$packagedNode" >&2
   node=$scratch/node_modules/node-linux-$(nodeArchitecture)
   strip --strip-unneeded -o "$folder/node" "$node/bin/node"
   cp "$node/LICENSE" "$folder/LICENSE.node"

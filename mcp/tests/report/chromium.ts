@@ -4,12 +4,16 @@ import { spawn, type ChildProcess } from 'node:child_process';
 import { once } from 'node:events';
 import { existsSync } from 'node:fs';
 import type { TestContext } from 'node:test';
+import { setTimeout as pause } from 'node:timers/promises';
 import type { Readable, Writable } from 'node:stream';
 import { scratchFolder } from '../recorder/session.js';
 
 const candidates = ['/usr/bin/chromium', '/usr/bin/chromium-browser', '/usr/bin/google-chrome'];
 export const chromium =
   process.env['TARQO_CHROMIUM'] ?? candidates.find((path) => existsSync(path));
+
+/** Nothing takes this long, even on a machine that builds meanwhile. */
+const answerMs = 30_000;
 
 interface Reply {
   id?: number;
@@ -27,7 +31,6 @@ export class Tab {
   readonly requests: string[] = [];
 
   private readonly waiting = new Map<number, (reply: Reply) => void>();
-  private readonly events = new Map<string, () => void>();
   private lastId = 0;
   private session = '';
   private buffered = '';
@@ -61,10 +64,8 @@ export class Tab {
     );
     const tab = new Tab(child, child.stdio[3] as Writable, child.stdio[4] as Readable);
     t.after(() => tab.close());
-    const targets = (await tab.ask('Target.getTargets')) as {
-      targetInfos: { targetId: string; type: string }[];
-    };
-    const targetId = targets.targetInfos.find((target) => target.type === 'page')?.targetId;
+    // One of its own: the first tab may still be changing.
+    const { targetId } = await tab.ask('Target.createTarget', { url: 'about:blank' });
     const attached = await tab.ask('Target.attachToTarget', { targetId, flatten: true });
     tab.session = String(attached['sessionId']);
     for (const domain of ['Page', 'Runtime', 'Log', 'Network']) {
@@ -78,9 +79,14 @@ export class Tab {
   }
 
   async go(url: string): Promise<void> {
-    const loaded = new Promise<void>((resolve) => this.events.set('Page.loadEventFired', resolve));
     await this.ask('Page.navigate', { url });
-    await loaded;
+    const there = `location.href.startsWith(${JSON.stringify(url)}) && document.readyState === 'complete'`;
+    for (const deadline = Date.now() + answerMs; !(await this.value<boolean>(there));) {
+      if (Date.now() > deadline) {
+        throw new Error(`${url} was not loaded within ${answerMs} ms`);
+      }
+      await pause(20);
+    }
   }
 
   /** The value of an expression in the page, promises awaited. */
@@ -117,7 +123,15 @@ export class Tab {
     this.lastId += 1;
     const id = this.lastId;
     const session = this.session === '' ? {} : { sessionId: this.session };
-    const reply = new Promise<Reply>((resolve) => this.waiting.set(id, resolve));
+    const reply = new Promise<Reply>((resolve, reject) => {
+      const late = setTimeout(() => {
+        reject(new Error(`no answer to ${method} within ${answerMs} ms`));
+      }, answerMs);
+      this.waiting.set(id, (answer) => {
+        clearTimeout(late);
+        resolve(answer);
+      });
+    });
     this.toBrowser.write(JSON.stringify({ id, method, params, ...session }) + '\0');
     const { result, error } = await reply;
     if (error !== undefined) {
@@ -133,7 +147,6 @@ export class Tab {
       return;
     }
     const { method = '', params = {} } = message;
-    this.events.get(method)?.();
     if (method === 'Network.requestWillBeSent') {
       this.requests.push((params['request'] as { url: string }).url);
     } else if (method === 'Runtime.exceptionThrown' || method === 'Log.entryAdded') {
