@@ -41,12 +41,21 @@ class Listener {
   /// Subscribes to a process and to the `WATCHED` notifications of its application, instead of any
   /// other. A process that cannot be observed leaves nobody listening.
   void listen(Pid pid, const Element& app);
-  void stop() { observer_.reset(); }
-  [[nodiscard]] bool isListening() const { return observer_ != nullptr; }
+  void stop() {
+    observer_.reset();
+    isHeard_ = false;
+  }
+  /// Whether anything can be heard: a starting application may refuse every subscription.
+  [[nodiscard]] bool isListening() const { return observer_ != nullptr && isHeard_; }
 
-  /// Subscribes to the `WATCHED` notifications of a further element, a window. Nothing when nobody
-  /// listens.
-  void watch(const Element& element);
+  /// Subscribes to the `WATCHED` notifications of an element: of the application once more, since
+  /// those that it refused while it started it may take by now, and of its window. False once it
+  /// keeps one subscription waiting as long as a call may take: it would keep the others waiting as
+  /// well. Nothing when the process is not observed.
+  bool watch(const Element& element);
+
+  /// Whether the process is observed, so that there is something to subscribe with.
+  [[nodiscard]] bool isObserving() const { return observer_ != nullptr; }
 
   /// What was heard after `since`.
   [[nodiscard]] Journal::Heard heardSince(Instant since) const { return journal_.lastHeard(since); }
@@ -59,6 +68,7 @@ class Listener {
   Journal journal_;
   /// Declared after the journal it writes to, so that it falls silent first.
   std::unique_ptr<Observer> observer_;
+  bool isHeard_ = false;  ///< Whether any subscription was taken.
 };
 
 }  // namespace tarqo

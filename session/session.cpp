@@ -5,11 +5,13 @@
 namespace tarqo {
 
 void Session::ensureListening() {
-  if (!listener.isListening()) {
+  if (!listener.isObserving()) {
     listener.listen(target.requirePid(), *target.app());
+  } else if (!listener.watch(*target.app())) {
+    return;
   }
   if (target.window()) {
-    listener.watch(*target.window());
+    (void)listener.watch(*target.window());
   }
 }
 

@@ -41,8 +41,9 @@ struct Session {
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
 
-  /// Listens to the target, from now on if nobody did, and to its window of the moment. Only with a
-  /// target.
+  /// Listens to the target, from now on if nobody did, and to its window of the moment. Subscribes
+  /// once more to what it refused before. Only with a target; waits no longer than one call to a
+  /// target that does not answer.
   void ensureListening();
 
   /// The calendar's time as results spell it.

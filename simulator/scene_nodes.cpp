@@ -33,11 +33,11 @@ Setter<Node> readFrame(const Field& value) {
 
 Setter<Node> readAttributes(const Field& object) {
   Setters<Node> setters;
-  for (const auto& [name, value] : object.members()) {
+  for (const auto& [key, value] : object.members()) {
     if (value.isNull()) {
-      setters.emplace_back([name = name](SceneState&, Node& node) { node.without(name); });
+      setters.emplace_back([name = key](SceneState&, Node& node) { node.without(name); });
     } else {
-      setters.push_back(attribute(name, readValue(value)));
+      setters.push_back(attribute(key, readValue(value)));
     }
   }
   return [setters](SceneState& state, Node& node) { apply(setters, state, node); };
@@ -115,13 +115,13 @@ constexpr std::array kActionMembers{
 
 Setter<Node> readActions(const Field& object) {
   Setters<Node> setters;
-  for (const auto& [name, value] : object.members()) {
+  for (const auto& [key, value] : object.members()) {
     if (value.isNull()) {
-      setters.emplace_back([name = name](SceneState&, Node& node) { node.withoutAction(name); });
+      setters.emplace_back([name = key](SceneState&, Node& node) { node.withoutAction(name); });
       continue;
     }
     setters.emplace_back(
-        [name = name, about = readSetters(value, kActionMembers)](SceneState& state, Node& node) {
+        [name = key, about = readSetters(value, kActionMembers)](SceneState& state, Node& node) {
           apply(about, state, node.action(name));
         });
   }

@@ -34,6 +34,10 @@ class ListeningObserver final : public Observer {
     const NodeHandle* handle = handleOf(element);
     App* app = world_.appOf(listener_->pid);
     const std::string name(notification);
+    if (app != nullptr && app->facts.ignoresSubscriptions) {
+      world_.clock.advance(app->messagingTimeout());
+      return false;
+    }
     if (handle == nullptr || handle->node() == nullptr || app == nullptr ||
         &handle->node()->app() != app || app->facts.hung ||
         app->facts.unsupportedNotifications.contains(name)) {

@@ -56,6 +56,8 @@ struct AppFacts {
   bool refusesObservers = false;
   bool refusesHitTest = false;
   std::set<std::string> unsupportedNotifications;
+  /// Every subscription costs the messaging time-out, in vain.
+  bool ignoresSubscriptions = false;
   /// Acknowledges every action performed on it, like a toolkit that announces no button press.
   bool acknowledgesActions = false;
   /// Hangs for good when a key comes while it is inside an action that `perform` did not await.
@@ -70,6 +72,9 @@ class App {
   App(const App&) = delete;
   App& operator=(const App&) = delete;
   ~App();
+
+  /// What the last who asked waits for at most.
+  [[nodiscard]] Duration messagingTimeout() const { return messagingTimeout_; }
 
   /// A new window, behind those of the application in front, else in front of all.
   Window& window(const Rect& frame, const std::string& title = "");

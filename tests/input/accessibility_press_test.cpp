@@ -260,6 +260,32 @@ TEST_F(PressUnheard, AWindowIsListenedToForSettlingToo) {
   EXPECT_EQ(result("settle").at("heard"), Json({"AXLayoutChanged"}));
 }
 
+TEST_F(PressUnheard, IsHeardOnceTheApplicationTakesWhatItRefusedWhileItStarted) {
+  notes.facts.unsupportedNotifications = {WATCHED.begin(), WATCHED.end()};
+  connect();
+  notes.facts.unsupportedNotifications.clear();
+  save.action("AXPress").effect([&] { notes.announce("AXValueChanged"); });
+  EXPECT_EQ(click().at("method"), "accessibility");
+  EXPECT_EQ(save.activations(), 1);
+}
+
+TEST_F(PressUnheard, IsTakenForAnsweredWhileTheApplicationRefusesEverySubscription) {
+  notes.facts.unsupportedNotifications = {WATCHED.begin(), WATCHED.end()};
+  connect();
+  EXPECT_EQ(click().at("method"), "accessibility");
+  EXPECT_EQ(save.activations(), 1);
+  EXPECT_EQ(result("settle").at("listening"), false);
+}
+
+TEST_F(PressUnheard, WaitsOnceForAnApplicationThatAnswersNoSubscription) {
+  notes.facts.ignoresSubscriptions = true;
+  connect();
+  (void)result("observe", {{"image", false}});
+  const Instant begin = desktop.clock().now();
+  EXPECT_EQ(result("settle", {{"quietMs", 20}}).at("listening"), false);
+  EXPECT_LT(desktop.clock().now() - begin, 500ms);
+}
+
 TEST_F(PressUnheard, AnsweredByNothingThatItListensToIsUnanswered) {
   notes.facts.unsupportedNotifications = {"AXValueChanged"};
   connect();
