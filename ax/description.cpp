@@ -83,7 +83,7 @@ bool isTextEntryRole(std::string_view role) { return contains(kTextEntryRoles, r
 bool editableText(Accessibility& accessibility, const Element& element,
                   const Description& description) {
   return !description.secure && description.enabled && isTextEntryRole(description.role) &&
-         accessibility.isSettable(element, "AXValue");
+         (accessibility.isSettable(element, "AXValue") || accessibility.takesTextByKeys(element));
 }
 
 }  // namespace tarqo

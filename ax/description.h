@@ -34,7 +34,8 @@ struct Description {
 /// Whether the role is one into which text is entered.
 [[nodiscard]] bool isTextEntryRole(std::string_view role);
 
-/// Whether text can be entered by setting the element's value; one round trip when the role allows.
+/// Whether text can be entered, by setting the element's value or by keys; one or two round trips
+/// when the role allows.
 [[nodiscard]] bool editableText(Accessibility& accessibility, const Element& element,
                                 const Description& description);
 

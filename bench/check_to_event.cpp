@@ -74,6 +74,12 @@ class WatchedAccessibility final : public Accessibility {
   bool isEndangeredByKeys(Pid pid) override {
     return watch_.prove([&] { return service_.isEndangeredByKeys(pid); });
   }
+  bool takesTextByKeys(const Element& element) override {
+    return watch_.prove([&] { return service_.takesTextByKeys(element); });
+  }
+  std::optional<Size> wheelStep(const Element& element) override {
+    return service_.wheelStep(element);
+  }
   bool set(const Element& element, std::string_view name, const Value& value) override {
     return service_.set(element, name, value);
   }
@@ -166,6 +172,7 @@ class WatchedInputEvents final : public InputEvents {
     }
     return isPosted;
   }
+  bool scrollsByDragging() override { return service_.scrollsByDragging(); }
   std::optional<Point> pointerLocation() override { return service_.pointerLocation(); }
 
  private:

@@ -56,15 +56,18 @@ Rect requireGestureArea(Session& session) {
   return *bounds;
 }
 
-void turnWheel(Session& session, Point point, std::int32_t pixels, const Proof& proof) {
+// Positive distances show what lies further down and to the right.
+void turnWheel(Session& session, const WheelPlace& place, std::int64_t dx, std::int64_t dy) {
   InputEvents& events = session.platform.inputEvents;
   const auto source = events.makeSource("");
-  post(session, source.get(), MouseEvent{MouseEventType::moved, point});
-  const auto wheel = events.create(source.get(), ScrollEvent{pixels});
+  post(session, source.get(), MouseEvent{MouseEventType::moved, place.point});
+  const auto wheel = events.create(
+      source.get(), ScrollEvent{static_cast<std::int32_t>(-dy), static_cast<std::int32_t>(-dx),
+                                session.platform.accessibility.wheelStep(place.over)});
   if (!wheel) {
     fail(failures::kNoScrollEvent);
   }
-  proof();
+  place.proof();
   postToTarget(session, *wheel, failures::kPointCovered);
   session.platform.clock.runLoopFor(kAfterWheel);
 }
@@ -127,8 +130,7 @@ void trackpadSwipe(Session& session, const Rect& area, double dx) {
 
 }  // namespace
 
-void scroll(Session& session, Point point, std::int64_t dx, std::int64_t dy,
-            const Proof& wheelProof) {
+void scroll(Session& session, const WheelPlace& place, std::int64_t dx, std::int64_t dy) {
   const auto isBounded = [](std::int64_t delta) {
     return delta >= -kMaxDelta && delta <= kMaxDelta;
   };
@@ -136,12 +138,19 @@ void scroll(Session& session, Point point, std::int64_t dx, std::int64_t dy,
     fail(failures::kUnboundedScroll);
   }
   session.target.requireFrontmost();
-  if (dx != 0) {
+  if (!session.platform.inputEvents.scrollsByDragging()) {
+    if (dy != 0) {
+      turnWheel(session, place, 0, dy);
+    }
+    if (dx != 0) {
+      turnWheel(session, place, dx, 0);
+    }
+  } else if (dx != 0) {
     trackpadSwipe(session, requireGestureArea(session), static_cast<double>(dx));
   } else if (dy < 0 && dy >= -kLongestPull) {
     spotlightPull(session, requireGestureArea(session));
   } else {
-    turnWheel(session, point, static_cast<std::int32_t>(-dy), wheelProof);
+    turnWheel(session, place, 0, dy);
   }
 }
 

@@ -17,6 +17,8 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr Duration kBeforeReturn = 120ms;
+constexpr Duration kFocusArrives = 300ms;
+constexpr Duration kFocusPoll = 10ms;
 constexpr std::uint16_t kReturn = 36;
 
 // Text goes into these by setting their value.
@@ -66,8 +68,8 @@ Json keyOrScroll(Session& session, const StoredNode& stored, Point point,
     return {{"method", "keyboard"}};
   }
   if (wanted.kind == "scroll") {
-    scroll(session, point, wanted.deltaX, wanted.deltaY,
-           [&] { proveWheel(session, point, stored); });
+    const WheelPlace place{point, stored.element, [&] { proveWheel(session, point, stored); }};
+    scroll(session, place, wanted.deltaX, wanted.deltaY);
     return {{"method", "pointer"}};
   }
   fail(failures::kUnknownInput);
@@ -107,6 +109,32 @@ void setText(Session& session, const StoredNode& stored, const std::string& type
   }
 }
 
+// Whether the element reports the focus, which it may do a moment after it was given it.
+bool awaitFocus(Session& session, const StoredNode& stored) {
+  Clock& clock = session.platform.clock;
+  const Instant deadline = clock.now() + kFocusArrives;
+  for (;;) {
+    const auto focused = attribute(session.platform.accessibility, stored.element, "AXFocused");
+    if (booleanValue(focused).value_or(false)) {
+      return true;
+    }
+    if (clock.now() >= deadline) {
+      return false;
+    }
+    clock.runLoopFor(kFocusPoll);
+  }
+}
+
+// Into an element that has no value to set: where its caret is.
+void typeByKeys(Session& session, const StoredNode& stored, const std::string& typed) {
+  focus(session, stored);
+  requireInputTarget(session, stored);
+  if (!awaitFocus(session, stored)) {
+    fail(failures::kInputUnsupported);
+  }
+  typeUnicode(session, typed);
+}
+
 // Return goes to whatever has the focus: a field whose value was set has yet to be given it.
 void pressReturnIn(Session& session, const StoredNode& stored, bool focusFirst) {
   if (focusFirst) {
@@ -119,8 +147,12 @@ void pressReturnIn(Session& session, const StoredNode& stored, bool focusFirst) 
 
 Json typeInto(Session& session, const StoredNode& stored, const InputArguments& wanted) {
   const std::string typed = boundedText(wanted.text);
-  const bool byValue = isTextField(stored.role);
-  if (byValue) {
+  Accessibility& ax = session.platform.accessibility;
+  const bool byKeys = isTextField(stored.role) && ax.takesTextByKeys(stored.element);
+  const bool byValue = isTextField(stored.role) && !byKeys;
+  if (byKeys) {
+    typeByKeys(session, stored, typed);
+  } else if (byValue) {
     setText(session, stored, typed);
   } else {
     session.target.requireFrontmost();

@@ -155,6 +155,14 @@ class Accessibility {
   /// Whether an attribute can be set; false when that could not be learnt.
   [[nodiscard]] virtual bool isSettable(const Element& element, std::string_view name) = 0;
 
+  /// Whether an element without a settable value takes text from keys while it has the focus: a
+  /// terminal, the text of some editors. False where the value of all such elements can be set.
+  [[nodiscard]] virtual bool takesTextByKeys(const Element& element) = 0;
+
+  /// How many points one click of a wheel moves what the element lies in, sideways and up or down,
+  /// as its toolkit does it; empty when not known, and where a wheel has no clicks.
+  [[nodiscard]] virtual std::optional<Size> wheelStep(const Element& element) = 0;
+
   /// The deepest element of any application at a point of the screen, as the pointer would meet it.
   [[nodiscard]] virtual std::optional<Element> elementAt(Point point) = 0;
 

@@ -54,8 +54,13 @@ struct TextEvent {
 };
 
 /// A turn of the wheel at the pointer's position, in pixels; positive moves the content down.
+/// `sideways` is only used where `InputEvents::scrollsByDragging` is false; positive moves the
+/// content to the right. One of them is 0.
 struct ScrollEvent {
   std::int32_t pixels = 0;
+  std::int32_t sideways = 0;
+  /// What one click of the wheel moves there, `Accessibility::wheelStep`; empty when not known.
+  std::optional<Size> step{};
 
   bool operator==(const ScrollEvent&) const = default;
 };
@@ -99,6 +104,10 @@ class InputEvents {
   /// another process would get it or that cannot be learnt. Scrolling by several clicks of a wheel
   /// is judged before each group of them that goes out together, and ends with the first refused.
   [[nodiscard]] virtual bool postTo(Pid receiver, const CreatedEvent& event) = 0;
+
+  /// Whether content moves by being dragged on this system, as on a touch screen. Elsewhere a drag
+  /// selects text or moves things, and all scrolling is the wheel's.
+  [[nodiscard]] virtual bool scrollsByDragging() = 0;
 
   [[nodiscard]] virtual std::optional<Point> pointerLocation() = 0;
 };

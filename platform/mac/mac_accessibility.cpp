@@ -108,6 +108,10 @@ Performed MacAccessibility::perform(const Element& element, std::string_view act
 
 bool MacAccessibility::isEndangeredByKeys(Pid /*pid*/) { return false; }
 
+bool MacAccessibility::takesTextByKeys(const Element& /*element*/) { return false; }
+
+std::optional<Size> MacAccessibility::wheelStep(const Element& /*element*/) { return std::nullopt; }
+
 bool MacAccessibility::set(const Element& element, std::string_view name, const Value& value) {
   const MacElement* ours = macElement(element);
   const CfRef<CFStringRef> attribute = makeString(name);

@@ -36,6 +36,8 @@ class MacAccessibility final : public Accessibility {
 
   /// Keys wait in the application's queue until it reads them: always false.
   bool isEndangeredByKeys(Pid pid) override;
+  bool takesTextByKeys(const Element& element) override;
+  std::optional<Size> wheelStep(const Element& element) override;
 
   bool set(const Element& element, std::string_view name, const Value& value) override;
   bool isSettable(const Element& element, std::string_view name) override;

@@ -36,6 +36,8 @@ class MacInputEvents final : public InputEvents {
   /// event arrives.
   bool postTo(Pid receiver, const CreatedEvent& event) override;
 
+  bool scrollsByDragging() override { return true; }
+
   std::optional<Point> pointerLocation() override;
 
  private:

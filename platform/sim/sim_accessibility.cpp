@@ -200,6 +200,16 @@ bool AccessibilityService::isEndangeredByKeys(Pid pid) {
   return app != nullptr && app->isEndangeredByKeys();
 }
 
+bool AccessibilityService::takesTextByKeys(const Element& element) {
+  const NodeHandle* handle = handleOf(element);
+  const Node* node = handle == nullptr ? nullptr : handle->node();
+  return node != nullptr && node->takesTextByKeys();
+}
+
+std::optional<Size> AccessibilityService::wheelStep(const Element& /*element*/) {
+  return std::nullopt;
+}
+
 // The element may have gone since the application was asked.
 bool AccessibilityService::carryOut(const Element& element, const std::string& name) {
   const NodeHandle* handle = handleOf(element);

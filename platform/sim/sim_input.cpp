@@ -77,7 +77,10 @@ std::string eventText(const InputEvent& event) {
                    " flags=" + flags;
           },
           [](const TextEvent& text) { return "text " + text.text + (text.down ? " down" : " up"); },
-          [](const ScrollEvent& scroll) { return "scroll " + std::to_string(scroll.pixels); },
+          [](const ScrollEvent& scroll) {
+            return scroll.sideways == 0 ? "scroll " + std::to_string(scroll.pixels)
+                                        : "scroll sideways " + std::to_string(scroll.sideways);
+          },
       },
       event);
 }

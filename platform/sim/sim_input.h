@@ -69,6 +69,9 @@ class InputEventsService final : public InputEvents {
   void grabKeyboard(std::optional<Pid> owner) { world_.keyboardGrab = owner; }
   void grabPointer(std::optional<Pid> owner) { world_.pointerGrab = owner; }
 
+  /// A system whose content does not move by being dragged.
+  bool scrollsByWheelAlone = false;
+
   // Faults: what cannot be created.
   bool refusesSources = false;
   bool refusesMouse = false;
@@ -83,6 +86,7 @@ class InputEventsService final : public InputEvents {
                                                      const InputEvent& event) override;
   void post(const CreatedEvent& event) override;
   [[nodiscard]] bool postTo(Pid receiver, const CreatedEvent& event) override;
+  [[nodiscard]] bool scrollsByDragging() override { return !scrollsByWheelAlone; }
   [[nodiscard]] std::optional<Point> pointerLocation() override { return pointer.location; }
 
  private:

@@ -40,6 +40,11 @@ Node& Node::settable(const std::string& name, bool settable) {
   return *this;
 }
 
+Node& Node::takingTextByKeys() {
+  takesTextByKeys_ = true;
+  return *this;
+}
+
 Node& Node::onSet(const std::string& name, std::function<void(const Value&)> effect) {
   attributes_[name].onSet = sharing(std::move(effect));
   return settable(name);

@@ -57,6 +57,7 @@ class Node {
   Node& enabled(bool enabled) { return with("AXEnabled", Value{enabled}); }
   Node& hidden(bool hidden) { return with("AXHidden", Value{hidden}); }
   Node& settable(const std::string& name, bool settable = true);
+  Node& takingTextByKeys();  ///< A terminal: its value cannot be set, and keys go into it.
   /// What setting the attribute does, instead of keeping the value.
   Node& onSet(const std::string& name, std::function<void(const Value&)> effect);
 
@@ -98,6 +99,7 @@ class Node {
   [[nodiscard]] Node* parent() const { return parent_; }
   [[nodiscard]] App& app() const { return app_; }
   [[nodiscard]] bool removed() const { return removed_; }
+  [[nodiscard]] bool takesTextByKeys() const { return takesTextByKeys_; }
   [[nodiscard]] Element element() const;
   [[nodiscard]] const std::shared_ptr<Identity>& identity() const { return identity_; }
   /// `AXButton "Save"`: how the event log names it.
@@ -137,6 +139,7 @@ class Node {
   std::vector<std::unique_ptr<Action>> actions_;
   std::function<void(int)> onClick_;
   std::function<void()> onRightClick_;
+  bool takesTextByKeys_ = false;
   bool removed_ = false;
   bool failingBatch_ = false;
   bool failingActionNames_ = false;

@@ -13,7 +13,7 @@ import unittest
 
 import moments
 from e2e import HelperError, wait_until
-from moments import DOUBLE, HOVER, KEY, MENU, PULL, SWIPE, TYPE, Intruder, Target
+from moments import DOUBLE, HOVER, KEY, MENU, TYPE, Intruder, Target
 from safety import Tally, Verdict
 
 TALLY = Tally()
@@ -54,9 +54,6 @@ def trials_of(toolkit):
     yield Trial("before the wheel turns", wheel, ("motion", 1, 0), "popup")
     yield Trial("between turns of the wheel", wheel, ("wheel", 1, 5), "popup")
     yield Trial("between turns of the wheel", wheel, ("wheel", 1, 20), "window")
-    for gesture in (PULL, SWIPE):
-        yield Trial("before a gesture", gesture, ("motion", 1, 2), "popup")
-        yield Trial("during a gesture", gesture, ("press", 1, 15), "popup")
     # A key is posted when the target has had 120 ms to come to the front.
     for delay, deed in ((100, "keys"), (125, "keys"), (132, "keys"), (140, "keys"), (130, "focus")):
         yield Trial("before a key", KEY, ("now", 1, delay), deed)
@@ -69,7 +66,7 @@ def trials_of(toolkit):
 
 
 def unchanged(toolkit):
-    return (toolkit.click, DOUBLE, MENU, HOVER, toolkit.wheel, PULL, SWIPE, KEY, TYPE)
+    return (toolkit.click, DOUBLE, MENU, HOVER, toolkit.wheel, KEY, TYPE)
 
 
 class Moments:
@@ -157,26 +154,6 @@ class Moments:
             self.assertTrue(came, "%r: the moment did not come" % (trial,))
             if trial.deed == "move":
                 self.intruder.tell("now", "move", self.target.window, *moments.HOME)
-        self.assertEqual(self.problems, [], "\n".join(["", *self.problems]))
-
-    def test_a_gesture_would_lie_over_a_stranger(self):
-        bounds = self.bounds
-        middle = (bounds["x"] + bounds["width"] // 2, bounds["y"] + bounds["height"] // 2)
-        # A drag shows itself at some points of its way; these are three of them.
-        left, low = bounds["x"] + 28, bounds["y"] + 28 + int(0.78 * (bounds["height"] - 56))
-        for act, (x, y), deed in ((PULL, middle, "popup"),
-                                  (PULL, (middle[0], middle[1] + 70), "above"),
-                                  (SWIPE, (left, low), "popup"),
-                                  (SWIPE, (left + 169, low), "above"),
-                                  (SWIPE, (left + 300, low), "above")):
-            node = self.prepare(act)
-            for window in ("popup", "backdrop"):
-                self.intruder.tell(window, x - 25, y - 15, 50, 30)
-            self.intruder.tell("now", deed)
-            result = self.target.request(act, node)
-            self.outcome("gesture over a stranger", act, result, must_refuse=True)
-            self.intruder.lie_below_all()
-        self.cover_all()
         self.assertEqual(self.problems, [], "\n".join(["", *self.problems]))
 
     def try_undisturbed(self, act):

@@ -106,6 +106,38 @@ TEST_F(Scrolling, TurnsTheWheelWithoutMovingThePointerOnlyWhereItIsOverTheTarget
   EXPECT_EQ(scroll({{"deltaY", 120}}), Lines{"scroll -120"});
 }
 
+// By the wheel alone, where content does not move by being dragged.
+
+class ScrollingByTheWheelAlone : public Scrolling {
+ protected:
+  ScrollingByTheWheelAlone() { desktop.input().scrollsByWheelAlone = true; }
+};
+
+TEST_F(ScrollingByTheWheelAlone, TurnsItForALittleUp) {
+  EXPECT_EQ(scroll({{"deltaY", -120}}), (Lines{"move 300,252", "scroll 120"}));
+}
+
+TEST_F(ScrollingByTheWheelAlone, TurnsItSidewaysTowardsWhatIsShownNext) {
+  EXPECT_EQ(scroll({{"deltaX", 300}}), (Lines{"move 300,252", "scroll sideways -300"}));
+  EXPECT_EQ(scroll({{"deltaX", -300}}), (Lines{"move 300,252", "scroll sideways 300"}));
+}
+
+TEST_F(ScrollingByTheWheelAlone, GoesUpOrDownBeforeItGoesSideways) {
+  EXPECT_EQ(scroll({{"deltaX", 10}, {"deltaY", 500}}),
+            (Lines{"move 300,252", "scroll -500", "move 300,252", "scroll sideways -10"}));
+}
+
+TEST_F(ScrollingByTheWheelAlone, ProvesTheNodeBeforeEveryTurn) {
+  const Json request = scrolling({{"deltaX", 10}, {"deltaY", 500}});
+  desktop.input().beforePost = [this](const InputEvent& event) {
+    if (const auto* turn = std::get_if<ScrollEvent>(&event); turn != nullptr && turn->pixels != 0) {
+      field.remove();
+    }
+  };
+  EXPECT_EQ(failure("input", request).substr(0, 13), "stale_target:");
+  EXPECT_EQ(desktop.posted(), (Lines{"move 300,252", "scroll -500", "move 300,252"}));
+}
+
 // A short way up: a pull downward from the middle.
 
 TEST_F(Scrolling, ALittleUpPullsDownFromTheMiddle) {

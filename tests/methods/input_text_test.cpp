@@ -339,5 +339,43 @@ TEST_F(TextIntoRecognisedText, AnUnknownKindIsRefusedAfterTheProofOfThePoint) {
       "hit_test_failed");
 }
 
+// Into a text that is written by keys alone.
+
+class InputByKeys : public InputText {
+ protected:
+  sim::Node& terminal =
+      window.add("AXTextArea", "Terminal").at({200, 430, 300, 60}).takingTextByKeys();
+};
+
+TEST_F(InputByKeys, GoesInWhenTheElementHasTheFocus) {
+  terminal.settable("AXFocused");
+  const Json answer = type("Terminal", "ls");
+  EXPECT_EQ(answer.at("method"), "keyboard");
+  EXPECT_EQ(answer.at("sent"), "ls");
+  EXPECT_EQ(desktop.posted(), (Lines{"text l down", "text l up", "text s down", "text s up"}));
+}
+
+TEST_F(InputByKeys, IsListedAsEditable) {
+  terminal.settable("AXFocused");
+  const Json observation = result("observe", {{"image", false}});
+  for (const Json& node : observation.at("snapshot").at("nodes")) {
+    if (node.at("name") == "Terminal") {
+      EXPECT_EQ(node.at("editable"), true);
+    }
+  }
+}
+
+TEST_F(InputByKeys, IsRefusedWhenTheElementDoesNotTakeTheFocus) {
+  EXPECT_EQ(failure("input", typing("Terminal", "ls")),
+            "input_unsupported: The target does not support accessibility text input.");
+  EXPECT_EQ(desktop.posted(), Lines{});
+}
+
+TEST_F(InputByKeys, IsFollowedByReturnInTheSameElement) {
+  terminal.settable("AXFocused");
+  static_cast<void>(type("Terminal", "l", {{"submit", true}}));
+  EXPECT_EQ(desktop.posted().back(), "key 36 up flags=0x0");
+}
+
 }  // namespace
 }  // namespace tarqo

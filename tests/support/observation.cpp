@@ -89,6 +89,14 @@ Performed AskedAccessibility::perform(const Element& element, std::string_view a
 
 bool AskedAccessibility::isEndangeredByKeys(Pid pid) { return service_.isEndangeredByKeys(pid); }
 
+bool AskedAccessibility::takesTextByKeys(const Element& element) {
+  return service_.takesTextByKeys(element);
+}
+
+std::optional<Size> AskedAccessibility::wheelStep(const Element& element) {
+  return service_.wheelStep(element);
+}
+
 bool AskedAccessibility::set(const Element& element, std::string_view name, const Value& value) {
   return service_.set(element, name, value);
 }

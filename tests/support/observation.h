@@ -44,6 +44,8 @@ class AskedAccessibility final : public Accessibility {
   std::vector<std::string> actionNames(const Element& element) override;
   Performed perform(const Element& element, std::string_view action) override;
   bool isEndangeredByKeys(Pid pid) override;
+  bool takesTextByKeys(const Element& element) override;
+  std::optional<Size> wheelStep(const Element& element) override;
   bool set(const Element& element, std::string_view name, const Value& value) override;
   bool isSettable(const Element& element, std::string_view name) override;
   std::optional<Element> elementAt(Point point) override;

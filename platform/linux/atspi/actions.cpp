@@ -4,9 +4,14 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 
 namespace tarqo::lnx::atspi {
 namespace {
+
+constexpr auto kNumberArrives = std::chrono::milliseconds(250);
+constexpr auto kPoll = std::chrono::milliseconds(10);
+constexpr double kTolerance = 1e-6;
 
 /// The number that a text stands for; empty when the text has anything else in it.
 std::optional<double> numberIn(const std::string& text) {
@@ -65,6 +70,16 @@ bool Actions::isSettable(const ObjectHandle& object, std::string_view name) {
                                typing_.isNeededFor(object, *properties));
 }
 
+bool Actions::takesTextByKeys(const ObjectHandle& object) {
+  const PropertiesPtr properties = reader_.read(object, Property::basics);
+  if (!properties || !properties->has(State::focusable) || !properties->has(Interface::text) ||
+      isSecure(*properties)) {
+    return false;
+  }
+  const bool isWritten = properties->is(Role::terminal) || properties->has(State::editable);
+  return isWritten && !isSettable(object, "AXValue");
+}
+
 bool Actions::set(const ObjectHandle& object, std::string_view name, const Value& value) {
   const bool* truth = value.as<bool>();
   if (name == "AXValue") {
@@ -95,18 +110,56 @@ bool Actions::setText(const ObjectHandle& object, const std::string& text) {
   if (!properties) {
     return false;
   }
-  if (properties->is(Role::spinButton) && !properties->has(Interface::editableText)) {
+  // GTK 3 shows a text that a spin button was given, and keeps its number. One that is out of
+  // bounds is not taken by any way.
+  if (properties->has(Interface::value)) {
     const std::optional<double> number = numberIn(text);
-    return number && setNumber(object, *number);
+    if (number && setNumber(object, *number)) {
+      return awaitNumber(object, *number);
+    }
+    if (properties->is(Role::spinButton) && !properties->has(Interface::editableText)) {
+      return false;
+    }
   }
-  if (typing_.isNeededFor(object, *properties)) {
+  return setTextOnly(object, *properties, text);
+}
+
+/// Pages report a new number a moment after they have taken it.
+bool Actions::awaitNumber(const ObjectHandle& object, double number) {
+  const Instant deadline = reader_.clock().now() + kNumberArrives;
+  for (;;) {
+    std::optional<double> now;
+    reader_.request(object, [&](Batch& batch) {
+      batch.property(object.ref, kValue, "CurrentValue", [&now](Reply reply) {
+        now = reply.ok ? readVariantDouble(reply.message) : std::nullopt;
+      });
+    });
+    if (now && std::abs(*now - number) <= kTolerance * std::max(1.0, std::abs(number))) {
+      return true;
+    }
+    if (!now || reader_.clock().now() >= deadline) {
+      return false;
+    }
+    reader_.clock().sleep(kPoll);
+  }
+}
+
+/// Firefox says yes to a text and ignores it, so it is looked for, and typed when it is not there.
+bool Actions::setTextOnly(const ObjectHandle& object, const Properties& properties,
+                          const std::string& text) {
+  if (typing_.isNeededFor(object, properties)) {
     return typing_.typeOver(object, text);
   }
   const auto writeText = [&text](sd_bus_message* request) {
     sd_bus_message_append(request, "s", text.c_str());
   };
-  return pending_.performWithinTimeout(object, reader_.toolkitOf(object),
-                                       {{kEditableText, "SetTextContents"}, writeText, false});
+  const std::optional<std::string> before = typing_.contentOf(object);
+  const bool isTaken = pending_.performWithinTimeout(
+      object, reader_.toolkitOf(object), {{kEditableText, "SetTextContents"}, writeText, false});
+  if (!isTaken || !before || *before == text || typing_.awaitOther(object, *before)) {
+    return isTaken;
+  }
+  return typing_.typeOver(object, text);
 }
 
 bool Actions::setNumber(const ObjectHandle& object, double number) {

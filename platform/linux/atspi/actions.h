@@ -38,11 +38,17 @@ class Actions {
   /// As `Accessibility::isSettable`, for an object.
   [[nodiscard]] bool isSettable(const ObjectHandle& object, std::string_view name);
 
+  /// As `Accessibility::takesTextByKeys`, for an object.
+  [[nodiscard]] bool takesTextByKeys(const ObjectHandle& object);
+
   /// As `Accessibility::set`, for an object.
   [[nodiscard]] bool set(const ObjectHandle& object, std::string_view name, const Value& value);
 
  private:
   [[nodiscard]] bool setText(const ObjectHandle& object, const std::string& text);
+  [[nodiscard]] bool setTextOnly(const ObjectHandle& object, const Properties& properties,
+                                 const std::string& text);
+  [[nodiscard]] bool awaitNumber(const ObjectHandle& object, double number);
   [[nodiscard]] bool setNumber(const ObjectHandle& object, double number);
   [[nodiscard]] std::optional<WindowNumber> windowNumber(const ObjectHandle& window);
 

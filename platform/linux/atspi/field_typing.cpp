@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "platform/linux/atspi/translate/view.h"
 #include "platform/unicode.h"
 
 namespace tarqo::lnx::atspi {
@@ -14,6 +15,9 @@ constexpr auto kBetweenKeys = std::chrono::milliseconds(4);
 
 /// For the last keys to pass through the page.
 constexpr auto kArrival = std::chrono::milliseconds(500);
+
+/// For a field to show what it was set to.
+constexpr auto kSettingPatience = std::chrono::milliseconds(250);
 
 /// For a page to report back what is selected in it.
 constexpr auto kSelectionPatience = std::chrono::milliseconds(250);
@@ -37,6 +41,25 @@ bool FieldTyping::isNeededFor(const ObjectHandle& object, const Properties& prop
          !properties.has(Interface::editableText) && reader_.toolkitOf(object) == Toolkit::chromium;
 }
 
+std::optional<std::string> FieldTyping::contentOf(const ObjectHandle& object) {
+  const PropertiesPtr properties = reader_.read(object, Property::value);
+  return properties && !isSecure(*properties) ? properties->text : std::nullopt;
+}
+
+bool FieldTyping::awaitOther(const ObjectHandle& object, const std::string& before) {
+  const Instant deadline = reader_.clock().now() + kSettingPatience;
+  for (;;) {
+    const std::optional<std::string> now = contentOf(object);
+    if (!now || *now != before) {
+      return true;
+    }
+    if (reader_.clock().now() >= deadline) {
+      return false;
+    }
+    reader_.clock().sleep(kPoll);
+  }
+}
+
 bool FieldTyping::typeOver(const ObjectHandle& object, const std::string& text) {
   const std::optional<Toplevel> top = reader_.toplevelOf(object);
   if (!top) {
@@ -47,7 +70,7 @@ bool FieldTyping::typeOver(const ObjectHandle& object, const std::string& text) 
   if (!focus_.isInKeyWindow(field) || !focus_.grab(field) || !focus_.await(field)) {
     return false;
   }
-  const std::optional<Content> before = contentOf(field);
+  const std::optional<Content> before = measuredContentOf(field);
   return before && selectAll(field, before->characters) && typeKeys(field, text) &&
          awaitContent(field, text, *before);
 }
@@ -71,7 +94,7 @@ bool FieldTyping::typeKeys(const ObjectHandle& field, const std::string& text) {
   return typed;
 }
 
-std::optional<FieldTyping::Content> FieldTyping::contentOf(const ObjectHandle& object) {
+std::optional<FieldTyping::Content> FieldTyping::measuredContentOf(const ObjectHandle& object) {
   const PropertiesPtr properties = reader_.read(object, Property::value);
   std::optional<int> count;
   reader_.request(object, [&](Batch& batch) {
@@ -134,10 +157,10 @@ bool FieldTyping::selects(const ObjectHandle& object, std::int32_t characters) {
 bool FieldTyping::awaitContent(const ObjectHandle& object, const std::string& text,
                                const Content& before) {
   const Instant deadline = reader_.clock().now() + kArrival;
-  std::optional<Content> now = contentOf(object);
+  std::optional<Content> now = measuredContentOf(object);
   while (now && now->text != text && reader_.clock().now() < deadline) {
     reader_.clock().sleep(kPoll);
-    now = contentOf(object);
+    now = measuredContentOf(object);
   }
   if (!now || now->text == text) {
     return now.has_value();

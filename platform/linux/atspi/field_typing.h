@@ -24,6 +24,14 @@ class FieldTyping {
   /// Whether the value of such an object can be set by typing, and by nothing else.
   [[nodiscard]] bool isNeededFor(const ObjectHandle& object, const Properties& properties);
 
+  /// What a field holds now, the beginning of it where it is long; empty when it does not tell, as
+  /// a password field does not.
+  [[nodiscard]] std::optional<std::string> contentOf(const ObjectHandle& object);
+
+  /// Waits for a field to hold anything but `before`, for a fourth of a second; false when it holds
+  /// it still.
+  [[nodiscard]] bool awaitOther(const ObjectHandle& object, const std::string& before);
+
   /// Replaces the text of a field by typing over it; true when the text arrived. Types only while
   /// the field's window receives keys and the field has the focus in it. Waits for every key.
   [[nodiscard]] bool typeOver(const ObjectHandle& object, const std::string& text);
@@ -35,7 +43,7 @@ class FieldTyping {
   };
 
   [[nodiscard]] bool typeKeys(const ObjectHandle& field, const std::string& text);
-  [[nodiscard]] std::optional<Content> contentOf(const ObjectHandle& object);
+  [[nodiscard]] std::optional<Content> measuredContentOf(const ObjectHandle& object);
   [[nodiscard]] bool selectAll(const ObjectHandle& object, std::int32_t characters);
   [[nodiscard]] bool selects(const ObjectHandle& object, std::int32_t characters);
   [[nodiscard]] bool awaitContent(const ObjectHandle& object, const std::string& text,

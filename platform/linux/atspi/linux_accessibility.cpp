@@ -16,7 +16,8 @@ LinuxAccessibility::LinuxAccessibility(x11::WindowLocator& locator, Notification
       hitTest_(reader_, relations_, application_),
       focus_(reader_, relations_, hitTest_, pending_, keyboard),
       typing_(reader_, focus_, keyboard),
-      actions_(reader_, attributes_, pending_, focus_, typing_) {}
+      actions_(reader_, attributes_, pending_, focus_, typing_),
+      wheel_(reader_) {}
 
 Element LinuxAccessibility::application(Pid pid, Duration messagingTimeout) {
   return makeApplication(pid, messagingTimeout);
@@ -74,6 +75,16 @@ bool LinuxAccessibility::set(const Element& element, std::string_view name, cons
   }
   const ObjectHandle* object = beginCall(element);
   return object != nullptr && actions_.set(*object, name, value);
+}
+
+bool LinuxAccessibility::takesTextByKeys(const Element& element) {
+  const ObjectHandle* object = beginCall(element);
+  return object != nullptr && actions_.takesTextByKeys(*object);
+}
+
+std::optional<Size> LinuxAccessibility::wheelStep(const Element& element) {
+  const ObjectHandle* object = beginCall(element);
+  return object == nullptr ? std::nullopt : wheel_.of(*object);
 }
 
 std::optional<Element> LinuxAccessibility::elementAt(Point point) {

@@ -23,6 +23,7 @@
 #include "platform/linux/atspi/read/notifications.h"
 #include "platform/linux/atspi/read/reader.h"
 #include "platform/linux/atspi/tree_relations.h"
+#include "platform/linux/atspi/wheel_steps.h"
 #include "platform/linux/atspi/wire/object_handle.h"
 #include "platform/linux/x11/window_locator.h"
 
@@ -44,6 +45,8 @@ class LinuxAccessibility final : public Accessibility {
   bool isEndangeredByKeys(Pid pid) override;
   bool set(const Element& element, std::string_view name, const Value& value) override;
   bool isSettable(const Element& element, std::string_view name) override;
+  bool takesTextByKeys(const Element& element) override;
+  std::optional<Size> wheelStep(const Element& element) override;
   std::optional<Element> elementAt(Point point) override;
   std::optional<Pid> pidOf(const Element& element) override;
   std::unique_ptr<Observer> observe(Pid pid, NotificationCallback callback) override;
@@ -66,6 +69,7 @@ class LinuxAccessibility final : public Accessibility {
   KeyboardFocus focus_;
   FieldTyping typing_;
   Actions actions_;
+  WheelSteps wheel_;
 };
 
 }  // namespace tarqo::lnx::atspi

@@ -38,11 +38,16 @@ constexpr std::uint8_t kLeftButton = 1;
 constexpr std::uint8_t kRightButton = 3;
 constexpr std::uint8_t kWheelUp = 4;
 constexpr std::uint8_t kWheelDown = 5;
+constexpr std::uint8_t kWheelLeft = 6;
+constexpr std::uint8_t kWheelRight = 7;
 
 /// After the first click of the wheel Chromium takes one to two frames of its drawing to find out
 /// what to scroll, and loses most of the clicks that come meanwhile: 10 clicks at once often moved
 /// a page by one. With 20 ms between no click was lost; this is more, for a busy machine.
 constexpr std::chrono::milliseconds kAfterFirstClick{50};
+
+/// A tiny area would turn into hundreds of clicks.
+constexpr double kSmallestStep = 10;
 
 constexpr std::chrono::milliseconds kGrabPasses{150};
 constexpr std::chrono::milliseconds kGrabPoll{5};
@@ -157,8 +162,12 @@ class Deliverer {
   }
 
   bool operator()(const ScrollEvent& scroll) const {
-    const std::uint8_t button = scroll.pixels > 0 ? kWheelUp : kWheelDown;
-    const int clicks = wheelClicks(scroll.pixels);
+    const bool isSideways = scroll.sideways != 0;
+    const std::uint8_t button = isSideways ? (scroll.sideways > 0 ? kWheelLeft : kWheelRight)
+                                           : (scroll.pixels > 0 ? kWheelUp : kWheelDown);
+    const Size step = scroll.step.value_or(Size{kPixelsPerClick, kPixelsPerClick});
+    const int clicks = isSideways ? wheelClicks(scroll.sideways, step.width)
+                                  : wheelClicks(scroll.pixels, step.height);
     const auto turn = [&](int count) {
       return judged(
           [&](x11::Server& server) { event_.group().buttons.click(server, button, count); });
@@ -208,8 +217,8 @@ class Deliverer {
 
 }  // namespace
 
-int wheelClicks(std::int32_t pixels) {
-  const double clicks = std::abs(static_cast<double>(pixels)) / kPixelsPerClick;
+int wheelClicks(std::int32_t pixels, double step) {
+  const double clicks = std::abs(static_cast<double>(pixels)) / std::max(step, kSmallestStep);
   return std::max(static_cast<int>(std::lround(clicks)), 1);
 }
 

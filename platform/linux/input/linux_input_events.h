@@ -10,12 +10,13 @@ namespace tarqo::lnx::input {
 
 struct EventGroup;
 
-/// How many pixels of scrolling count as one click of the wheel. X11 knows clicks only; a click
-/// moves 30 to 36 pixels in GTK 3 and GTK 4, three rows in Qt, 120 pixels in Chromium.
+/// How many pixels of scrolling count as one click of the wheel where nobody knows better. X11
+/// knows clicks only.
 inline constexpr int kPixelsPerClick = 40;
 
-/// The number of clicks for so many pixels, whatever the direction: the nearest, but at least one.
-[[nodiscard]] int wheelClicks(std::int32_t pixels);
+/// The number of clicks for so many pixels, whatever the direction, when one moves by `step`: the
+/// nearest, but at least one.
+[[nodiscard]] int wheelClicks(std::int32_t pixels, double step = kPixelsPerClick);
 
 /// `clickState` is ignored: X11 clients count clicks themselves, by time and place. The events of a
 /// source are one group: what they change on the server is restored when the source is destroyed.
@@ -37,6 +38,7 @@ class LinuxInputEvents final : public InputEvents {
   std::unique_ptr<CreatedEvent> create(EventSource* source, const InputEvent& event) override;
   void post(const CreatedEvent& event) override;
   bool postTo(Pid receiver, const CreatedEvent& event) override;
+  bool scrollsByDragging() override { return false; }
   std::optional<Point> pointerLocation() override;
 
  private:

@@ -146,6 +146,13 @@ TEST(Wheel, TurnsAClickForEveryFortyPixels) {
   EXPECT_EQ(wheelClicks(59), 1);
 }
 
+TEST(Wheel, TurnsFewerClicksWhereOneMovesFurther) {
+  EXPECT_EQ(wheelClicks(-360, 120), 3);
+  EXPECT_EQ(wheelClicks(300, 114), 3);
+  EXPECT_EQ(wheelClicks(20, 114), 1);
+  EXPECT_EQ(wheelClicks(2000, 0.5), 200);
+}
+
 TEST(Wheel, TurnsAtLeastOneClick) {
   EXPECT_EQ(wheelClicks(1), 1);
   EXPECT_EQ(wheelClicks(-1), 1);
