@@ -75,4 +75,9 @@ std::string filled(std::string_view sentence, std::initializer_list<std::string_
   return text;
 }
 
+void Failure::addSentence(std::string_view sentence) {
+  message_ += message_.ends_with('.') ? " " : ". ";
+  message_ += sentence;
+}
+
 }  // namespace tarqo

@@ -68,6 +68,8 @@ class Failure : public std::exception {
   [[nodiscard]] const std::string& message() const { return message_; }
   [[nodiscard]] const Json& detail() const { return detail_; }
   void addDetail(const std::string& key, Json value) { detail_[key] = std::move(value); }
+  /// A further sentence of the message.
+  void addSentence(std::string_view sentence);
   [[nodiscard]] const char* what() const noexcept override { return message_.c_str(); }
 
  private:
@@ -186,6 +188,10 @@ inline constexpr FailureText kNotFrontmost{
     FailureCode::targetCovered,
     "The application did not come to the front, so keys would go elsewhere. Bring it forward "
     "(open_target) and try again."};
+inline constexpr FailureText kKeysGoToOtherWindow{
+    FailureCode::targetCovered,
+    "Another window of the application gets the keys now: {}. Observe again and act on what it "
+    "shows."};
 inline constexpr FailureText kKeysHarmful{
     FailureCode::targetBusy,
     "The application is still inside an earlier press, and a key would hang it now. Observe again "

@@ -29,6 +29,7 @@ void postPair(Session& session, EventSource* source, const InputEvent& down, con
     fail(failures::kNoKeyEvent);
   }
   session.target.requireKeysHarmless();
+  session.target.requireKeysReachWindow();
   postToTarget(session, *first, failures::kNotFrontmost);
   session.platform.clock.runLoopFor(pace.first);
   events.post(*second);

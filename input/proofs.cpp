@@ -6,6 +6,7 @@
 #include "ax/description.h"
 #include "base/failure.h"
 #include "input/related_hit.h"
+#include "session/obstacle.h"
 
 namespace tarqo {
 namespace {
@@ -76,14 +77,13 @@ void verifyInsideApp(Session& session, std::span<const Point> points) {
   }
   // Menus, panels and overlays lie on other layers; only an ordinary window can cover the point.
   const auto windows = session.platform.windowServer.windows(WindowList::onScreenAboveDesktop);
-  const auto isCovered = [&](Point point) {
+  for (const Point point : points) {
     const auto top = std::find_if(windows.begin(), windows.end(), [&](const WindowInfo& window) {
       return window.layer == 0 && window.bounds && window.bounds->contains(point);
     });
-    return top != windows.end() && top->ownerPid != pid;
-  };
-  if (std::any_of(points.begin(), points.end(), isCovered)) {
-    fail(failures::kPointCovered);
+    if (top != windows.end() && top->ownerPid != pid) {
+      throw naming(Failure(failures::kPointCovered), *top);
+    }
   }
 }
 
@@ -91,8 +91,11 @@ void verifyPointer(Session& session, Point point, const Element& target) {
   verifyInsideApp(session, point);
   Accessibility& ax = session.platform.accessibility;
   const auto hit = ax.elementAt(point);
+  const auto obstacle = [&] {
+    return foreignWindowAt(session.platform, session.target.requirePid(), point);
+  };
   if (!hit) {
-    fail(failures::kHitTestFailed);
+    throw naming(Failure(failures::kHitTestFailed), obstacle());
   }
   const auto pid = ax.pidOf(*hit);
   const bool isTargets = pid == session.target.requirePid();
@@ -106,8 +109,10 @@ void verifyPointer(Session& session, Point point, const Element& target) {
   if (isTargets && relatedHit(ax, *hit, target)) {
     return;
   }
-  fail(failures::kOtherElementHit, {truncated(point.x), truncated(point.y), summary(ax, *hit, true),
-                                    summary(ax, target, false)});
+  throw naming(
+      Failure(failures::kOtherElementHit, {truncated(point.x), truncated(point.y),
+                                           summary(ax, *hit, true), summary(ax, target, false)}),
+      obstacle());
 }
 
 void verifyNodeAt(Session& session, Point point, const StoredNode& stored) {

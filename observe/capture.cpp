@@ -7,6 +7,7 @@
 #include "base/timed.h"
 #include "observe/placement.h"
 #include "observe/screens.h"
+#include "session/obstacle.h"
 
 namespace tarqo {
 namespace {
@@ -145,7 +146,7 @@ WindowImage captureWindow(Session& session, const Rect& bounds) {
   const WindowPlacement placement = settledPlacement(session, bounds);
   switch (placement.kind) {
     case Kind::covered:
-      fail(failures::kWindowCovered);
+      throw naming(Failure(failures::kWindowCovered), placement.cover);
     case Kind::missing:
       fail(failures::kWindowNotVisible);
     case Kind::exact:

@@ -54,10 +54,10 @@ WindowPlacement windowPlacement(const Platform& platform, Target& target, const 
     }
     if (window.ownerPid != pid) {
       if (!isCompanion(window) && window.bounds->intersects(frame)) {
-        return {Kind::covered, 0};
+        return {Kind::covered, 0, window};
       }
     } else if (window.number && agree(*window.bounds, frame)) {
-      return {Kind::exact, *window.number};
+      return {Kind::exact, *window.number, std::nullopt};
     }
   }
   return {};

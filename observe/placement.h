@@ -21,6 +21,7 @@ struct WindowPlacement {
   };
   Kind kind = Kind::missing;
   WindowNumber number = 0;
+  std::optional<WindowInfo> cover{};  ///< What lies over it, when it is `covered`.
 };
 
 /// The placement of the target's window, which is at `frame` by its own account. Throws

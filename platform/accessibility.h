@@ -148,6 +148,13 @@ class Accessibility {
   /// in a loop of its own. Always false where keys are harmless. Costs no round trip to the target.
   [[nodiscard]] virtual bool isEndangeredByKeys(Pid pid) = 0;
 
+  /// The window of the same application that keystrokes go to in place of `window`: a dialog that
+  /// came up, say. Null when they go to `window` itself, to a popup or to another application, and
+  /// where the system does not tell.
+  [[nodiscard]] virtual std::optional<Element> otherKeyWindow(const Element& /*window*/) {
+    return std::nullopt;
+  }
+
   /// Sets an attribute; true when the application accepted the value.
   [[nodiscard]] virtual bool set(const Element& element, std::string_view name,
                                  const Value& value) = 0;

@@ -24,6 +24,9 @@ struct WindowInfo {
   std::optional<int> layer;     ///< 0 for ordinary windows; menus, panels and docks lie elsewhere.
   std::optional<double> alpha;  ///< 0 is invisible.
   std::optional<std::string> title;
+  /// What a refusal calls the window to the user: "the dialog "Save As" of Notes". Null where
+  /// refusals name no window.
+  std::optional<std::string> caption;
 };
 
 /// One display. `frame` is in the desktop's own coordinates: origin at the bottom left of the first

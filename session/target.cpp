@@ -7,6 +7,7 @@
 #include "ax/attribute_access.h"
 #include "base/failure.h"
 #include "base/waiting.h"
+#include "session/obstacle.h"
 #include "session/site.h"
 
 namespace tarqo {
@@ -162,7 +163,7 @@ void Target::activate() {
   }
   if (!runLoopUntil(clock, clock.now() + kActivationLimit, kActivationSlice,
                     [&] { return isFrontmost(); })) {
-    fail(failures::kFocusFailed);
+    throw naming(Failure(failures::kFocusFailed), windowInFront(platform_, running_->id.pid));
   }
   clock.runLoopFor(kSwitchFinishes);
 }
@@ -172,13 +173,25 @@ void Target::requireFrontmost() {
   Clock& clock = platform_.clock;
   if (!runLoopUntil(clock, clock.now() + kForegroundLimit, kForegroundSlice,
                     [&] { return isFrontmost(); })) {
-    fail(failures::kNotFrontmost);
+    throw naming(Failure(failures::kNotFrontmost), windowInFront(platform_, running_->id.pid));
   }
 }
 
 void Target::requireStillFrontmost() {
+  (void)requirePid();
   if (!isFrontmost()) {
-    fail(failures::kNotFrontmost);
+    throw naming(Failure(failures::kNotFrontmost), windowInFront(platform_, running_->id.pid));
+  }
+}
+
+void Target::requireKeysReachWindow() {
+  if (!window_) {
+    return;
+  }
+  Accessibility& ax = platform_.accessibility;
+  if (const std::optional<Element> other = ax.otherKeyWindow(*window_)) {
+    const std::string title = text(attribute(ax, *other, "AXTitle"));
+    fail(failures::kKeysGoToOtherWindow, {title.empty() ? "(no title)" : "\"" + title + "\""});
   }
 }
 

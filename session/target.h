@@ -67,6 +67,9 @@ class Target {
   /// The same without waiting. Called between the keys of one text, since the target may quit or
   /// lose its place.
   void requireStillFrontmost();
+  /// Throws "target_covered" when another window of the application gets the keys that are meant
+  /// for the target window.
+  void requireKeysReachWindow();
   /// Throws "target_busy" while a key would hang the target for good.
   void requireKeysHarmless();
 

@@ -1,10 +1,38 @@
 #include "platform/linux/linux_window_server.h"
 
+#include <string_view>
 #include <utility>
 
 #include "platform/linux/x11/screens.h"
 
 namespace tarqo::lnx {
+namespace {
+
+std::string_view kindOf(const x11::Window& window) {
+  switch (window.type) {
+    case x11::WindowType::dialog:
+      return "the dialog";
+    case x11::WindowType::notification:
+      return "the notification";
+    case x11::WindowType::dock:
+      return "the panel";
+    default:
+      return window.overrideRedirect ? "the popup" : "the window";
+  }
+}
+
+std::string captionOf(const x11::Window& window, const std::string& ownerName) {
+  std::string caption(kindOf(window));
+  if (!window.title.empty()) {
+    caption += " \"" + window.title + "\"";
+  }
+  if (!ownerName.empty()) {
+    caption += " of " + ownerName;
+  }
+  return caption;
+}
+
+}  // namespace
 
 std::vector<WindowInfo> LinuxWindowServer::windows(WindowList which) {
   const x11::Windows windows = applications_.windows();
@@ -20,14 +48,17 @@ std::vector<WindowInfo> LinuxWindowServer::windows(WindowList which) {
     info.bounds = window.frame;
     info.layer = window.layer();
     info.alpha = window.opacity;
-    if (window.pid > 0) {
-      info.ownerPid = window.pid;
-      if (std::string name = applications_.nameOf(window.pid, windows); !name.empty()) {
-        info.ownerName = std::move(name);
-      }
-    }
     if (!window.title.empty()) {
       info.title = window.title;
+    }
+    std::string name;
+    if (window.pid > 0) {
+      info.ownerPid = window.pid;
+      name = applications_.nameOf(window.pid, windows);
+    }
+    info.caption = captionOf(window, name);
+    if (!name.empty()) {
+      info.ownerName = std::move(name);
     }
     list.push_back(std::move(info));
   }

@@ -210,6 +210,16 @@ std::optional<Size> AccessibilityService::wheelStep(const Element& /*element*/) 
   return std::nullopt;
 }
 
+std::optional<Element> AccessibilityService::otherKeyWindow(const Element& window) {
+  const auto pid = pidOf(window);
+  const App* app = pid ? world_.appOf(*pid) : nullptr;
+  if (app == nullptr || !app->facts.tellsKeyWindow || app->focusedWindow() == nullptr) {
+    return std::nullopt;
+  }
+  Element focused = app->focusedWindow()->element();
+  return focused == window ? std::nullopt : std::optional(std::move(focused));
+}
+
 // The element may have gone since the application was asked.
 bool AccessibilityService::carryOut(const Element& element, const std::string& name) {
   const NodeHandle* handle = handleOf(element);

@@ -44,6 +44,7 @@ class AccessibilityService final : public Accessibility {
   [[nodiscard]] bool isEndangeredByKeys(Pid pid) override;
   [[nodiscard]] bool takesTextByKeys(const Element& element) override;
   [[nodiscard]] std::optional<Size> wheelStep(const Element& element) override;
+  [[nodiscard]] std::optional<Element> otherKeyWindow(const Element& window) override;
   [[nodiscard]] bool set(const Element& element, std::string_view name,
                          const Value& value) override;
   [[nodiscard]] bool isSettable(const Element& element, std::string_view name) override;

@@ -62,6 +62,8 @@ struct AppFacts {
   bool acknowledgesActions = false;
   /// Hangs for good when a key comes while it is inside an action that `perform` did not await.
   bool hangsAtKeysInActions = false;
+  /// The system tells which of its windows keystrokes go to: the focused one.
+  bool tellsKeyWindow = false;
 };
 
 class App {

@@ -108,7 +108,9 @@ class RecognisedText(unittest.TestCase):
 
     def expect_refusal(self, error, code, message):
         self.assertIsInstance(error, HelperError)
-        self.assertEqual((error.code, error.message), (code, message))
+        said, _, named = error.message.partition(". In the way is ")
+        self.assertEqual((error.code, said), (code, message))
+        self.assertEqual(bool(named), "inTheWay" in error.error)
 
     def expect_no_problems(self):
         self.assertEqual(self.problems, [], "\n".join(["", *self.problems]))

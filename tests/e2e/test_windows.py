@@ -72,6 +72,10 @@ class Covered(WindowTest):
         wait_until(lambda: self.app.count("clicked Quiet") == 2, 3, "the button is pressed twice")
         self.assertEqual(x_windows.active_window(), self.window)
 
+    def in_the_way(self, error):
+        named = error.error["inTheWay"]
+        return " In the way is the window \"%s\" of %s." % (named["title"], named["application"])
+
     def test_what_stays_above_is_neither_pictured_nor_clicked(self):
         cover = self.start_cover()
         x_windows.keep_above(cover)
@@ -79,10 +83,11 @@ class Covered(WindowTest):
         self.assertEqual(error.code, "window_covered")
         self.assertEqual(error.message, "Another application's window is in front of the target "
                          "window's area, so reading its pixels would read that window. Bring the "
-                         "target window to the front, then look again.")
+                         "target window to the front, then look again." + self.in_the_way(error))
         error = self.fails("click", nodeId=self.node("Quiet", "button")["id"], count=2)
         self.assertEqual(error.code, "target_covered")
-        self.assertEqual(error.message, "Another application's window covers the click position")
+        self.assertEqual(error.message, "Another application's window covers the click position." +
+                         self.in_the_way(error))
         time.sleep(0.3)
         self.assertEqual(self.app.lines("clicked"), [])
 
@@ -95,7 +100,8 @@ class Covered(WindowTest):
             start = time.monotonic()
             error = self.fails("click", nodeId=node["id"])
             self.assertEqual(error.code, "focus_failed")
-            self.assertEqual(error.message, "Could not bring the target application to the front")
+            self.assertEqual(error.message, "Could not bring the target application to the front." +
+                             self.in_the_way(error))
             self.assertLess(time.monotonic() - start, 3)
         finally:
             os.kill(manager, signal.SIGCONT)

@@ -359,5 +359,36 @@ TEST_F(SentInPart, IsToldWhenTheFocusIsLostInMidText) {
   EXPECT_EQ(refused.at("sent"), "한글");
 }
 
+/// A dialog of the application itself that came up since the window was observed.
+class OwnDialog : public ConnectedScene {
+ protected:
+  static constexpr const char* kElsewhere =
+      "target_covered: Another window of the application gets the keys now: \"Save as\". Observe "
+      "again and act on what it shows.";
+
+  void SetUp() override {
+    ConnectedScene::SetUp();
+    button_ = idOf("Save");
+    // It takes the keyboard while the window comes to the front.
+    desktop.after(60ms, [this, dialog = &notes.window({300, 300, 300, 200}, "Save as")] {
+      notes.focusWindow(dialog);
+    });
+  }
+
+  std::string button_;
+};
+
+TEST_F(OwnDialog, GetsNoKeyThatIsMeantForTheWindow) {
+  notes.facts.tellsKeyWindow = true;
+  EXPECT_EQ(failure("input", {{"nodeId", button_}, {"kind", "key"}, {"key", "Escape"}}),
+            kElsewhere);
+  EXPECT_EQ(desktop.posted(), Lines{});
+}
+
+TEST_F(OwnDialog, GetsTheKeysWhereTheSystemDoesNotTell) {
+  EXPECT_EQ(result("input", {{"nodeId", button_}, {"kind", "key"}, {"key", "Escape"}}).at("method"),
+            "keyboard");
+}
+
 }  // namespace
 }  // namespace tarqo

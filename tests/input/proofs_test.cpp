@@ -330,5 +330,30 @@ TEST_F(OwnOverlay, IsNotGoneThroughWhereTheTargetIsNot) {
             "the captured AXWindow [100,80 1024x512]; take a fresh snapshot");
 }
 
+// What is in the way has a name where the system gives one.
+
+TEST_F(PointChecks, TheWindowThatCoversIsNamed) {
+  sim::ServerWindow& covering = cover();
+  covering.info.title = "Save as";
+  covering.info.caption = "the dialog \"Save as\" of Other";
+  EXPECT_EQ(click(), std::string(kCovered) + ". In the way is the dialog \"Save as\" of Other.");
+}
+
+TEST_F(PointChecks, ThePopupUnderThePointerIsNamed) {
+  sim::ServerWindow& covering = cover();
+  covering.info.layer = 101;
+  covering.info.caption = "the notification of Other";
+  desktop.accessibility().hitTest({240, 212}, nullptr);
+  EXPECT_EQ(click(), std::string(kNoHit) + ". In the way is the notification of Other.");
+}
+
+TEST_F(PointChecks, TheDetailTellsTheApplicationAndTheTitle) {
+  sim::ServerWindow& covering = cover();
+  covering.info.title = "Save as";
+  covering.info.caption = "the dialog \"Save as\" of Other";
+  EXPECT_EQ(error("click", {{"nodeId", idOf("Save")}}).at("inTheWay"),
+            (Json{{"application", "Other"}, {"title", "Save as"}}));
+}
+
 }  // namespace
 }  // namespace tarqo

@@ -21,6 +21,8 @@ const std::map<std::string, std::string> kOutOfReach{
      "no scene has a system with words of its own; permissions_test.cpp has"},
     {"kCaptureObstacle", "no scene has a system with words of its own; permissions_test.cpp has"},
     {"kAppClosed", "every caller has passed the gate, which reports a closed application first"},
+    {"kKeysGoToOtherWindow",
+     "no scene's system tells which window of an application gets keys; intruder_test.cpp has one"},
     {"kOutOfMemory", "no scene makes memory short; server_test.cpp does"},
     {"kRequestTooLarge", "no scene makes memory short; server_test.cpp does"},
     {"kUnnamedError",
