@@ -44,10 +44,15 @@ std::size_t addTextLines(NodeList& list, const Element& window, std::vector<Text
   });
   sortForReading(lines);
   for (TextLine& line : lines) {
+    // A line in a popup goes with the popup, so that it cannot pass for one of the window beneath.
+    const auto popup =
+        std::find_if(frames.popups.begin(), frames.popups.end(),
+                     [&](const auto& each) { return each.first.contains(line.box.center()); });
+    const Element& shownBy = popup != frames.popups.end() ? popup->second : window;
     const bool covered =
         std::any_of(frames.clickable.begin(), frames.clickable.end(),
                     [&](const Rect& frame) { return frame.contains(line.box.center()); });
-    addTextLine(list, window, std::move(line), !covered);
+    addTextLine(list, shownBy, std::move(line), !covered);
   }
   return lines.size();
 }

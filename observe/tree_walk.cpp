@@ -95,6 +95,10 @@ void TreeWalk::walk(const Element& element, const std::optional<std::string>& pa
   }
   record.selected = booleanValue(find(description.attrs, "AXSelected"));
   record.focused = booleanValue(find(description.attrs, "AXFocused"));
+  if (depth == 1 && description.role == "AXMenu" && record.bounds &&
+      childElements(ax, element).empty()) {
+    frames_.popups.emplace_back(*record.bounds, element);
+  }
   const std::string id = record.id;
   if (isWindow) {
     list_.rootId = id;

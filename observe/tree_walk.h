@@ -23,6 +23,8 @@ struct WalkBudget {
 struct WalkFrames {
   std::vector<Rect> secure;
   std::vector<Rect> clickable;
+  /// Menus over the window that tell nothing of what is in them, the uppermost first.
+  std::vector<std::pair<Rect, Element>> popups;
 };
 
 /// Walks depth-first, parents before children, children in the order the element reports them.

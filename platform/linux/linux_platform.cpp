@@ -13,6 +13,7 @@
 #include "platform/linux/linux_permissions.h"
 #include "platform/linux/linux_random.h"
 #include "platform/linux/linux_window_server.h"
+#include "platform/linux/x11/pictured_popups.h"
 #include "platform/linux/x11/window_locator.h"
 #include "platform/platform.h"
 #include "platform/png/png_images.h"
@@ -38,11 +39,13 @@ class LinuxPlatform final : public Backend {
   LinuxMainLoop mainLoop_{clock_};
   atspi::Notifications notifications_{mainLoop_, clock_};
   input::LinuxInputEvents inputEvents_{display_, clock_};
-  atspi::LinuxAccessibility accessibility_{locator_, notifications_, clock_, &inputEvents_};
+  x11::PicturedPopups popups_;
+  atspi::LinuxAccessibility accessibility_{locator_, notifications_, clock_, &inputEvents_,
+                                           &popups_};
   apps::LinuxWorkspace workspace_{applications_};
   apps::LinuxBundles bundles_{applications_, clock_};
   apps::LinuxProcesses processes_;
-  capture::LinuxScreenCapture capture_{clock_};
+  capture::LinuxScreenCapture capture_{clock_, &popups_};
   LinuxPermissions permissions_{capture_, clock_};
   LinuxWindowServer windowServer_{applications_};
   ocr::TesseractTextRecognizer recognizer_{clock_};

@@ -39,6 +39,9 @@ std::optional<Element> HitTest::elementAt(Point point) {
   if (!window || window->pid == 0) {
     return std::nullopt;
   }
+  if (const std::optional<Element> bare = bareWindow(*window)) {
+    return bare;
+  }
   for (const ObjectHandle& start : hitCandidates(*window, point)) {
     ObjectHandle object = start;
     const std::optional<Ref> deepest = confirmedAt(start, point);
@@ -52,6 +55,23 @@ std::optional<Element> HitTest::elementAt(Point point) {
     }
     if (reader_.read(object, Property::basics)) {
       return makeElement(relations_.withMenuPlace(std::move(object)));
+    }
+  }
+  return std::nullopt;
+}
+
+/// The window itself, when no object shows it, or the popup over such a window. What lies where in
+/// it, nobody tells.
+std::optional<Element> HitTest::bareWindow(const x11::LocatedWindow& window) {
+  const auto isMeant = [&window](const x11::LocatedWindow& each) {
+    return each.number == window.number;
+  };
+  for (const x11::LocatedWindow& bare : reader_.windowsOf(window.pid, kDefaultTimeout).bare) {
+    if (isMeant(bare) ||
+        (window.overrideRedirect &&
+         std::ranges::any_of(x11::popupsOver(reader_.locator().windowsOf(window.pid), bare.number),
+                             isMeant))) {
+      return makeBareWindow(window.pid, kDefaultTimeout, window.number);
     }
   }
   return std::nullopt;

@@ -25,6 +25,7 @@ class HitTest {
   [[nodiscard]] std::optional<Element> elementAt(Point point);
 
  private:
+  [[nodiscard]] std::optional<Element> bareWindow(const x11::LocatedWindow& window);
   [[nodiscard]] std::vector<ObjectHandle> hitCandidates(const x11::LocatedWindow& window,
                                                         Point point);
   [[nodiscard]] std::optional<Ref> popupObject(const ObjectHandle& top,

@@ -5,13 +5,16 @@
 namespace tarqo::lnx::atspi {
 
 LinuxAccessibility::LinuxAccessibility(x11::WindowLocator& locator, Notifications& notifications,
-                                       Clock& clock, InputEvents* keyboard)
+                                       Clock& clock, InputEvents* keyboard,
+                                       x11::PicturedPopups* popups)
     : notifications_(notifications),
+      popups_(popups),
       bus_(clock),
       reader_(bus_, locator),
       pending_(bus_),
       relations_(reader_, notifications),
       application_(reader_, notifications, relations_),
+      bareWindows_(locator, clock),
       attributes_(reader_, relations_, application_),
       hitTest_(reader_, relations_, application_),
       focus_(reader_, relations_, hitTest_, pending_, keyboard),
@@ -35,11 +38,22 @@ std::vector<std::optional<Value>> LinuxAccessibility::attributes(
   if (ours == nullptr) {
     return {};
   }
+  if (ours->isBareWindow()) {
+    std::vector<std::optional<Value>> values = bareWindows_.read(*ours, names);
+    for (std::size_t i = 0; i < values.size(); ++i) {
+      if (names[i] == "AXDocument") {
+        std::optional<std::string> document = application_.documentOf(*ours);
+        values[i] = document ? std::optional(Value{*std::move(document)}) : std::nullopt;
+      }
+    }
+    return values;
+  }
   if (!ours->isApplication()) {
     return attributes_.read(*ours, names);
   }
   std::vector<std::optional<Value>> values;
-  if (reader_.registry().registrationsOf(ours->pid, ours->timeout).empty()) {
+  if (reader_.registry().registrationsOf(ours->pid, ours->timeout).empty() &&
+      reader_.locator().windowsOf(ours->pid).empty()) {
     return values;
   }
   for (const std::string_view name : names) {
@@ -49,20 +63,36 @@ std::vector<std::optional<Value>> LinuxAccessibility::attributes(
 }
 
 std::vector<std::string> LinuxAccessibility::actionNames(const Element& element) {
+  if (const ObjectHandle* window = bareWindowIn(element)) {
+    return bareWindows_.actionNames(*window);
+  }
   const ObjectHandle* object = beginCall(element);
   return object == nullptr ? std::vector<std::string>() : actions_.namesOf(*object);
 }
 
 Performed LinuxAccessibility::perform(const Element& element, std::string_view action) {
+  if (const ObjectHandle* window = bareWindowIn(element)) {
+    return bareWindows_.perform(*window, action);
+  }
   const ObjectHandle* object = beginCall(element);
   return object == nullptr ? Performed::refused : actions_.perform(*object, action);
 }
 
 bool LinuxAccessibility::isEndangeredByKeys(Pid pid) { return pending_.isEndangeredByKeys(pid); }
 
+std::optional<Element> LinuxAccessibility::otherKeyWindow(const Element& window) {
+  reader_.beginCall();
+  const ObjectHandle* ours = handleOf(window);
+  return ours == nullptr || ours->isApplication() ? std::nullopt
+                                                  : application_.otherKeyWindow(*ours);
+}
+
 bool LinuxAccessibility::isSettable(const Element& element, std::string_view name) {
   if (isApplication(element)) {
     return name == "AXFrontmost";
+  }
+  if (bareWindowIn(element) != nullptr) {
+    return bareWindows_.isSettable(name);
   }
   const ObjectHandle* object = beginCall(element);
   return object != nullptr && actions_.isSettable(*object, name);
@@ -72,6 +102,9 @@ bool LinuxAccessibility::set(const Element& element, std::string_view name, cons
   if (isApplication(element)) {
     // The window manager brings an application to the front, when its window is raised.
     return name == "AXFrontmost" && value.as<bool>() != nullptr;
+  }
+  if (const ObjectHandle* window = bareWindowIn(element)) {
+    return bareWindows_.set(*window, name, value);
   }
   const ObjectHandle* object = beginCall(element);
   return object != nullptr && actions_.set(*object, name, value);
@@ -102,6 +135,10 @@ std::unique_ptr<Observer> LinuxAccessibility::observe(Pid pid, NotificationCallb
 
 std::unique_ptr<TreeRead> LinuxAccessibility::readTree(const Element& root,
                                                        const TreeReadLimits& limits) {
+  const ObjectHandle* bare = bareWindowIn(root);
+  if (popups_ != nullptr) {
+    popups_->showOver(bare != nullptr ? bare->number : 0);
+  }
   const ObjectHandle* object = beginCall(root);
   return object == nullptr ? nullptr : reader_.readTree(*object, limits);
 }
@@ -111,10 +148,15 @@ bool LinuxAccessibility::isApplication(const Element& element) {
   return ours != nullptr && ours->isApplication();
 }
 
+const ObjectHandle* LinuxAccessibility::bareWindowIn(const Element& element) {
+  const ObjectHandle* ours = handleOf(element);
+  return ours != nullptr && ours->isBareWindow() ? ours : nullptr;
+}
+
 const ObjectHandle* LinuxAccessibility::beginCall(const Element& element) {
   reader_.beginCall();
   const ObjectHandle* ours = handleOf(element);
-  return ours == nullptr || ours->isApplication() ? nullptr : ours;
+  return ours != nullptr && ours->kind == ObjectHandle::Kind::object ? ours : nullptr;
 }
 
 }  // namespace tarqo::lnx::atspi

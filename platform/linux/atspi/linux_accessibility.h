@@ -15,6 +15,7 @@
 #include "platform/input_events.h"
 #include "platform/linux/atspi/actions.h"
 #include "platform/linux/atspi/application_element.h"
+#include "platform/linux/atspi/bare_windows.h"
 #include "platform/linux/atspi/field_typing.h"
 #include "platform/linux/atspi/hit_test.h"
 #include "platform/linux/atspi/keyboard_focus.h"
@@ -25,6 +26,7 @@
 #include "platform/linux/atspi/tree_relations.h"
 #include "platform/linux/atspi/wheel_steps.h"
 #include "platform/linux/atspi/wire/object_handle.h"
+#include "platform/linux/x11/pictured_popups.h"
 #include "platform/linux/x11/window_locator.h"
 
 namespace tarqo::lnx::atspi {
@@ -32,9 +34,9 @@ namespace tarqo::lnx::atspi {
 class LinuxAccessibility final : public Accessibility {
  public:
   /// All are kept and outlive this. Chromium takes text from the keyboard alone, so without one the
-  /// values of its fields cannot be set.
+  /// values of its fields cannot be set. `popups` is told when they must be pictured.
   LinuxAccessibility(x11::WindowLocator& locator, Notifications& notifications, Clock& clock,
-                     InputEvents* keyboard = nullptr);
+                     InputEvents* keyboard = nullptr, x11::PicturedPopups* popups = nullptr);
 
   Element application(Pid pid, Duration messagingTimeout) override;
   std::optional<Value> attribute(const Element& element, std::string_view name) override;
@@ -43,6 +45,7 @@ class LinuxAccessibility final : public Accessibility {
   std::vector<std::string> actionNames(const Element& element) override;
   Performed perform(const Element& element, std::string_view action) override;
   bool isEndangeredByKeys(Pid pid) override;
+  std::optional<Element> otherKeyWindow(const Element& window) override;
   bool set(const Element& element, std::string_view name, const Value& value) override;
   bool isSettable(const Element& element, std::string_view name) override;
   bool takesTextByKeys(const Element& element) override;
@@ -54,16 +57,21 @@ class LinuxAccessibility final : public Accessibility {
 
  private:
   [[nodiscard]] static bool isApplication(const Element& element);
+  /// Null for elements of any other kind.
+  [[nodiscard]] static const ObjectHandle* bareWindowIn(const Element& element);
 
-  /// What is known of an object; null for application elements and those of another backend.
+  /// What is known of an object; null for applications, bare windows and elements of another
+  /// backend.
   [[nodiscard]] const ObjectHandle* beginCall(const Element& element);
 
   Notifications& notifications_;
+  x11::PicturedPopups* popups_;
   Bus bus_;
   Reader reader_;
   PendingActions pending_;
   TreeRelations relations_;
   ApplicationElement application_;
+  BareWindows bareWindows_;
   ObjectAttributes attributes_;
   HitTest hitTest_;
   KeyboardFocus focus_;

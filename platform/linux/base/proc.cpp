@@ -3,6 +3,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -75,6 +76,21 @@ std::optional<ProcessStatus> processStatus(Pid pid) {
   const char state = fields[kStateField][0];
   return ProcessStatus{numberOf<Pid>(fields[kParentField]), state == kZombie || state == kDead,
                        numberOf<std::uint64_t>(fields[kStartField])};
+}
+
+std::optional<std::chrono::milliseconds> processAge(Pid pid) {
+  const auto status = processStatus(pid);
+  timespec now{};
+  const long ticksPerSecond = ::sysconf(_SC_CLK_TCK);
+  if (!status || ticksPerSecond <= 0 || ::clock_gettime(CLOCK_BOOTTIME, &now) != 0) {
+    return std::nullopt;
+  }
+  const std::chrono::milliseconds sinceBoot =
+      std::chrono::seconds(now.tv_sec) +
+      std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::nanoseconds(now.tv_nsec));
+  const std::chrono::milliseconds started(status->startTicks * 1000 /
+                                          static_cast<std::uint64_t>(ticksPerSecond));
+  return sinceBoot - started;
 }
 
 std::optional<std::string> programOf(Pid pid) {

@@ -2,6 +2,7 @@
 // answer is empty for a process that is gone or belongs to another user.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -23,6 +24,9 @@ struct ProcessStatus {
 [[nodiscard]] std::optional<std::string> readWholeFile(const std::string& path);
 
 [[nodiscard]] std::optional<ProcessStatus> processStatus(Pid pid);
+
+/// How long ago a process was started, in steps of 10 ms.
+[[nodiscard]] std::optional<std::chrono::milliseconds> processAge(Pid pid);
 
 /// The program a process runs, links resolved.
 [[nodiscard]] std::optional<std::string> programOf(Pid pid);

@@ -2,8 +2,11 @@
 
 #include <xcb/composite.h>
 
+#include <algorithm>
 #include <chrono>
+#include <vector>
 
+#include "platform/linux/capture/overlay.h"
 #include "platform/linux/capture/window_pixels.h"
 #include "platform/linux/x11/window_reader.h"
 
@@ -71,6 +74,31 @@ std::optional<Image> LinuxScreenCapture::redirectedImage(x11::Server& server,
   return image;
 }
 
+/// A popup is uppermost, so nothing of it is unseen when it is redirected.
+Image LinuxScreenCapture::withPopups(x11::Server& server, const x11::Windows& windows,
+                                     const x11::Window& window, const Image& image) {
+  std::vector<Overlay> overlays;
+  for (const x11::Window& popup : windows.frontToBack) {
+    if (popup.outermost == window.outermost) {
+      break;
+    }
+    const bool isOver = popup.overrideRedirect && popup.viewable && popup.pid == window.pid &&
+                        popup.frame.intersects(window.frame);
+    if (!isOver || !server.succeeded(xcb_composite_redirect_window_checked(
+                       server.raw(), popup.outermost, XCB_COMPOSITE_REDIRECT_AUTOMATIC))) {
+      continue;
+    }
+    if (auto picture = redirectedImage(server, popup)) {
+      overlays.push_back({*std::move(picture), static_cast<int>(popup.frame.x - window.frame.x),
+                          static_cast<int>(popup.frame.y - window.frame.y)});
+    }
+    xcb_composite_unredirect_window(server.raw(), popup.outermost,
+                                    XCB_COMPOSITE_REDIRECT_AUTOMATIC);
+  }
+  std::reverse(overlays.begin(), overlays.end());
+  return withOverlays(image, overlays);
+}
+
 std::optional<Image> LinuxScreenCapture::windowImage(WindowNumber number,
                                                      WindowImageResolution /*resolution*/) {
   const std::lock_guard lock(mutex_);
@@ -91,6 +119,9 @@ std::optional<Image> LinuxScreenCapture::windowImage(WindowNumber number,
     if (redirect(*server, windows, *window)) {
       image = redirectedImage(*server, *window);
     }
+  }
+  if (image && popups_ != nullptr && popups_->areShownOver(number)) {
+    image = withPopups(*server, windows, *window, *image);
   }
   return image;
 }

@@ -2,7 +2,8 @@
 //
 // The window's outermost ancestor is redirected into memory of its own, so the image holds what the
 // window and its decorations show and nothing of what lies over them, the application's own menus
-// included; parts that lie off the screen are there too. It works the same with and without a
+// included, unless they are told to be pictured; parts that lie off the screen are there too. It
+// works the same with and without a
 // compositor. Neither the user nor the application sees the redirection. It is kept for the window
 // last captured: a newly redirected window shows, where it was covered or off the screen, what lay
 // there before, until its application has painted it.
@@ -16,6 +17,7 @@
 #include <vector>
 
 #include "platform/linux/x11/connection.h"
+#include "platform/linux/x11/pictured_popups.h"
 #include "platform/linux/x11/windows.h"
 #include "platform/screen_capture.h"
 
@@ -25,7 +27,9 @@ namespace tarqo::lnx::capture {
 class LinuxScreenCapture final : public ScreenCapture {
  public:
   /// `clock` is kept by reference; see `x11::Display` for how long.
-  explicit LinuxScreenCapture(Clock& clock) : clock_(clock), display_(clock) {}
+  /// So is `popups`, without which no popup is pictured.
+  explicit LinuxScreenCapture(Clock& clock, const x11::PicturedPopups* popups = nullptr)
+      : clock_(clock), popups_(popups), display_(clock) {}
 
   std::vector<CaptureTechnique> techniques() override { return {CaptureTechnique::windowImage}; }
   bool listsShareableWindows() override { return false; }
@@ -57,7 +61,12 @@ class LinuxScreenCapture final : public ScreenCapture {
   [[nodiscard]] static std::optional<Image> redirectedImage(x11::Server& server,
                                                             const x11::Window& window);
 
+  /// The picture with the popups of the same process that lie over the window.
+  [[nodiscard]] static Image withPopups(x11::Server& server, const x11::Windows& windows,
+                                        const x11::Window& window, const Image& image);
+
   Clock& clock_;
+  const x11::PicturedPopups* popups_;
   std::mutex mutex_;
   x11::Display display_;
   Redirected redirected_;

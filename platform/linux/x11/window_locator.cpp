@@ -1,6 +1,7 @@
 #include "platform/linux/x11/window_locator.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "platform/linux/x11/ping.h"
 #include "platform/linux/x11/window_manager.h"
@@ -18,12 +19,27 @@ LocatedWindow located(const Windows& windows, const Window& window) {
       .bounds = window.frame,
       .shadow = window.shadow,
       .overrideRedirect = window.overrideRedirect,
+      .ordinary = window.isOrdinary(),
+      .splash = window.isSplash(),
+      .transientFor = window.transientFor,
       .minimized = window.minimised,
       .active = window.client == windows.focused,
   };
 }
 
 }  // namespace
+
+std::vector<LocatedWindow> popupsOver(const std::vector<LocatedWindow>& windows,
+                                      WindowNumber window) {
+  const auto front = std::find_if(windows.begin(), windows.end(),
+                                  [](const LocatedWindow& each) { return each.ordinary; });
+  std::vector<LocatedWindow> popups;
+  if (front != windows.end() && front->number == window) {
+    std::copy_if(windows.begin(), front, std::back_inserter(popups),
+                 [](const LocatedWindow& each) { return each.overrideRedirect; });
+  }
+  return popups;
+}
 
 std::vector<LocatedWindow> DisplayWindowLocator::windowsOf(Pid pid) {
   const Windows windows = readWindows(display_);
@@ -35,6 +51,9 @@ std::vector<LocatedWindow> DisplayWindowLocator::windowsOf(Pid pid) {
   }
   std::stable_partition(list.begin(), list.end(),
                         [](const LocatedWindow& window) { return !window.minimized; });
+  for (std::size_t i = 0; i < list.size(); ++i) {
+    list[i].rank = i;
+  }
   return list;
 }
 

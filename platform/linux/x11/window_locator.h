@@ -27,9 +27,18 @@ struct LocatedWindow {
   Rect bounds;              ///< As `WindowInfo::bounds`: with decorations, without shadows.
   std::optional<Insets> shadow;   ///< `_GTK_FRAME_EXTENTS`; absent when the window does not set it.
   bool overrideRedirect = false;  ///< A popup that no window manager handles.
+  bool ordinary = false;          ///< One that a user switches to: no popup, panel or notification.
+  bool splash = false;            ///< Shown only until the application has started.
+  WindowNumber transientFor = 0;  ///< The window that it is a dialog of; 0 for none.
   bool minimized = false;
-  bool active = false;  ///< It is the window that receives keystrokes.
+  std::size_t rank = 0;  ///< Of the windows of its process from front to back, minimised ones last.
+  bool active = false;   ///< It is the window that receives keystrokes.
 };
+
+/// Those among the windows of a process that are popups of its front window: over it, with none of
+/// its ordinary windows in between. Empty for any other window.
+[[nodiscard]] std::vector<LocatedWindow> popupsOver(const std::vector<LocatedWindow>& windows,
+                                                    WindowNumber window);
 
 class WindowLocator {
  public:

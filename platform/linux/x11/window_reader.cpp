@@ -58,7 +58,7 @@ struct WindowQuery {
   xcb_get_window_attributes_cookie_t attributes;
   xcb_get_geometry_cookie_t geometry;
   xcb_translate_coordinates_cookie_t origin;
-  xcb_get_property_cookie_t netName, name, windowClass, pid, type, netState, opacity;
+  xcb_get_property_cookie_t netName, name, windowClass, pid, type, transientFor, netState, opacity;
   xcb_get_property_cookie_t decoration, shadow, gtkApplicationId;
 };
 
@@ -76,6 +76,7 @@ WindowQuery requestsAbout(Server& server, xcb_window_t window) {
       .windowClass = requestProperty(server, window, XCB_ATOM_WM_CLASS, kTextLength),
       .pid = property(Atom::netWmPid, 1),
       .type = property(Atom::netWmWindowType, 16),
+      .transientFor = requestProperty(server, window, XCB_ATOM_WM_TRANSIENT_FOR, 1),
       .netState = property(Atom::netWmState, 64),
       .opacity = property(Atom::netWmWindowOpacity, 1),
       .decoration = property(Atom::netFrameExtents, 4),
@@ -143,6 +144,10 @@ bool readReplies(Server& server, const WindowQuery& query, const Outermost& oute
     window.pid = static_cast<Pid>(numbers[0]);
   }
   window.type = typeOf(server, property(query.type));
+  const Property transientFor = property(query.transientFor);
+  if (const auto numbers = numbersOf(transientFor); !numbers.empty()) {
+    window.transientFor = numbers[0];
+  }
   window.minimised = isMinimised(server, property(query.netState));
   window.opacity = opacityOf(property(query.opacity));
   const std::optional<Insets> decoration = insetsOf(property(query.decoration));

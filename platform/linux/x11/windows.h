@@ -66,6 +66,8 @@ struct Window {
   bool overrideRedirect = false;
   Pid pid = 0;  ///< 0 when neither the server nor the window reports it.
   WindowType type = WindowType::none;
+  xcb_window_t transientFor =
+      XCB_NONE;     ///< The window that it is a dialog of, by WM_TRANSIENT_FOR.
   Rect clientArea;  ///< On the screen, without the client's border.
   Rect outermostArea;
   Rect frame;                    ///< What the user sees as the window.

@@ -43,7 +43,7 @@ class Notifications::Handle final : public Observer {
 
   bool add(const Element& element, std::string_view notification) override {
     const ObjectHandle* object = handleOf(element);
-    if (object == nullptr || object->pid != subscriber_->pid) {
+    if (object == nullptr || object->pid != subscriber_->pid || object->isBareWindow()) {
       return false;
     }
     const auto rows = eventRows();

@@ -14,6 +14,9 @@ constexpr int kMaxDepth = 100;
 /// same request would cost the same wait.
 constexpr auto kSilenceRest = std::chrono::milliseconds(500);
 
+/// How often it is looked whether the object of a new window has come.
+constexpr auto kObjectPoll = std::chrono::milliseconds(20);
+
 /// Puts objects in the order of their windows.
 ApplicationWindows inOrder(std::vector<Toplevel> toplevels,
                            const std::vector<x11::LocatedWindow>& windows) {
@@ -26,7 +29,7 @@ ApplicationWindows inOrder(std::vector<Toplevel> toplevels,
     return static_cast<std::size_t>(found - windows.begin());
   };
   std::ranges::stable_sort(toplevels, {}, rank);
-  ApplicationWindows result{std::move(toplevels), {}};
+  ApplicationWindows result{std::move(toplevels), {}, {}};
   std::ranges::copy_if(windows, std::back_inserter(result.popups),
                        &x11::LocatedWindow::overrideRedirect);
   return result;
@@ -174,14 +177,8 @@ std::vector<ObjectHandle> Reader::topLevelObjects(Pid pid, Duration patience) {
   return result;
 }
 
-const ApplicationWindows& Reader::windowsOf(Pid pid, Duration patience) {
-  ReadAhead* ahead = readAheadOf(pid);
-  if (ahead != nullptr && ahead->windows) {
-    return *ahead->windows;
-  }
-  if (windowsThisCallPid_ == pid) {
-    return windowsThisCall_;
-  }
+/// The top-level objects as their application reports them, without windows.
+std::vector<Toplevel> Reader::reportedToplevels(Pid pid, Duration patience) {
   const std::vector<ObjectHandle> objects = topLevelObjects(pid, patience);
   const std::vector<PropertiesPtr> properties =
       readAll(objects, Property::name | Property::parent | Property::extents);
@@ -193,11 +190,25 @@ const ApplicationWindows& Reader::windowsOf(Pid pid, Duration patience) {
   }
   std::vector<Toplevel>& known = known_[pid];
   if (failed(pid)) {
-    toplevels = known;  // It hangs, but its windows are still where the X server shows them.
-  } else {
-    known = toplevels;
+    return known;  // It hangs, but its windows are still where the X server shows them.
   }
-  windowsThisCall_ = paired(pid, toplevels, patience);
+  known = toplevels;
+  return toplevels;
+}
+
+const ApplicationWindows& Reader::windowsOf(Pid pid, Duration patience) {
+  ReadAhead* ahead = readAheadOf(pid);
+  if (ahead != nullptr && ahead->windows) {
+    return *ahead->windows;
+  }
+  if (windowsThisCallPid_ == pid) {
+    return windowsThisCall_;
+  }
+  windowsThisCall_ = paired(pid, reportedToplevels(pid, patience), patience);
+  while (objectsAwaited_) {
+    clock().sleep(kObjectPoll);
+    windowsThisCall_ = paired(pid, reportedToplevels(pid, patience), patience);
+  }
   windowsThisCallPid_ = pid;
   if (ahead != nullptr && !ahead->ended()) {
     ahead->windows = windowsThisCall_;
@@ -216,7 +227,8 @@ ApplicationWindows Reader::paired(Pid pid, const std::vector<Toplevel>& toplevel
            std::ranges::find(windows, pair.window, &x11::LocatedWindow::number) == windows.end();
   });
   std::vector<Toplevel> matched = toplevels;
-  for (const Twins& twins : pairWithWindows(matched, windows, proven)) {
+  std::vector<Twins> unproven = pairWithWindows(matched, windows, proven);
+  for (const Twins& twins : unproven) {
     const WindowNumber focused = keyboardWindowAmong(windows, twins.windows);
     if (focused == 0 || failed(pid)) {
       continue;
@@ -224,11 +236,18 @@ ApplicationWindows Reader::paired(Pid pid, const std::vector<Toplevel>& toplevel
     if (const std::optional<Ref> active = activeTwin(pid, twins, focused, patience)) {
       proven.push_back({*active, focused});
       matched = toplevels;
-      static_cast<void>(pairWithWindows(matched, windows, proven));
+      unproven = pairWithWindows(matched, windows, proven);
     }
     break;
   }
-  return inOrder(std::move(matched), windows);
+  const bool hasObjects = std::ranges::any_of(
+      matched, [](const Toplevel& toplevel) { return toplevel.window.has_value(); });
+  LateObjects::Verdict late =
+      late_.judge(pid, hasObjects, windowsWithoutObject(matched, unproven, windows));
+  objectsAwaited_ = late.awaited;
+  ApplicationWindows result = inOrder(std::move(matched), windows);
+  result.bare = std::move(late.bare);
+  return result;
 }
 
 /// The twin that its application reports as active while its window has the keyboard. The

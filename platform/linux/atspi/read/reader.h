@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "platform/accessibility.h"
+#include "platform/linux/atspi/read/late_objects.h"
 #include "platform/linux/atspi/read/read_ahead.h"
 #include "platform/linux/atspi/read/registry.h"
 #include "platform/linux/atspi/translate/properties.h"
@@ -26,7 +27,8 @@ using PropertiesPtr = std::shared_ptr<const Properties>;
 class Reader {
  public:
   /// Both are kept and outlive this.
-  Reader(Bus& bus, x11::WindowLocator& locator) : bus_(bus), registry_(bus), locator_(locator) {}
+  Reader(Bus& bus, x11::WindowLocator& locator)
+      : bus_(bus), registry_(bus), locator_(locator), late_(bus.clock()) {}
 
   /// What an object reports; null when it is gone, does not answer, or was not read before the
   /// reading ahead of this scope ended.
@@ -36,7 +38,9 @@ class Reader {
   [[nodiscard]] std::vector<PropertiesPtr> readAll(std::span<const ObjectHandle> objects,
                                                    PropertySet wanted);
 
-  /// The top-level objects of a process with their windows.
+  /// The top-level objects of a process with their windows, and its windows without an object.
+  /// While a new window may still get its object, that is waited for, once for each window and for
+  /// 1.5 s at most (`LateObjects`).
   [[nodiscard]] const ApplicationWindows& windowsOf(Pid pid, Duration patience);
 
   /// What a window reported before its application stopped answering; null when it answers, and
@@ -74,6 +78,7 @@ class Reader {
 
   [[nodiscard]] ReadAhead* readAheadOf(Pid pid);
   [[nodiscard]] std::vector<ObjectHandle> topLevelObjects(Pid pid, Duration patience);
+  [[nodiscard]] std::vector<Toplevel> reportedToplevels(Pid pid, Duration patience);
   [[nodiscard]] ApplicationWindows paired(Pid pid, const std::vector<Toplevel>& toplevels,
                                           Duration patience);
   [[nodiscard]] std::optional<Ref> activeTwin(Pid pid, const Twins& twins, WindowNumber focused,
@@ -87,12 +92,14 @@ class Reader {
   Bus& bus_;
   Registry registry_;
   x11::WindowLocator& locator_;
+  LateObjects late_;
   std::shared_ptr<ReadAhead> readAhead_;
   std::unordered_map<Pid, Backoff> silent_;               ///< Who failed to answer.
   std::unordered_map<Pid, std::vector<Toplevel>> known_;  ///< As last reported, without windows.
   /// Which of several twins is which does not change while they live.
   std::unordered_map<Pid, std::vector<ProvenPair>> proven_;
   Pid windowsThisCallPid_ = 0;
+  bool objectsAwaited_ = false;  ///< The object of a new window may still come.
   ApplicationWindows windowsThisCall_;
 };
 

@@ -211,17 +211,21 @@ void requestAddress(const std::shared_ptr<PropertyRequest>& request) {
   if (!properties.has(Interface::document) || roleRow(properties.role).axRole != "AXWebArea") {
     return;
   }
-  Message message = request->batch.make(request->ref, kDocument, "GetAttributeValue");
-  if (message) {
-    sd_bus_message_append(message.get(), "s", "URI");
-  }
-  ++request->open;
-  request->batch.send(std::move(message), [request](Reply reply) {
-    if (auto address = reply.ok ? readText(reply.message) : std::nullopt) {
-      request->properties->address = *std::move(address);
+  // The first is Chromium's name for it, the second that of Gecko and WebKit.
+  for (const char* name : {"URI", "DocURL"}) {
+    Message message = request->batch.make(request->ref, kDocument, "GetAttributeValue");
+    if (message) {
+      sd_bus_message_append(message.get(), "s", name);
     }
-    answered(request);
-  });
+    ++request->open;
+    request->batch.send(std::move(message), [request](Reply reply) {
+      auto address = reply.ok ? readText(reply.message) : std::nullopt;
+      if (address && !address->empty()) {
+        request->properties->address = *std::move(address);
+      }
+      answered(request);
+    });
+  }
 }
 
 void requestValue(const std::shared_ptr<PropertyRequest>& request) {

@@ -40,6 +40,7 @@ enum class Role : std::uint32_t {
   tableCell = 56,
   terminal = 60,
   text = 61,
+  toolBar = 63,
   tree = 65,
   treeTable = 66,
   window = 69,

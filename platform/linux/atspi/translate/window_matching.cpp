@@ -14,6 +14,9 @@ constexpr double kTolerance = 3;
 /// The distance to every window of an object that does not report its place.
 constexpr double kPlaceUnknown = 1e6;
 
+/// Programs keep windows of a few pixels that only receive messages.
+constexpr double kLeastSide = 32;
+
 struct Pair {
   std::size_t toplevel = 0;
   std::size_t window = 0;
@@ -170,6 +173,18 @@ class Matching {
   std::vector<bool> settledWindows_;
 };
 
+/// Whether an object shows the window, or may: of twins, one does.
+bool isSpokenFor(const std::vector<Toplevel>& toplevels, const std::vector<Twins>& twins,
+                 const x11::LocatedWindow& window) {
+  const auto isIts = [&window](const Toplevel& toplevel) {
+    return toplevel.window && toplevel.window->number == window.number;
+  };
+  const auto isAmong = [&window](const Twins& each) {
+    return std::ranges::find(each.windows, window.number) != each.windows.end();
+  };
+  return std::ranges::any_of(toplevels, isIts) || std::ranges::any_of(twins, isAmong);
+}
+
 }  // namespace
 
 std::vector<Twins> matchWindows(std::vector<Toplevel>& toplevels,
@@ -193,19 +208,31 @@ std::vector<Twins> pairWithWindows(std::vector<Toplevel>& toplevels,
   std::vector<Twins> twins = matchWindows(toplevels, windows, proven);
   std::vector<x11::LocatedWindow> left;
   std::ranges::copy_if(windows, std::back_inserter(left), [&](const x11::LocatedWindow& window) {
-    const auto isIts = [&window](const Toplevel& toplevel) {
-      return toplevel.window && toplevel.window->number == window.number;
-    };
-    const auto isAmong = [&window](const Twins& each) {
-      return std::ranges::find(each.windows, window.number) != each.windows.end();
-    };
-    return !window.overrideRedirect && std::ranges::none_of(toplevels, isIts) &&
-           std::ranges::none_of(twins, isAmong);
+    return !window.overrideRedirect && !isSpokenFor(toplevels, twins, window);
   });
   std::ranges::move(matchWindows(plain, left, proven), std::back_inserter(twins));
   std::ranges::copy_if(plain, std::back_inserter(toplevels),
                        [](const Toplevel& toplevel) { return toplevel.window.has_value(); });
   return twins;
+}
+
+std::vector<x11::LocatedWindow> windowsWithoutObject(
+    const std::vector<Toplevel>& toplevels, const std::vector<Twins>& twins,
+    const std::vector<x11::LocatedWindow>& windows) {
+  std::vector<x11::LocatedWindow> bare;
+  std::ranges::copy_if(windows, std::back_inserter(bare), [&](const x11::LocatedWindow& window) {
+    return window.ordinary && window.bounds.width >= kLeastSide &&
+           window.bounds.height >= kLeastSide && !isSpokenFor(toplevels, twins, window);
+  });
+  const bool hasOther =
+      std::ranges::any_of(bare, [](const auto& window) { return !window.splash; }) ||
+      std::ranges::any_of(toplevels, [](const Toplevel& toplevel) {
+        return toplevel.window && toplevel.window->ordinary && !toplevel.window->splash;
+      });
+  if (hasOther) {
+    std::erase_if(bare, [](const x11::LocatedWindow& window) { return window.splash; });
+  }
+  return bare;
 }
 
 const x11::LocatedWindow* popupOfSize(const ApplicationWindows& windows, const Rect& extents) {

@@ -23,6 +23,7 @@ struct Toplevel {
 struct ApplicationWindows {
   std::vector<Toplevel> toplevels;         ///< Those with a window first, front to back.
   std::vector<x11::LocatedWindow> popups;  ///< Windows that no manager handles, front to back.
+  std::vector<x11::LocatedWindow> bare;    ///< Shown by no object, front to back.
 };
 
 /// An object and its window, known by more than their looks.
@@ -51,6 +52,12 @@ std::vector<Twins> matchWindows(std::vector<Toplevel>& toplevels,
 std::vector<Twins> pairWithWindows(std::vector<Toplevel>& toplevels,
                                    const std::vector<x11::LocatedWindow>& windows,
                                    const std::vector<ProvenPair>& proven = {});
+
+/// The windows that a user switches to and that no object shows: neither one of `toplevels` nor one
+/// of the twins. A splash screen counts only when the application has no other window.
+[[nodiscard]] std::vector<x11::LocatedWindow> windowsWithoutObject(
+    const std::vector<Toplevel>& toplevels, const std::vector<Twins>& twins,
+    const std::vector<x11::LocatedWindow>& windows);
 
 /// How far the coordinates reported by an object below `toplevel` are from the screen's.
 [[nodiscard]] Point screenOffset(const Toplevel& toplevel);

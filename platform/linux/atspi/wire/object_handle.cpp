@@ -18,8 +18,15 @@ class LinuxElement final : public ElementObject {
         theirs->handle_.pid != handle_.pid) {
       return false;
     }
-    return handle_.isApplication() ||
-           (theirs->handle_.ref == handle_.ref && theirs->handle_.facet == handle_.facet);
+    switch (handle_.kind) {
+      case ObjectHandle::Kind::application:
+        return true;
+      case ObjectHandle::Kind::bareWindow:
+        return theirs->handle_.number == handle_.number;
+      case ObjectHandle::Kind::object:
+        break;
+    }
+    return theirs->handle_.ref == handle_.ref && theirs->handle_.facet == handle_.facet;
   }
 
  private:
@@ -34,6 +41,11 @@ Element makeElement(ObjectHandle handle) {
 
 Element makeApplication(Pid pid, Duration timeout) {
   return makeElement({.kind = ObjectHandle::Kind::application, .pid = pid, .timeout = timeout});
+}
+
+Element makeBareWindow(Pid pid, Duration timeout, WindowNumber number) {
+  return makeElement(
+      {.kind = ObjectHandle::Kind::bareWindow, .pid = pid, .timeout = timeout, .number = number});
 }
 
 const ObjectHandle* handleOf(const Element& element) {

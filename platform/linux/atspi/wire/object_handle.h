@@ -5,6 +5,7 @@
 
 #include "platform/accessibility.h"
 #include "platform/linux/atspi/wire/bus.h"
+#include "platform/window_server.h"
 
 namespace tarqo::lnx::atspi {
 
@@ -17,7 +18,8 @@ enum class MenuPlace { none, bar, menu };
 
 /// `pid` and `timeout` are passed on to everything reached from here.
 struct ObjectHandle {
-  enum class Kind { application, object };
+  /// `bareWindow`: a window of the X server that no accessible object shows.
+  enum class Kind { application, object, bareWindow };
 
   Kind kind = Kind::object;
   Pid pid = 0;
@@ -32,7 +34,10 @@ struct ObjectHandle {
   std::optional<Rect> clip{};
   Ref window{};  ///< The top-level object it was reached through; empty when not known.
 
+  WindowNumber number = 0;  ///< Of a bare window; 0 for all others.
+
   [[nodiscard]] bool isApplication() const { return kind == Kind::application; }
+  [[nodiscard]] bool isBareWindow() const { return kind == Kind::bareWindow; }
 
   /// Whether it is that top-level object itself.
   [[nodiscard]] bool isTopLevel() const { return !ref.empty() && ref == window; }
@@ -42,6 +47,9 @@ struct ObjectHandle {
 
 /// The application element of a process; calls through it wait for at most `timeout` each.
 [[nodiscard]] Element makeApplication(Pid pid, Duration timeout);
+
+/// The element of a window that no accessible object shows.
+[[nodiscard]] Element makeBareWindow(Pid pid, Duration timeout, WindowNumber number);
 
 /// The handle inside an element; null when the element is another backend's. Lives as long as the
 /// element.

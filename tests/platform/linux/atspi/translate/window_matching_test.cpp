@@ -147,5 +147,44 @@ TEST(AtspiTwins, APlainObjectIsNoWindowOfATwin) {
   EXPECT_EQ(numbersOf(objects), (Numbers{0, 0}));
 }
 
+x11::LocatedWindow ordinary(WindowNumber number, const Rect& place = kHere) {
+  x11::LocatedWindow window = xWindow(number, "Any", place);
+  window.ordinary = true;
+  return window;
+}
+
+Numbers bareAmong(const std::vector<Toplevel>& objects, const std::vector<Twins>& twins,
+                  const std::vector<x11::LocatedWindow>& windows) {
+  Numbers numbers;
+  for (const x11::LocatedWindow& window : windowsWithoutObject(objects, twins, windows)) {
+    numbers.push_back(window.number);
+  }
+  return numbers;
+}
+
+TEST(WindowsWithoutObject, AreThoseThatNoObjectAndNoTwinShows) {
+  std::vector<Toplevel> objects{object("/1", "One", kHere)};
+  objects[0].window = ordinary(1);
+  const std::vector<Twins> twins{{{refOf("/2"), refOf("/3")}, {2, 3}}};
+  EXPECT_EQ(bareAmong(objects, twins, {ordinary(1), ordinary(2), ordinary(3), ordinary(4)}),
+            (Numbers{4}));
+}
+
+TEST(WindowsWithoutObject, PopupsAndWindowsOfAFewPixelsAreNone) {
+  x11::LocatedWindow popup = ordinary(1);
+  popup.ordinary = false;
+  EXPECT_EQ(bareAmong({}, {}, {popup, ordinary(2, {0, 0, 31, 400}), ordinary(3)}), (Numbers{3}));
+}
+
+TEST(WindowsWithoutObject, ASplashScreenIsOneOnlyWhenItIsAlone) {
+  x11::LocatedWindow splash = ordinary(1);
+  splash.splash = true;
+  EXPECT_EQ(bareAmong({}, {}, {splash}), (Numbers{1}));
+  EXPECT_EQ(bareAmong({}, {}, {splash, ordinary(2)}), (Numbers{2}));
+  std::vector<Toplevel> objects{object("/1", "One", kHere)};
+  objects[0].window = ordinary(3);
+  EXPECT_EQ(bareAmong(objects, {}, {splash, ordinary(3)}), Numbers{});
+}
+
 }  // namespace
 }  // namespace tarqo::lnx::atspi
