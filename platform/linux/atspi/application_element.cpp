@@ -273,8 +273,9 @@ std::optional<Ref> ApplicationElement::pageBelow(const ObjectHandle& window) {
     ObjectHandle page = window;
     page.ref = last->second;
     const PropertiesPtr properties = reader_.read(page, Property::basics);
-    if (properties && properties->is(Role::documentWeb) && isShowing(*properties, toolkit)) {
-      return last->second;
+    // Without an answer nothing is known, and a search would get none either.
+    if (!properties || (properties->is(Role::documentWeb) && isShowing(*properties, toolkit))) {
+      return properties ? std::optional(last->second) : std::nullopt;
     }
     pages_.erase(last);
   }
