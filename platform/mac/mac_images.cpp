@@ -20,14 +20,14 @@ constexpr std::string_view kPngEnd("\0\0\0\0IEND\xae\x42\x60\x82", 12);
 
 }  // namespace
 
-std::optional<Image> imageOf(CfRef<CGImageRef> image) {
+std::optional<Image> imageOf(CfRef<CGImageRef> image, std::string png) {
   if (!image) {
     return std::nullopt;
   }
   Image made;
   made.widthPx = static_cast<int>(CGImageGetWidth(image.get()));
   made.heightPx = static_cast<int>(CGImageGetHeight(image.get()));
-  made.pixels = std::make_shared<MacPixels>(std::move(image));
+  made.pixels = std::make_shared<MacPixels>(std::move(image), std::move(png));
   return made;
 }
 
@@ -37,6 +37,10 @@ CGImageRef cgImageOf(const Image& image) {
 }
 
 std::variant<std::string, PngError> MacImages::encodePng(const Image& image) {
+  const auto* pixels = dynamic_cast<const MacPixels*>(image.pixels.get());
+  if (pixels != nullptr && !pixels->png().empty()) {
+    return pixels->png();
+  }
   const CGImageRef source = cgImageOf(image);
   const auto data = adopt(CFDataCreateMutable(nullptr, kNoLimit));
   if (source == nullptr || !data) {
@@ -65,7 +69,7 @@ std::optional<Image> MacImages::decodePng(const std::string& bytes) {
                                        static_cast<CFIndex>(bytes.size())));
   const auto source =
       data ? adopt(CGImageSourceCreateWithData(data.get(), nullptr)) : CfRef<CGImageSourceRef>();
-  return source ? imageOf(adopt(CGImageSourceCreateImageAtIndex(source.get(), 0, nullptr)))
+  return source ? imageOf(adopt(CGImageSourceCreateImageAtIndex(source.get(), 0, nullptr)), bytes)
                 : std::nullopt;
 }
 

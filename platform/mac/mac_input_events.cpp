@@ -79,6 +79,36 @@ bool followsButton(MouseEventType type) {
          type == MouseEventType::leftDragged;
 }
 
+/// What an event presses or lets go of; none for those that do neither.
+struct Stroke {
+  std::string name;
+  bool down = false;
+};
+
+struct ToStroke {
+  std::optional<Stroke> operator()(const MouseEvent& mouse) const {
+    switch (mouse.type) {
+      case MouseEventType::leftDown:
+      case MouseEventType::leftUp:
+        return Stroke{"left button", mouse.type == MouseEventType::leftDown};
+      case MouseEventType::rightDown:
+      case MouseEventType::rightUp:
+        return Stroke{"right button", mouse.type == MouseEventType::rightDown};
+      case MouseEventType::moved:
+      case MouseEventType::leftDragged:
+        break;
+    }
+    return std::nullopt;
+  }
+  std::optional<Stroke> operator()(const KeyEvent& key) const {
+    return Stroke{"key " + std::to_string(key.keyCode), key.down};
+  }
+  std::optional<Stroke> operator()(const TextEvent& text) const {
+    return Stroke{"text", text.down};
+  }
+  std::optional<Stroke> operator()(const ScrollEvent& /*scroll*/) const { return std::nullopt; }
+};
+
 bool isHighSurrogate(UniChar unit) { return unit >= 0xD800 && unit < 0xDC00; }
 
 /// What one key can carry, off the front of `rest`. No surrogate pair is torn.
@@ -181,8 +211,30 @@ std::unique_ptr<CreatedEvent> MacInputEvents::create(EventSource* source, const 
 
 void MacInputEvents::post(const CreatedEvent& event) {
   if (const auto* ours = dynamic_cast<const MacEvent*>(&event)) {
+    notePressed(ours->made());
     for (const Event& each : ours->events()) {
       CGEventPost(kCGHIDEventTap, each.get());
+    }
+    noteReleased(ours->made());
+  }
+}
+
+void MacInputEvents::notePressed(const InputEvent& event) {
+  const std::optional<Stroke> stroke = std::visit(ToStroke{}, event);
+  if (stroke && stroke->down) {
+    down_.insert(stroke->name);
+    if (!signals_) {
+      signals_.emplace();
+    }
+  }
+}
+
+void MacInputEvents::noteReleased(const InputEvent& event) {
+  const std::optional<Stroke> stroke = std::visit(ToStroke{}, event);
+  if (stroke && !stroke->down) {
+    down_.erase(stroke->name);
+    if (down_.empty()) {
+      signals_.reset();
     }
   }
 }

@@ -2,10 +2,14 @@
 #pragma once
 
 #include <functional>
+#include <optional>
+#include <set>
+#include <string>
 #include <utility>
 #include <vector>
 
 #include "platform/input_events.h"
+#include "platform/posix/ending_signals.h"
 #include "platform/window_server.h"
 
 namespace tarqo::mac {
@@ -27,6 +31,8 @@ class MacInputEvents final : public InputEvents {
   /// last go down and up with the event that goes down.
   std::unique_ptr<CreatedEvent> create(EventSource* source, const InputEvent& event) override;
 
+  /// While a button or a key is down, signals that ask the process to end wait: nobody else would
+  /// let go of it.
   void post(const CreatedEvent& event) override;
 
   /// Keys go to the application in front, a button and the wheel to the owner of the uppermost
@@ -44,7 +50,13 @@ class MacInputEvents final : public InputEvents {
   [[nodiscard]] bool reaches(Pid receiver, Point place) const;
 
   std::function<std::optional<Pid>()> frontmost_;
+  /// Notes what the event presses, right before it goes out, or lets go of, right after.
+  void notePressed(const InputEvent& event);
+  void noteReleased(const InputEvent& event);
+
   std::function<std::vector<WindowInfo>()> windows_;
+  std::set<std::string> down_;  ///< The buttons and keys, by name.
+  std::optional<EndingSignals> signals_;
 };
 
 }  // namespace tarqo::mac

@@ -4,7 +4,9 @@
 #import <ScreenCaptureKit/ScreenCaptureKit.h>
 #include <dlfcn.h>
 
+#include <algorithm>
 #include <cstdio>
+#include <string>
 #include <utility>
 
 #include "platform/mac/mac_images.h"
@@ -53,7 +55,10 @@ void askForContent(ContentHandler handler) {
 }
 
 [[maybe_unused]] void report(NSError* error) {
-  const std::string text = textOf(error.localizedDescription).value_or("no error was given");
+  std::string text = textOf(error.localizedDescription).value_or("no error was given");
+  // One line, whatever the system's text holds.
+  std::replace_if(
+      text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < ' '; }, ' ');
   std::fprintf(stderr, "tarqo-ax capture: %s\n", text.c_str());
 }
 

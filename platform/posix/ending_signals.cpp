@@ -1,11 +1,11 @@
-#include "platform/linux/base/ending_signals.h"
+#include "platform/posix/ending_signals.h"
 
 #include <signal.h>
 
 #include <array>
 #include <atomic>
 
-namespace tarqo::lnx {
+namespace tarqo {
 namespace {
 
 constexpr std::array kSignals{SIGTERM, SIGINT, SIGHUP};
@@ -53,4 +53,4 @@ EndingSignals::~EndingSignals() {
 
 bool EndingSignals::pending() { return arrived.load() != 0; }
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo

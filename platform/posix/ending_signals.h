@@ -1,7 +1,7 @@
 // The signals that ask a process to end, kept waiting while it has something to put back.
 #pragma once
 
-namespace tarqo::lnx {
+namespace tarqo {
 
 /// While one lives, SIGTERM, SIGINT and SIGHUP are only remembered, unless they are ignored or
 /// handled already. Several may live at once, all of one thread: the destructor of the last ends
@@ -17,4 +17,4 @@ class EndingSignals {
   [[nodiscard]] static bool pending();
 };
 
-}  // namespace tarqo::lnx
+}  // namespace tarqo

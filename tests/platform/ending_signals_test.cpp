@@ -1,6 +1,6 @@
 // Signals that ask the process to end, in processes of their own.
 
-#include "platform/linux/base/ending_signals.h"
+#include "platform/posix/ending_signals.h"
 
 #include <gtest/gtest.h>
 #include <signal.h>
@@ -8,7 +8,7 @@
 
 #include <optional>
 
-namespace tarqo::lnx {
+namespace tarqo {
 namespace {
 
 class EndingSignalsDeathTest : public testing::Test {
@@ -81,4 +81,4 @@ TEST_F(EndingSignalsDeathTest, StayIgnoredWhenTheyAre) {
 }
 
 }  // namespace
-}  // namespace tarqo::lnx
+}  // namespace tarqo

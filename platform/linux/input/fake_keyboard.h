@@ -8,8 +8,8 @@
 #include <map>
 #include <optional>
 
-#include "platform/linux/base/ending_signals.h"
 #include "platform/linux/x11/raw_keys.h"
+#include "platform/posix/ending_signals.h"
 
 namespace tarqo::lnx::input {
 

@@ -10,8 +10,8 @@
 #include <optional>
 #include <vector>
 
-#include "platform/linux/base/ending_signals.h"
 #include "platform/linux/input/fake_keyboard.h"
+#include "platform/posix/ending_signals.h"
 
 namespace tarqo::lnx::input {
 

@@ -9,10 +9,10 @@
 #include <vector>
 
 #include "platform/input_events.h"
-#include "platform/linux/base/ending_signals.h"
 #include "platform/linux/input/fake_keyboard.h"
 #include "platform/linux/input/keyboard_map.h"
 #include "platform/linux/input/remapped_keys.h"
+#include "platform/posix/ending_signals.h"
 
 namespace tarqo::lnx::input {
 

@@ -36,6 +36,13 @@ TEST_F(MacImagesTest, HoldAnImageForAsLongAsAnyCopyIsUsed) {
   EXPECT_EQ(CGImageGetWidth(cgImageOf(second)), 30u);
 }
 
+TEST_F(MacImagesTest, GiveAFileBackAsItWasRead) {
+  const auto read = images.decodePng(standin::pngFile(8, 9));
+  ASSERT_TRUE(read);
+  files.refusesDestinations = true;  // Nothing is encoded again.
+  EXPECT_EQ(encoded(*read), standin::pngFile(8, 9));
+}
+
 TEST_F(MacImagesTest, AreNoneOfNothing) {
   EXPECT_EQ(imageOf(CfRef<CGImageRef>()), std::nullopt);
   EXPECT_EQ(cgImageOf(Image{}), nullptr);

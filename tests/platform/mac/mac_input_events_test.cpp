@@ -1,5 +1,8 @@
 #include "platform/mac/mac_input_events.h"
 
+#include <signal.h>
+
+#include <cstdio>
 #include <utility>
 
 #include "tests/platform/mac/mac_test.h"
@@ -214,6 +217,41 @@ TEST_F(InputEventsTest, AsksForTheApplicationInFrontAnewBeforeEachKey) {
   EXPECT_TRUE(counting.postTo(700, *created));
   EXPECT_TRUE(counting.postTo(700, *created));
   EXPECT_FALSE(counting.postTo(700, *created));
+}
+
+// In a process of its own: asked to end while something is down, it ends only after the release.
+class EndingInputDeathTest : public InputEventsTest {
+ protected:
+  EndingInputDeathTest() { testing::GTEST_FLAG(death_test_style) = "threadsafe"; }
+
+  void pressAndBeAskedToEnd(const InputEvent& down, const InputEvent& up) {
+    const auto press = input.create(nullptr, down);
+    const auto release = input.create(nullptr, up);
+    input.post(*press);
+    (void)raise(SIGTERM);
+    std::fprintf(stderr, "still there");
+    input.post(*release);
+    std::fprintf(stderr, "not ended");
+  }
+};
+
+TEST_F(EndingInputDeathTest, WaitsForTheReleaseOfAButton) {
+  EXPECT_EXIT(pressAndBeAskedToEnd(MouseEvent{MouseEventType::leftDown, {5, 5}, 1},
+                                   MouseEvent{MouseEventType::leftUp, {5, 5}, 1}),
+              testing::KilledBySignal(SIGTERM), "^still there$");
+}
+
+TEST_F(EndingInputDeathTest, WaitsForTheReleaseOfAKey) {
+  EXPECT_EXIT(pressAndBeAskedToEnd(KeyEvent{36, true, 0}, KeyEvent{36, false, 0}),
+              testing::KilledBySignal(SIGTERM), "^still there$");
+  EXPECT_EXIT(pressAndBeAskedToEnd(TextEvent{"a", true}, TextEvent{"a", false}),
+              testing::KilledBySignal(SIGTERM), "^still there$");
+}
+
+TEST_F(EndingInputDeathTest, WaitsForNothingOnceAllIsReleased) {
+  EXPECT_EXIT(pressAndBeAskedToEnd(MouseEvent{MouseEventType::leftUp, {5, 5}, 1},
+                                   MouseEvent{MouseEventType::moved, {5, 5}, 0}),
+              testing::KilledBySignal(SIGTERM), "^$");
 }
 
 WindowInfo window(Pid owner, const Rect& bounds, int layer = 0, double alpha = 1) {
