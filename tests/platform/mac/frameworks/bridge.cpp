@@ -13,6 +13,8 @@
 #include "tests/platform/mac/standin/core_foundation.h"
 #include "tests/platform/mac/standin/faults.h"
 
+extern "C" void objc_release(id object);
+
 namespace standin {
 namespace {
 
@@ -74,23 +76,46 @@ CFTypeRef literalAt(CFTypeRef reference) {
 /// structure.
 id nothing() { return nullptr; }
 
-/// Of the frameworks' own classes the messages that the backend sends.
+/// An initialiser that gives nothing has let go of what it was to initialise.
+id noInstance(id receiver, SEL /*name*/) {
+  objc_release(receiver);
+  return nullptr;
+}
+
+/// Of the frameworks' own classes the messages that the backend sends, but for those that the
+/// compiler sends for it.
 IMP faultOf(Class receiver, SEL selector) {
   if (!Faults::instance().asks()) {
     return nullptr;
   }
-  static constexpr std::array<std::string_view, 9> kOfTheRuntime{
-      "retain", "release",       "autorelease",    "dealloc", "copy",
-      "class",  ".cxx_destruct", ".cxx_construct", "self"};
+  static constexpr std::array<std::string_view, 14> kOfTheRuntime{
+      "arrayWithObjects:count:",
+      "dictionaryWithObjects:forKeys:count:",
+      "alloc",
+      "new",
+      "init",
+      "retain",
+      "release",
+      "autorelease",
+      "copy",
+      "self",
+      "class",
+      "dealloc",
+      ".cxx_destruct",
+      ".cxx_construct"};
   const std::string_view name = nameOf(selector);
   for (const std::string_view each : kOfTheRuntime) {
-    if (name == each) {
+    if (name == each || name.starts_with("set")) {
       return nullptr;
     }
   }
   const Fault fault =
       Faults::instance().next("[" + nameOf(receiver) + " " + std::string(name) + "]");
-  return fault.fails() ? reinterpret_cast<IMP>(nothing) : nullptr;
+  if (!fault.fails()) {
+    return nullptr;
+  }
+  return name.starts_with("init") ? reinterpret_cast<IMP>(noInstance)
+                                  : reinterpret_cast<IMP>(nothing);
 }
 
 __attribute__((constructor(102))) void meet() {

@@ -40,7 +40,10 @@ std::string utf8Of(NSString* its) { return tarqo::mac::textOf((CFStringRef)its);
 void answer(std::function<void()> deed) {
   onSystemThread([deed = std::move(deed)] {
     @autoreleasepool {
-      deed();
+      try {
+        deed();
+      } catch (...) {  // One that a switch had a call of the framework's own throw.
+      }
     }
   });
 }

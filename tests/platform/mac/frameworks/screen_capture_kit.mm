@@ -158,7 +158,7 @@ void giveContent(const standin::KeptBlock<ContentBlock>& handler,
 @implementation SCContentFilter
 - (instancetype)initWithDisplay:(SCDisplay*)display
                excludingWindows:(NSArray<SCWindow*>*)excludedWindows {
-  if (excludedWindows.firstObject != nil) {
+  if (CFArrayGetCount((CFArrayRef)excludedWindows) > 0) {
     standin::complain("a filter that leaves windows out");
   }
   display_ = [display retain];
@@ -221,10 +221,14 @@ void giveImage(const standin::KeptBlock<ImageBlock>& handler,
 + (void)captureImageWithFilter:(SCContentFilter*)contentFilter
                  configuration:(SCStreamConfiguration*)config
              completionHandler:(ImageBlock)completionHandler {
-  if (config.showsCursor) {
+  if (config != nil && config.showsCursor) {
     standin::complain("a picture with the pointer");
   }
   const standin::KeptBlock<ImageBlock> handler(completionHandler);
+  if (contentFilter == nil || config == nil) {
+    giveImage(handler, std::nullopt);
+    return;
+  }
   const standin::Display display = contentFilter->display_->its_;
   const CGRect part = config.sourceRect;
   const tarqo::Rect region{display.bounds.origin.x + part.origin.x,

@@ -108,7 +108,7 @@
     made->best_->confidence_ = line.confidence;
     found.push_back(made);
   }
-  auto* request = (VNRecognizeTextRequest*)requests.firstObject;
+  auto* request = (VNRecognizeTextRequest*)CFArrayGetValueAtIndex((CFArrayRef)requests, 0);
   [request->results_ release];
   request->results_ = [standin::given(found) retain];
   return YES;
