@@ -41,7 +41,7 @@ const readTextMs = 20_000;
 const mostNodes = 5000;
 // How long a new window may take to fill, and how many nodes it has before.
 const fillMs = 3000;
-const emptyWindow = 2;
+const emptyWindow = 1;
 // Enough for every task of a desktop; the tenth application is opened again when it is needed.
 const mostTargets = 12;
 
@@ -102,6 +102,12 @@ function readSeen(result: HelperResult): Seen {
     picture: readPicture(result['image']),
     hasText: wires.some(says),
   };
+}
+
+/** Whether the application fell silent before it told anything worth a look. */
+function isRest(seen: Seen, target: Target): boolean {
+  const usual = target.windows[0]?.byNumber.size ?? 0;
+  return seen.truncated && seen.wires.length <= Math.max(emptyWindow, usual / 2);
 }
 
 export class Desk {
@@ -261,6 +267,11 @@ export class Desk {
     const notes: string[] = [];
     let at = this.now();
     let seen = readSeen(await this.observe(options, notes));
+    for (let again = 0; again < 2 && isRest(seen, target); again++) {
+      await this.link.ask('settle', {});
+      at = this.now();
+      seen = readSeen(await this.observe(options, notes));
+    }
     if (options.ocr === undefined && options.picture === true && !seen.hasText) {
       at = this.now();
       seen = await this.withText(seen, options, notes);

@@ -99,10 +99,12 @@ export function observationOf(target: Target, look: Look): Observation {
     truncated: look.truncated,
     ended: undefined,
   };
-  target.windows = [observation, ...target.windows.filter((window) => window !== before)].slice(
-    0,
-    rememberedWindows,
-  );
+  // What an application that fell silent did not tell is not gone: its numbers are kept for when it does.
+  const isRest = look.truncated && observation.byNumber.size < (before?.byNumber.size ?? 0) / 2;
+  if (!isRest) {
+    const others = target.windows.filter((window) => window !== before);
+    target.windows = [observation, ...others].slice(0, rememberedWindows);
+  }
   return observation;
 }
 

@@ -9,7 +9,7 @@ type Wire = Record<string, unknown>;
 function lookerAt() {
   const target = newTarget('kfm', { bundleId: 'a.b', name: 'A' }, undefined);
   let count = 0;
-  return (wires: Wire[], title = 'Notes') => {
+  return (wires: Wire[], title = 'Notes', truncated = false) => {
     count++;
     // The helper numbers anew with every look.
     const id = (name: unknown) => (typeof name === 'string' ? `look${count}:${name}` : null);
@@ -22,7 +22,7 @@ function lookerAt() {
         id: id(wire['id']),
         parentId: id(wire['parentId']),
       })),
-      truncated: false,
+      truncated,
     });
   };
 }
@@ -106,6 +106,16 @@ describe('An element that stays keeps its number', () => {
     assert.equal(sameWindow(before, after), true);
     assert.equal(numberOf(after, 'Quit'), numberOf(before, 'Quit'));
   });
+});
+
+test('A look at an application that fell silent makes no number void', () => {
+  const look = lookerAt();
+  const main = [window(), item('a', 'Save'), item('b', 'Quit'), item('c', 'Print')];
+  const before = look(main);
+  const rest = look([window('')], '', true);
+  assert.equal(rest.byNumber.size, 1);
+  const after = look(main);
+  assert.equal(numberOf(after, 'Quit'), numberOf(before, 'Quit'));
 });
 
 describe('Another button', () => {
