@@ -145,11 +145,14 @@ describe('The server', onLinux, () => {
   test('starts another helper when the first is killed', async () => {
     const { wire, server, helper } = await running();
     process.kill(helper, 'SIGKILL');
-    await until(() => !isAlive(helper), 1000);
-    wire.send({ ...listApps, id: 3 });
-    await wire.answered(3);
-    const [next = 0] = childrenOf(server);
-    assert.ok(next !== helper && isAlive(next));
+    let next = 0;
+    // A call that comes before the server has noticed is told that the helper is lost.
+    for (let id = 3; id < 13 && next === 0; id++) {
+      wire.send({ ...listApps, id });
+      await wire.answered(id);
+      next = childrenOf(server).find((pid) => pid !== helper && isAlive(pid)) ?? 0;
+    }
+    assert.notEqual(next, 0);
     wire.child.stdin?.end();
     await assertEnded([server, next]);
   });
