@@ -14,6 +14,8 @@ import { version } from './version.js';
 export interface Surroundings {
   environment: NodeJS.ProcessEnv;
   tap?: HelperTap | undefined;
+  /** The environment of a desktop that is being started, for the helper instead of the other. */
+  desktop?: Promise<NodeJS.ProcessEnv> | undefined;
   /** How long the helper may be silent; 10 s when left out. */
   answerMs?: number;
 }
@@ -25,6 +27,7 @@ export function houseOf(options: Options, around: Surroundings): House {
     {
       helper: findHelper(options.helper, environment),
       environment,
+      desktop: around.desktop,
       secrets,
       tap: around.tap,
       answerMs: around.answerMs ?? answerMs,

@@ -4,7 +4,18 @@
 import { readOptions, usage, UsageError } from './options.js';
 import { version } from './version.js';
 
+/** Loaded when they are called: the server starts without them. */
+const commands = new Map<string, (args: string[]) => Promise<number>>([
+  ['report', async (args) => (await import('./report/report.js')).runReport(args)],
+  ['replay', async (args) => (await import('./recorder/replay.js')).runReplay(args)],
+]);
+
 async function main(args: string[]): Promise<void> {
+  const command = commands.get(args[0] ?? '');
+  if (command !== undefined) {
+    process.exitCode = await command(args.slice(1));
+    return;
+  }
   if (args.includes('--help') || args.includes('-h')) {
     process.stdout.write(usage);
     return;
@@ -15,7 +26,7 @@ async function main(args: string[]): Promise<void> {
   }
   const options = readOptions(args);
   const { serve } = await import('./serve.js');
-  serve(options);
+  await serve(options);
 }
 
 const oldest = 20;

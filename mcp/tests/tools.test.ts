@@ -284,6 +284,22 @@ describe('A handle', () => {
     });
   });
 
+  test('that may have been pressed before the pointer was refused is unknown', async () => {
+    const save = {
+      role: 'AXButton',
+      title: 'Save',
+      frame: [200, 200, 80, 24],
+      actions: { AXPress: { do: [{ raise: 'chat' }] } },
+    };
+    const chat = { id: 'chat', owner: 'Chat', frame: [190, 190, 100, 44] };
+    await withSession(notes([save], { otherWindows: [chat] }), {}, async (session) => {
+      const tag = await opened(session);
+      const answer = await session.call('click', { node: `${tag}.2` });
+      assert.match(answer.text, /^unknown · clicked 2 button "Save": /);
+      assert.match(answer.text, /Do not repeat it before you are sure/);
+    });
+  });
+
   test('that names no line is refused, and the look stays good', async () => {
     await withSession(scene, {}, async (session) => {
       const tag = await opened(session);

@@ -37,11 +37,6 @@ export interface Acted {
   quiet: boolean;
 }
 
-// The helper presses by accessibility first, and goes on with the pointer when nothing is heard of it
-// for this long: a refusal after that may follow a press that had its effect.
-const unansweredPressMs = 340;
-const afterPress = new Set(['target_covered', 'hit_test_failed', 'not_visible']);
-
 /** Carries the deed out on a node of the last look. Throws Cancelled when it was called off before. */
 export async function act(
   desk: Desk,
@@ -64,7 +59,6 @@ export async function act(
     after: new Error('not looked'),
     quiet: true,
   };
-  const started = desk.now();
   try {
     const args = { ...deed.args, nodeId: node.helperId };
     acted.result = await desk.link.ask(deed.method, args, deed.extraMs);
@@ -75,15 +69,11 @@ export async function act(
     acted.problem = error;
     acted.outcome = outcomeOf(error);
   }
-  const took = desk.now() - started;
   if (isCancelled(signal)) {
     observation.ended = `${deed.says} ${node.number} was cancelled on the way, and may have happened`;
     return acted;
   }
   await lookAfter(desk, acted);
-  if (acted.outcome === 'refused' && took >= unansweredPressMs && mayHavePressed(acted)) {
-    acted.outcome = 'unknown';
-  }
   if (acted.result?.['pending'] === true && changedNothing(acted)) {
     acted.outcome = 'unknown';
   }
@@ -99,21 +89,14 @@ function outcomeOf(error: HelperRefusal | HelperLost): Outcome {
   if (error instanceof HelperLost) {
     return error.afterSending ? 'unknown' : 'refused';
   }
-  // What of a text had gone out stays typed; an error without a name may have come at any time.
-  const sent = error.detail['sent'];
-  return (typeof sent === 'string' && sent !== '') || error.code === 'native_error'
+  // What of a text had gone out stays typed, and a press that had gone before the pointer was refused
+  // may have had its effect; an error without a name may have come at any time.
+  const { sent, pressed } = error.detail;
+  return (typeof sent === 'string' && sent !== '') ||
+    pressed === true ||
+    error.code === 'native_error'
     ? 'unknown'
     : 'refused';
-}
-
-function mayHavePressed(acted: Acted): boolean {
-  return (
-    acted.deed.method === 'click' &&
-    acted.node.press &&
-    acted.problem instanceof HelperRefusal &&
-    afterPress.has(acted.problem.code) &&
-    !changedNothing(acted)
-  );
 }
 
 /** Whether a look was taken and shows the window as it was. */

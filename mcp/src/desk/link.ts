@@ -12,6 +12,8 @@ export interface LinkOptions {
   /** The helper's program; a sentence when there is none. */
   helper: FoundHelper | string;
   environment: NodeJS.ProcessEnv;
+  /** The environment of a desktop that is being started, for the helper instead of the other. */
+  desktop?: Promise<NodeJS.ProcessEnv> | undefined;
   secrets: Secrets;
   tap?: HelperTap | undefined;
   /** How long the helper may take for an answer that takes no time of its own. */
@@ -49,14 +51,25 @@ export class HelperLink {
     args: Record<string, unknown> = {},
     extraMs = 0,
   ): Promise<HelperResult> {
-    return this.running().request(method, args, this.options.answerMs + extraMs);
+    const environment = await this.environment();
+    return this.running(environment).request(method, args, this.options.answerMs + extraMs);
   }
 
-  private running(): HelperClient {
+  /** What the helper gets; throws Refused when there is no desktop to give it. */
+  async environment(): Promise<NodeJS.ProcessEnv> {
+    try {
+      return (await this.options.desktop) ?? this.options.environment;
+    } catch (error) {
+      const why = error instanceof Error ? error.message : String(error);
+      throw new Refused('no_desktop', why, 'Tell the user.');
+    }
+  }
+
+  private running(environment: NodeJS.ProcessEnv): HelperClient {
     if (this.client?.alive === true) {
       return this.client;
     }
-    const { helper, environment, secrets, tap } = this.options;
+    const { helper, secrets, tap } = this.options;
     if (typeof helper === 'string' || this.closed) {
       const why = typeof helper === 'string' ? helper : 'The server is ending.';
       throw new Refused('no_helper', why, 'Tell the user.');

@@ -104,7 +104,7 @@ function limitLines(house: House): string[] {
 }
 
 async function report(house: House): Promise<{ text: string; isError: boolean }> {
-  const { helper, environment } = house.desk.link.options;
+  const { helper } = house.desk.link.options;
   const server = `server: tarqo-mcp ${house.version}, Node ${process.versions.node}`;
   if (typeof helper === 'string') {
     return {
@@ -114,6 +114,7 @@ async function report(house: House): Promise<{ text: string; isError: boolean }>
   }
   const where = `helper: ${plain(helper.command.join(' '), 300)} (${helper.why})`;
   try {
+    const environment = await house.desk.link.environment();
     const version = (await versionOf(helper.command, environment)) ?? 'version not told';
     const host = await hostLine(house);
     const { lines, next } = await grants(house);
