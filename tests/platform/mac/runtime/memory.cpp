@@ -1,4 +1,4 @@
-// What the compiler calls for automatic reference counting, by its published specification: counts,
+// What the compiler calls for automatic reference counting, as it is documented: counts,
 // weak references, autorelease pools, properties.
 
 #include "tests/platform/mac/runtime/memory.h"

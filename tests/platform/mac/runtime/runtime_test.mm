@@ -1,4 +1,4 @@
-// The runtime itself: that it does what the compiler's specification of reference counting says.
+// The runtime itself: that it counts references as the compiler documents it.
 
 #import <Foundation/Foundation.h>
 #include <gtest/gtest.h>
