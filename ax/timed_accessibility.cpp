@@ -70,6 +70,27 @@ Performed TimedAccessibility::perform(const Element& element, std::string_view a
 
 bool TimedAccessibility::isEndangeredByKeys(Pid pid) { return service_.isEndangeredByKeys(pid); }
 
+std::optional<Element> TimedAccessibility::otherKeyWindow(const Element& window) {
+  // Asked before every key of a text, and no key may go out for want of the answer.
+  return service_.otherKeyWindow(window);
+}
+
+bool TimedAccessibility::takesTextByKeys(const Element& element) {
+  if (!time_.allows()) {
+    return false;
+  }
+  const Call call(time_);
+  return service_.takesTextByKeys(element);
+}
+
+std::optional<Size> TimedAccessibility::wheelStep(const Element& element) {
+  if (!time_.allows()) {
+    return std::nullopt;
+  }
+  const Call call(time_);
+  return service_.wheelStep(element);
+}
+
 bool TimedAccessibility::set(const Element& element, std::string_view name, const Value& value) {
   if (!time_.allows()) {
     return false;

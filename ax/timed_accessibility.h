@@ -20,6 +20,9 @@ class TimedAccessibility : public Accessibility {
   [[nodiscard]] std::vector<std::string> actionNames(const Element& element) override;
   [[nodiscard]] Performed perform(const Element& element, std::string_view action) override;
   [[nodiscard]] bool isEndangeredByKeys(Pid pid) override;
+  [[nodiscard]] std::optional<Element> otherKeyWindow(const Element& window) override;
+  [[nodiscard]] bool takesTextByKeys(const Element& element) override;
+  [[nodiscard]] std::optional<Size> wheelStep(const Element& element) override;
   [[nodiscard]] bool set(const Element& element, std::string_view name,
                          const Value& value) override;
   [[nodiscard]] bool isSettable(const Element& element, std::string_view name) override;

@@ -151,9 +151,7 @@ class Accessibility {
   /// The window of the same application that keystrokes go to in place of `window`: a dialog that
   /// came up, say. Null when they go to `window` itself, to a popup or to another application, and
   /// where the system does not tell.
-  [[nodiscard]] virtual std::optional<Element> otherKeyWindow(const Element& /*window*/) {
-    return std::nullopt;
-  }
+  [[nodiscard]] virtual std::optional<Element> otherKeyWindow(const Element& window) = 0;
 
   /// Sets an attribute; true when the application accepted the value.
   [[nodiscard]] virtual bool set(const Element& element, std::string_view name,

@@ -108,6 +108,11 @@ Performed MacAccessibility::perform(const Element& element, std::string_view act
 
 bool MacAccessibility::isEndangeredByKeys(Pid /*pid*/) { return false; }
 
+// A dialog that came up is its application's focused window here, which is the one observed.
+std::optional<Element> MacAccessibility::otherKeyWindow(const Element& /*window*/) {
+  return std::nullopt;
+}
+
 bool MacAccessibility::takesTextByKeys(const Element& /*element*/) { return false; }
 
 std::optional<Size> MacAccessibility::wheelStep(const Element& /*element*/) { return std::nullopt; }

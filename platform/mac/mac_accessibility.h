@@ -36,6 +36,7 @@ class MacAccessibility final : public Accessibility {
 
   /// Keys wait in the application's queue until it reads them: always false.
   bool isEndangeredByKeys(Pid pid) override;
+  std::optional<Element> otherKeyWindow(const Element& window) override;
   bool takesTextByKeys(const Element& element) override;
   std::optional<Size> wheelStep(const Element& element) override;
 

@@ -89,6 +89,10 @@ Performed AskedAccessibility::perform(const Element& element, std::string_view a
 
 bool AskedAccessibility::isEndangeredByKeys(Pid pid) { return service_.isEndangeredByKeys(pid); }
 
+std::optional<Element> AskedAccessibility::otherKeyWindow(const Element& window) {
+  return service_.otherKeyWindow(window);
+}
+
 bool AskedAccessibility::takesTextByKeys(const Element& element) {
   return service_.takesTextByKeys(element);
 }

@@ -44,6 +44,7 @@ class AskedAccessibility final : public Accessibility {
   std::vector<std::string> actionNames(const Element& element) override;
   Performed perform(const Element& element, std::string_view action) override;
   bool isEndangeredByKeys(Pid pid) override;
+  std::optional<Element> otherKeyWindow(const Element& window) override;
   bool takesTextByKeys(const Element& element) override;
   std::optional<Size> wheelStep(const Element& element) override;
   bool set(const Element& element, std::string_view name, const Value& value) override;
