@@ -74,6 +74,9 @@ class WatchedAccessibility final : public Accessibility {
   bool isEndangeredByKeys(Pid pid) override {
     return watch_.prove([&] { return service_.isEndangeredByKeys(pid); });
   }
+  std::optional<Element> otherKeyWindow(const Element& window) override {
+    return watch_.prove([&] { return service_.otherKeyWindow(window); });
+  }
   bool takesTextByKeys(const Element& element) override {
     return watch_.prove([&] { return service_.takesTextByKeys(element); });
   }

@@ -255,7 +255,7 @@ TEST_F(EndingInputDeathTest, WaitsForNothingOnceAllIsReleased) {
 }
 
 WindowInfo window(Pid owner, const Rect& bounds, int layer = 0, double alpha = 1) {
-  return {1, owner, "Owner", bounds, layer, alpha, "Title"};
+  return {1, owner, "Owner", bounds, layer, alpha, "Title", std::nullopt};
 }
 
 class ReceiverTest : public InputEventsTest {
