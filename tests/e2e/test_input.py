@@ -46,7 +46,8 @@ class InputTest(ToolkitTest):
     def expect_text(self, text, name="Name"):
         """The last text that the entry reported is this."""
         line = 'text %s "%s"' % (name, text)
-        wait_until(lambda: self.app.lines("text " + name)[-1:] == [line], 5,
+        # A page logs 2,000 characters one by one, on a busy machine for longer than 5 s.
+        wait_until(lambda: self.app.lines("text " + name)[-1:] == [line], 15,
                    "%s holds %r (%r)" % (name, text, self.app.lines("text " + name)[-2:]))
 
 
