@@ -101,10 +101,10 @@ std::string text(const Value* value) {
 std::string text(const std::optional<Value>& value) { return text(pointerTo(value)); }
 
 std::optional<Rect> frame(Accessibility& accessibility, const Element& element) {
-  constexpr std::array<std::string_view, 2> names{"AXPosition", "AXSize"};
-  const auto values = accessibility.attributes(element, names);
-  return values.size() == names.size() ? rectOf(pointerTo(values[0]), pointerTo(values[1]))
-                                       : std::nullopt;
+  constexpr std::array<std::string_view, 2> kNames{"AXPosition", "AXSize"};
+  const auto values = accessibility.attributes(element, kNames);
+  return values.size() == kNames.size() ? rectOf(pointerTo(values[0]), pointerTo(values[1]))
+                                        : std::nullopt;
 }
 
 std::optional<Rect> frameFrom(const Attributes& attributes) {

@@ -5,7 +5,7 @@
 namespace tarqo::lnx::atspi {
 namespace {
 
-constexpr auto kFocusPoll = std::chrono::milliseconds(10);
+constexpr auto kInputFocusPoll = std::chrono::milliseconds(10);
 
 std::optional<Value> attribute(const ObjectHandle& handle, const x11::LocatedWindow& window,
                                std::string_view name) {
@@ -111,7 +111,7 @@ bool BareWindows::focus(const ObjectHandle& window) {
       return false;
     }
     raised = true;
-    clock_.sleep(kFocusPoll);
+    clock_.sleep(kInputFocusPoll);
   }
 }
 

@@ -8,7 +8,7 @@
 namespace tarqo::lnx::atspi {
 namespace {
 
-constexpr auto kPoll = std::chrono::milliseconds(10);
+constexpr auto kReadBackPoll = std::chrono::milliseconds(10);
 
 /// Between the events of two characters. A page may handle each of them.
 constexpr auto kBetweenKeys = std::chrono::milliseconds(4);
@@ -56,7 +56,7 @@ bool FieldTyping::awaitOther(const ObjectHandle& object, const std::string& befo
     if (reader_.clock().now() >= deadline) {
       return false;
     }
-    reader_.clock().sleep(kPoll);
+    reader_.clock().sleep(kReadBackPoll);
   }
 }
 
@@ -127,7 +127,7 @@ bool FieldTyping::selectAll(const ObjectHandle& object, std::int32_t characters)
     if (selects(object, characters)) {
       return true;
     }
-    reader_.clock().sleep(kPoll);
+    reader_.clock().sleep(kReadBackPoll);
   }
   return focus_.postKey(object, nullptr, KeyEvent{kAKey, true, kModifierControl},
                         KeyEvent{kAKey, false, kModifierControl});
@@ -159,7 +159,7 @@ bool FieldTyping::awaitContent(const ObjectHandle& object, const std::string& te
   const Instant deadline = reader_.clock().now() + kArrival;
   std::optional<Content> now = measuredContentOf(object);
   while (now && now->text != text && reader_.clock().now() < deadline) {
-    reader_.clock().sleep(kPoll);
+    reader_.clock().sleep(kReadBackPoll);
     now = measuredContentOf(object);
   }
   if (!now || now->text == text) {

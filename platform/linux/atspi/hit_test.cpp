@@ -39,7 +39,7 @@ std::optional<Element> HitTest::elementAt(Point point) {
   if (!window || window->pid == 0) {
     return std::nullopt;
   }
-  if (const std::optional<Element> bare = bareWindow(*window)) {
+  if (std::optional<Element> bare = bareWindow(*window)) {
     return bare;
   }
   for (const ObjectHandle& start : hitCandidates(*window, point)) {

@@ -36,7 +36,7 @@ constexpr int kTriedRows = 8;
 /// A table with more columns is a sheet, whose headers are no objects.
 constexpr int kMaxHeaders = 64;
 
-constexpr std::uint32_t kOfScreen = 0;
+constexpr std::uint32_t kScreenCoordinates = 0;
 
 double middle(double from, double to) { return std::floor((from + to) / 2); }
 
@@ -78,7 +78,7 @@ class CellsInView : public std::enable_shared_from_this<CellsInView> {
   void requestExtents(const Ref& ref, Place done) {
     Message message = request_->batch.make(ref, kComponent, "GetExtents");
     if (message) {
-      sd_bus_message_append(message.get(), "u", kOfScreen);
+      sd_bus_message_append(message.get(), "u", kScreenCoordinates);
     }
     request_->batch.send(std::move(message), counted([done = std::move(done)](Reply reply) {
                            done(plausible(reply.ok ? readExtents(reply.message) : std::nullopt));
@@ -89,7 +89,7 @@ class CellsInView : public std::enable_shared_from_this<CellsInView> {
     Message message = request_->batch.make(request_->ref, kComponent, "GetAccessibleAtPoint");
     if (message) {
       sd_bus_message_append(message.get(), "iiu", static_cast<std::int32_t>(point.x),
-                            static_cast<std::int32_t>(point.y), kOfScreen);
+                            static_cast<std::int32_t>(point.y), kScreenCoordinates);
     }
     request_->batch.send(
         std::move(message), counted([this, done = std::move(done)](Reply reply) {
