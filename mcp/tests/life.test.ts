@@ -169,23 +169,28 @@ describe('The server', onLinux, () => {
   });
 
   test('answers its first request soon', async (context) => {
-    const begin = process.hrtime.bigint();
-    const wire = new Wire(
-      spawn(process.execPath, serverArgs, { stdio: ['pipe', 'pipe', 'inherit'] }),
-    );
-    wire.send(initialize);
-    await wire.answered(1);
-    const ms = Number(process.hrtime.bigint() - begin) / 1e6;
-    const bare = performance.now();
-    const node = spawn(process.execPath, ['-e', '0']);
-    await new Promise((resolve) => node.on('exit', resolve));
-    const bareMs = performance.now() - bare;
+    // The best of a few: other tests run beside this one.
+    let best = Infinity;
+    let bare = Infinity;
+    for (let tries = 0; tries < 4; tries++) {
+      const begin = performance.now();
+      const wire = new Wire(
+        spawn(process.execPath, serverArgs, { stdio: ['pipe', 'pipe', 'inherit'] }),
+      );
+      wire.send(initialize);
+      await wire.answered(1);
+      best = Math.min(best, performance.now() - begin);
+      wire.child.stdin?.end();
+      const alone = performance.now();
+      const node = spawn(process.execPath, ['-e', '0']);
+      await new Promise((resolve) => node.on('exit', resolve));
+      bare = Math.min(bare, performance.now() - alone);
+    }
     context.diagnostic(
-      `first answer after ${ms.toFixed(0)} ms, Node alone ${bareMs.toFixed(0)} ms`,
+      `first answer after ${best.toFixed(0)} ms, Node alone ${bare.toFixed(0)} ms`,
     );
     // Half a second on a machine where Node starts in 100 ms; in its measure where that is busy.
-    assert.ok(ms < Math.max(500, 5 * bareMs), `${ms} ms`);
-    wire.child.stdin?.end();
+    assert.ok(best < Math.max(500, 5 * bare), `${best} ms`);
   });
 });
 
