@@ -20,6 +20,7 @@ namespace tarqo {
 /// What a request may take, beyond its own waits, however slowly the target answers.
 inline constexpr Duration kTargetTime = std::chrono::seconds(2);
 
+/// The platform with another accessibility service in place of its own.
 [[nodiscard]] inline Platform withAccessibility(const Platform& platform,
                                                 Accessibility& accessibility) {
   return {accessibility,          platform.workspace,   platform.bundles,

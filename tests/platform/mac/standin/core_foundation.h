@@ -51,9 +51,6 @@ class String final : public Object {
   std::u16string units_;
 };
 
-/// None when the bytes are not valid UTF-8.
-[[nodiscard]] std::optional<std::u16string> decoded(std::string_view utf8);
-
 /// The name that a reference to a text stands for.
 [[nodiscard]] std::string nameOf(CFStringRef text);
 
