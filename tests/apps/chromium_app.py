@@ -34,7 +34,7 @@ FLAGS = [
 
 
 class Handler(http.server.BaseHTTPRequestHandler):
-    """The page for GET of "/", and one log line a POST."""
+    """The page for GET of "/", and log lines for POST."""
 
     open_window = None  # Opens the window of a number, or none beyond the last.
 
@@ -48,11 +48,13 @@ class Handler(http.server.BaseHTTPRequestHandler):
 
     def do_POST(self):
         body = self.rfile.read(int(self.headers["Content-Length"]))
-        line = body.decode()
-        log_line(line)
+        lines = body.decode().split("\n")
+        for line in lines:
+            log_line(line)
         self.answer(204, b"")
-        if line.startswith("ready in "):
-            Handler.open_window(int(line.rpartition(" ")[2]) + 1)
+        for line in lines:
+            if line.startswith("ready in "):
+                Handler.open_window(int(line.rpartition(" ")[2]) + 1)
 
     def answer(self, status, body):
         self.send_response(status)

@@ -212,9 +212,10 @@ class StateTests:
             self.press("1")
             self.type_by_keys("aB é")
             self.assertEqual(x_keyboard.state(), held)
+        wait_until(lambda: self.app.lines('text Name "') and
+                   self.app.lines("text Name")[-1].endswith('1aB é"'), 5, "the text arrives")
         self.assertEqual([line for line in self.app.lines("key") if "Control+" in line
                           and "Control+Control" not in line], [])
-        self.assertTrue(self.app.lines("text Name")[-1].endswith('1aB é"'))
 
     def test_caps_lock_counts_for_nothing(self):
         self.input("Name", "type", "textbox", text="-")
