@@ -1,5 +1,5 @@
-// Optical character recognition. Worker thread only; runs on the calling thread, for seconds on a
-// large image.
+// Optical character recognition. Worker thread only; takes seconds on a large image, and may use
+// further threads meanwhile.
 #pragma once
 
 #include <string>

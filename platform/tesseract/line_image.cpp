@@ -6,6 +6,8 @@
 #include <optional>
 #include <utility>
 
+#include "platform/tesseract/line_marks.h"
+
 namespace tarqo::ocr {
 namespace {
 
@@ -177,6 +179,11 @@ std::optional<LineImage> lineImage(const png::BgrxView& image, const PixelBox& b
   }
   ShadedLine line = clearestLine(image, box);
   line.makeBlackOnWhite();
+  const std::vector<bool> underline = colouredLineIn(image, box);
+  for (std::size_t i = 0; i < underline.size(); ++i) {
+    line.pixels.bytes[i] = underline[i] ? 255 : line.pixels.bytes[i];
+  }
+  removeCaret(line.pixels);
   const PixelBox ink = inkBoxOf(line.pixels);
   if (ink.width() == 0) {
     return std::nullopt;

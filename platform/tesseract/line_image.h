@@ -40,7 +40,8 @@ struct LineImage {
   int marginPx = 0;  ///< Before enlarging.
 };
 /// By its luminance; where ink and ground are about equally light, by the channel in which they
-/// differ most. Nullopt when nothing in the box differs from what is around it.
+/// differ most. Without a caret and without coloured lines under words. Nullopt when nothing in the
+/// box differs from what is around it.
 [[nodiscard]] std::optional<LineImage> lineImage(const png::BgrxView& image, const PixelBox& box);
 
 /// Enlarged by cubic interpolation: with linear interpolation letters lose more of their shape.

@@ -6,6 +6,7 @@
 #include <tesseract/version.h>
 
 #include <array>
+#include <mutex>
 #include <utility>
 
 namespace tarqo::ocr {
@@ -80,8 +81,10 @@ struct Tesseract::Library {
 /// One recogniser with its languages.
 struct Tesseract::Engine {
   explicit Engine(const Library& l) : library(l), api(l.create()) {
-    // First of all, since any other call may print messages.
-    library.setVariable(api, "debug_file", "/dev/null");
+    // First of all, since any other call may print messages. It holds for the whole library, which
+    // by now may be reading on another thread.
+    static std::once_flag silenced;
+    std::call_once(silenced, [this] { library.setVariable(api, "debug_file", "/dev/null"); });
   }
   ~Engine() { library.destroy(api); }
   Engine(const Engine&) = delete;

@@ -5,7 +5,7 @@
 // runs on the calling thread alone: with its own four threads it is three times slower, as each has
 // too little to do. None of its messages reaches the standard streams.
 //
-// One thread at a time.
+// An object is used by one thread at a time; several may be used at the same time.
 #pragma once
 
 #include <chrono>

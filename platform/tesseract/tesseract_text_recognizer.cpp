@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <exception>
 #include <functional>
+#include <iterator>
 #include <optional>
 #include <utility>
 
@@ -37,41 +38,38 @@ bool isInsideOneOf(const std::vector<PixelBox>& boxes, const PixelBox& box) {
   return std::ranges::any_of(boxes, [&](const PixelBox& outer) { return outer.contains(box); });
 }
 
+/// A line as it was read.
+struct ReadLine {
+  std::string text;  ///< Empty when it was not read, or holds nothing.
+  PixelBox box{};
+  float confidence = 0;         ///< 0...100
+  std::vector<ReadText> words;  ///< Of a line that may have been misread.
+};
+
 /// Reads the most promising regions first, until the time is up.
 class PictureReader {
  public:
   /// Reads until `end` on the clock.
-  PictureReader(Clock& clock, Instant end, Tesseract& tesseract, const png::BgrxView& image)
-      : clock_(clock), end_(end), tesseract_(tesseract), image_(image) {}
+  PictureReader(Clock& clock, Instant end, Readers& readers, const png::BgrxView& image)
+      : clock_(clock), end_(end), readers_(readers), image_(image) {}
 
   [[nodiscard]] std::vector<RecognizedLine> read() {
     TextRegions regions = findTextRegions(image_);
-    std::vector<PixelBox> insideLarge;
-    for (const PixelBox& line : regions.lines) {
-      if (isInsideOneOf(regions.large, line)) {
-        insideLarge.push_back(line);
-      } else {
-        readLine(line, 0);
-      }
-    }
-    std::vector<PixelBox> headlines;
-    for (const PixelBox& line : regions.large) {
-      if (readLine(line, kMinPictureConfidence)) {
-        headlines.push_back(line);
-      }
-    }
-    for (const PixelBox& line : insideLarge) {
-      // What is inside large letters is a part of them.
-      if (!isInsideOneOf(headlines, line)) {
-        readLine(line, 0);
-      }
-    }
+    const auto isInsideLarge = [&](const PixelBox& line) {
+      return isInsideOneOf(regions.large, line);
+    };
+    const auto inside = std::ranges::stable_partition(regions.lines, std::not_fn(isInsideLarge));
+    readLines({regions.lines.begin(), inside.begin()}, 0);
+    const std::vector<PixelBox> headlines = readLines(regions.large, kMinPictureConfidence);
+    // What is inside large letters is a part of them.
+    std::vector<PixelBox> insideOther;
+    std::ranges::copy_if(inside, std::back_inserter(insideOther),
+                         [&](const PixelBox& line) { return !isInsideOneOf(headlines, line); });
+    readLines(insideOther, 0);
     lookTwice();
     // The largest may be a whole screen, the smallest are thumbnails.
     std::ranges::sort(regions.pictures, std::greater<>(), areaOf);
-    for (const PixelBox& picture : regions.pictures) {
-      readPicture(picture);
-    }
+    readPictures(regions.pictures);
     return std::move(lines_);
   }
 
@@ -90,93 +88,115 @@ class PictureReader {
     return std::max(std::chrono::duration_cast<milliseconds>(end_ - clock_.now()), milliseconds(1));
   }
 
-  /// Reads the line in the box; false when it holds no text of that confidence.
-  bool readLine(const PixelBox& box, float minConfidence) {
-    if (isTimeUp()) {
-      return false;
+  /// Reads the lines in these boxes; those that hold text of that confidence.
+  std::vector<PixelBox> readLines(const std::vector<PixelBox>& boxes, float minConfidence) {
+    std::vector<ReadLine> read(boxes.size());
+    readers_.forEach(boxes.size(),
+                     [&](Tesseract& reader, std::size_t i) { read[i] = lineIn(reader, boxes[i]); });
+    std::vector<PixelBox> found;
+    for (std::size_t i = 0; i < read.size(); ++i) {
+      ReadLine& line = read[i];
+      if (!line.text.empty() && line.confidence >= minConfidence) {
+        if (!line.words.empty()) {
+          doubts_.push_back({lines_.size(), boxes[i], std::move(line.words)});
+        }
+        add(std::move(line));
+        found.push_back(boxes[i]);
+      }
     }
-    const std::optional<LineImage> line = lineImage(image_, box);
-    if (!line) {
-      return false;
-    }
-    std::string text;
-    float confidence = 100;
-    for (const ReadText& part :
-         tesseract_.readLine(line->pixels, Language::koreanAndEnglish, timeLeft())) {
-      text += (text.empty() ? "" : " ") + part.text;
-      confidence = std::min(confidence, part.confidence);
-    }
-    if (text.empty() || confidence < minConfidence) {
-      return false;
-    }
-    add(std::move(text), line->box, confidence);
-    keepDoubts(box);
-    return true;
+    return found;
   }
 
-  /// Remembers the line read last if reading it again may improve it.
-  void keepDoubts(const PixelBox& box) {
-    std::vector<ReadText> words = tesseract_.lastWords();
-    const std::string& text = lines_.back().text;
-    if (hasDoubtfulWord(text, words) || endsInExtension(text)) {
-      doubts_.push_back({lines_.size() - 1, box, std::move(words)});
+  [[nodiscard]] ReadLine lineIn(Tesseract& reader, const PixelBox& box) const {
+    ReadLine read;
+    const std::optional<LineImage> line = isTimeUp() ? std::nullopt : lineImage(image_, box);
+    if (!line) {
+      return read;
     }
+    read.box = line->box;
+    read.confidence = 100;
+    for (const ReadText& part :
+         reader.readLine(line->pixels, Language::koreanAndEnglish, timeLeft())) {
+      read.text += (read.text.empty() ? "" : " ") + part.text;
+      read.confidence = std::min(read.confidence, part.confidence);
+    }
+    if (!read.text.empty()) {
+      std::vector<ReadText> words = reader.lastWords();
+      if (hasDoubtfulWord(read.text, words) || endsInExtension(read.text)) {
+        read.words = std::move(words);
+      }
+    }
+    return read;
   }
 
   /// Reads doubtful lines again in one language. After all others have been read once, which is the
   /// better use of the time when it does not suffice for both.
   void lookTwice() {
-    for (const Doubt& doubt : doubts_) {
-      const std::optional<LineImage> line = lineImage(image_, doubt.box);
-      if (isTimeUp() || !line) {
+    readers_.forEach(doubts_.size(), [this](Tesseract& reader, std::size_t i) {
+      const Doubt& doubt = doubts_[i];
+      const std::optional<LineImage> line =
+          isTimeUp() ? std::nullopt : lineImage(image_, doubt.box);
+      if (!line) {
         return;
       }
+      const auto readAgain = [&](Language language) {
+        const std::vector<ReadText> read = reader.readLine(line->pixels, language, timeLeft());
+        return read.size() == 1 ? read.front().text : "";
+      };
       std::string& text = lines_[doubt.line].text;
       if (hasDoubtfulWord(text, doubt.words)) {
-        text = withKoreanWords(text, doubt.words, readAgain(line->pixels, Language::korean));
+        text = withKoreanWords(text, doubt.words, readAgain(Language::korean));
       }
       if (endsInExtension(text)) {
-        text = withExtension(text, readAgain(line->pixels, Language::english));
+        text = withExtension(text, readAgain(Language::english));
       }
+    });
+  }
+
+  void readPictures(const std::vector<PixelBox>& boxes) {
+    std::vector<std::vector<ReadLine>> read(boxes.size());
+    readers_.forEach(boxes.size(), [&](Tesseract& reader, std::size_t i) {
+      read[i] = linesInPicture(reader, boxes[i]);
+    });
+    for (std::vector<ReadLine>& lines : read) {
+      std::ranges::for_each(lines, [this](ReadLine& line) { add(std::move(line)); });
     }
   }
 
-  std::string readAgain(const GrayImage& line, Language language) {
-    const std::vector<ReadText> read = tesseract_.readLine(line, language, timeLeft());
-    return read.size() == 1 ? read.front().text : "";
-  }
-
-  void readPicture(const PixelBox& box) {
+  [[nodiscard]] std::vector<ReadLine> linesInPicture(Tesseract& reader, const PixelBox& box) const {
+    std::vector<ReadLine> lines;
     if (isTimeUp() || std::max(box.width(), box.height()) > kMaxSidePx) {
-      return;
+      return lines;
     }
     const double scale =
         box.height() <= kMaxEnlargedPx / std::max(box.width(), 1) ? kPictureScale : 1;
+    const auto inImage = [scale](int px) { return static_cast<int>(px / scale); };
     const GrayImage pixels = enlarged(grayOf(image_, box), scale);
-    for (const ReadText& read :
-         tesseract_.readScattered(pixels, std::min(kPictureLimit, timeLeft()))) {
-      const auto inImage = [scale](int px) { return static_cast<int>(px / scale); };
+    for (ReadText& read : reader.readScattered(pixels, std::min(kPictureLimit, timeLeft()))) {
       if (read.confidence >= kMinPictureConfidence) {
-        add(read.text,
-            {box.left + inImage(read.box.left), box.top + inImage(read.box.top),
-             box.left + inImage(read.box.right), box.top + inImage(read.box.bottom)},
-            read.confidence);
+        lines.push_back({std::move(read.text),
+                         {box.left + inImage(read.box.left), box.top + inImage(read.box.top),
+                          box.left + inImage(read.box.right), box.top + inImage(read.box.bottom)},
+                         read.confidence,
+                         {}});
       }
     }
+    return lines;
   }
 
-  void add(std::string text, const PixelBox& box, float confidence) {
+  void add(ReadLine line) {
     const double width = image_.widthPx;
     const double height = image_.heightPx;
+    const PixelBox& box = line.box;
     lines_.push_back(
-        {std::move(text),
+        {std::move(line.text),
          {box.left / width, 1 - box.bottom / height, box.width() / width, box.height() / height},
-         std::clamp(confidence / 100, 0.0F, 1.0F)});
+         std::clamp(line.confidence / 100, 0.0F, 1.0F)});
   }
 
   Clock& clock_;
   const Instant end_;
-  Tesseract& tesseract_;
+  Readers& readers_;
   const png::BgrxView& image_;
   std::vector<RecognizedLine> lines_;
   std::vector<Doubt> doubts_;
@@ -192,10 +212,10 @@ std::variant<std::vector<RecognizedLine>, std::string> TesseractTextRecognizer::
     if (!pixels || pixels->widthPx <= 0 || pixels->heightPx <= 0) {
       return "Text in pictures cannot be read: this picture has no pixels.";
     }
-    if (auto missing = tesseract_.prepare()) {
+    if (auto missing = readers_.prepare()) {
       return std::move(*missing);
     }
-    return PictureReader(clock_, end, tesseract_, *pixels).read();
+    return PictureReader(clock_, end, readers_, *pixels).read();
   } catch (const std::exception& error) {
     return std::string("Text in pictures cannot be read: ") + error.what();
   } catch (...) {
