@@ -66,7 +66,8 @@ export function readBounds(value: unknown): Bounds | undefined {
 
 type Redact = (text: string) => string;
 
-function readElement(wire: Record<string, unknown>, redact: Redact): Element {
+/** All at once and not put together from parts: a window has thousands of them. */
+function nodeOf(wire: Record<string, unknown>, redact: Redact, parent: Node | undefined): Node {
   const checked = wire['checked'];
   const rawRole = text(wire['rawRole']);
   const path = wire['command'];
@@ -76,8 +77,9 @@ function readElement(wire: Record<string, unknown>, redact: Redact): Element {
     : rawRole === 'AXMenuBar'
       ? ''
       : text(wire['name']);
+  const helperId = text(wire['id']);
   return {
-    helperId: text(wire['id']),
+    helperId,
     role: text(wire['role']) || 'element',
     rawRole,
     name: redact(name),
@@ -95,6 +97,10 @@ function readElement(wire: Record<string, unknown>, redact: Redact): Element {
     bounds: readBounds(wire['bounds']),
     url: typeof wire['url'] === 'string' ? wire['url'] : undefined,
     recognized: typeof wire['confidence'] === 'number',
+    number: 0,
+    parent,
+    children: [],
+    inMenu: parent?.inMenu === true || helperId.endsWith(':menubar'),
   };
 }
 
@@ -153,31 +159,22 @@ function compacted(node: Node, parent: Node | undefined): Node[] {
 const deepest = 200;
 
 function linked(wires: readonly unknown[], redact: Redact): Node[] {
-  const byId = new Map<string, Node>();
-  const depths = new Map<Node, number>();
+  const byId = new Map<string, { node: Node; depth: number }>();
   const roots: Node[] = [];
   for (const wire of wires) {
     if (!isObject(wire)) {
       continue;
     }
-    let parent = byId.get(text(wire['parentId']));
-    if (parent !== undefined && (depths.get(parent) ?? 0) >= deepest) {
-      parent = parent.parent;
-    }
-    const node: Node = {
-      ...readElement(wire, redact),
-      number: 0,
-      parent,
-      children: [],
-      inMenu: false,
-    };
-    node.inMenu = parent?.inMenu === true || node.helperId.endsWith(':menubar');
+    const above = byId.get(text(wire['parentId']));
+    const isTooDeep = above !== undefined && above.depth >= deepest;
+    const parent = isTooDeep ? above.node.parent : above?.node;
+    const node = nodeOf(wire, redact, parent);
     // An id that was there already would make a loop of what is a tree.
     if (node.helperId === '' || byId.has(node.helperId)) {
       continue;
     }
-    byId.set(node.helperId, node);
-    depths.set(node, parent === undefined ? 0 : (depths.get(parent) ?? 0) + 1);
+    const depth = above === undefined ? 0 : isTooDeep ? above.depth : above.depth + 1;
+    byId.set(node.helperId, { node, depth });
     (parent?.children ?? roots).push(node);
   }
   return roots;
