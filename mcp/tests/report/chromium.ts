@@ -2,11 +2,12 @@
 
 import { spawn, type ChildProcess } from 'node:child_process';
 import { once } from 'node:events';
-import { existsSync } from 'node:fs';
+import { existsSync, mkdtempSync, rmSync } from 'node:fs';
+import { tmpdir } from 'node:os';
+import { join } from 'node:path';
 import type { TestContext } from 'node:test';
 import { setTimeout as pause } from 'node:timers/promises';
 import type { Readable, Writable } from 'node:stream';
-import { scratchFolder } from '../recorder/session.js';
 
 const candidates = ['/usr/bin/chromium', '/usr/bin/chromium-browser', '/usr/bin/google-chrome'];
 export const chromium =
@@ -53,7 +54,7 @@ export class Tab {
     t: TestContext,
     { width = 1280, height = 800, dark = false } = {},
   ): Promise<Tab> {
-    const profile = scratchFolder(t);
+    const profile = mkdtempSync(join(tmpdir(), 'tarqo-mcp-test-'));
     const child = spawn(
       chromium ?? 'chromium',
       ['--headless=new', '--no-sandbox', '--remote-debugging-pipe', '--no-first-run'].concat(
@@ -63,7 +64,12 @@ export class Tab {
       { stdio: ['ignore', 'ignore', 'ignore', 'pipe', 'pipe'] },
     );
     const tab = new Tab(child, child.stdio[3] as Writable, child.stdio[4] as Readable);
-    t.after(() => tab.close());
+    // Of hooks that are run one after the other the first that fails is the last: a browser that is
+    // still writing into a folder that goes would be left running, and the test with it.
+    t.after(async () => {
+      await tab.close();
+      rmSync(profile, { recursive: true, force: true, maxRetries: 5 });
+    });
     // One of its own: the first tab may still be changing.
     const { targetId } = await tab.ask('Target.createTarget', { url: 'about:blank' });
     const attached = await tab.ask('Target.attachToTarget', { targetId, flatten: true });
