@@ -58,9 +58,12 @@ function run(...args: string[]) {
 }
 
 /** Handles begin with letters that differ from process to process. */
+/** They are drawn anew each time, and can be a part of any word. */
 function withoutLetters(text: string): string {
   const letters = / as ([a-z]{3})\n/.exec(text)?.[1];
-  return letters === undefined ? text : text.replaceAll(letters, '…');
+  return letters === undefined
+    ? text
+    : text.replaceAll(new RegExp(`\\b${letters}(?=\\d|\\n)`, 'g'), '…');
 }
 
 describe('The command line', () => {
