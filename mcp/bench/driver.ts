@@ -18,13 +18,17 @@ export class Driver {
     readonly connectMs: number,
   ) {}
 
-  static async start(program: string, args: string[]): Promise<Driver> {
+  static async start(
+    program: string,
+    args: string[],
+    environment: NodeJS.ProcessEnv = process.env,
+  ): Promise<Driver> {
     const client = new Client(
       { name: 'bench', version: '1' },
       { versionNegotiation: { mode: 'auto' } },
     );
-    const environment = process.env as Record<string, string>;
-    const command = { command: process.execPath, args: [program, ...args], env: environment };
+    const env = environment as Record<string, string>;
+    const command = { command: process.execPath, args: [program, ...args], env };
     const begin = performance.now();
     await client.connect(new StdioClientTransport(command));
     return new Driver(client, performance.now() - begin);
@@ -60,11 +64,14 @@ export class Driver {
   }
 }
 
-/** The handle of the first line that matches: "kfm7.12". */
+/** A line of a node, in a window or in what changed; its number. */
+const isNode = /^ *(?:[~+] )?(\d+) /;
+
+/** The handle of the first line of a node that matches: "kfm7.12". */
 export function handleOf(text: string, line: RegExp): string {
   const tag = [...text.matchAll(/^([a-z]{3}\d+) · /gm)].pop()?.[1];
-  const found = text.split('\n').find((one) => line.test(one));
-  const number = /(\d+) /.exec(found ?? '')?.[1];
+  const found = text.split('\n').find((one) => isNode.test(one) && line.test(one));
+  const number = isNode.exec(found ?? '')?.[1];
   if (tag === undefined || number === undefined) {
     throw new Error(`no line ${line.source} in:\n${text}`);
   }

@@ -6,9 +6,20 @@ import { join } from 'node:path';
 
 import { handleOf, type Driver } from './driver.js';
 
+/** Where a task is done: on a desktop that nobody else uses. */
+export interface Place {
+  driver: Driver;
+  /** For the files of the task. */
+  folder: string;
+  /** Of the desktop. */
+  environment: NodeJS.ProcessEnv;
+}
+
 export interface Task {
   name: string;
-  run(driver: Driver, folder: string): Promise<void>;
+  /** The programs that it is done in. */
+  needs: string[];
+  run(place: Place): Promise<void>;
 }
 
 function expect(met: boolean, what: string): void {
@@ -18,14 +29,15 @@ function expect(met: boolean, what: string): void {
 }
 
 /** Ends with the desktop that it is shown on. */
-export function show(command: string, args: string[]): ChildProcess {
-  return spawn(command, args, { stdio: 'ignore' });
+export function show(place: Place, command: string, args: string[]): ChildProcess {
+  return spawn(command, args, { stdio: 'ignore', env: place.environment });
 }
 
-export function showPage(folder: string, name: string, html: string): ChildProcess {
+export function showPage(place: Place, name: string, html: string): ChildProcess {
+  const { folder } = place;
   const page = join(folder, `${name}.html`);
   writeFileSync(page, html);
-  return show('chromium', [
+  return show(place, 'chromium', [
     ...'--no-first-run --no-default-browser-check --disable-gpu --no-sandbox'.split(' '),
     '--password-store=basic',
     '--window-size=1280,800',
@@ -35,13 +47,18 @@ export function showPage(folder: string, name: string, html: string): ChildProce
   ]);
 }
 
-/** Opens it as soon as it shows what is waited for. */
-export async function opened(driver: Driver, app: string, text: string): Promise<string> {
-  const deadline = Date.now() + 40_000;
+/** Opens it as soon as it shows what is waited for; `started`: somebody has started it already. */
+export async function opened(
+  driver: Driver,
+  app: string,
+  text: string,
+  started = true,
+): Promise<string> {
+  const deadline = Date.now() + 60_000;
   // Opened before it is up, it would be started a second time.
   const runs = async () =>
     (await driver.call('list_apps', { filter: app })).text.includes('running');
-  while (!(await runs()) && Date.now() < deadline) {
+  while (started && !(await runs()) && Date.now() < deadline) {
     await new Promise((resolve) => setTimeout(resolve, 500));
   }
   for (;;) {
@@ -54,7 +71,7 @@ export async function opened(driver: Driver, app: string, text: string): Promise
   }
 }
 
-async function calculate(driver: Driver): Promise<void> {
+async function calculate({ driver }: Place): Promise<void> {
   const seen = await driver.call('open_target', { app: 'org.gnome.Calculator', picture: false });
   const press = (find: string) => ({ do: 'click', find, role: 'button' });
   const steps = ['7', '×', '6', '='].map(press);
@@ -62,7 +79,7 @@ async function calculate(driver: Driver): Promise<void> {
   expect(done.text.includes('"42"'), `no 42 in:\n${seen.text}\n${done.text}`);
 }
 
-async function writeText(driver: Driver, folder: string): Promise<void> {
+async function writeText({ driver, folder }: Place): Promise<void> {
   const path = join(folder, 'note.txt');
   const first = await driver.call('open_target', { app: 'org.xfce.mousepad', picture: false });
   const steps = [
@@ -81,8 +98,9 @@ const form = `<!doctype html><title>Order</title><form id=f><label>Name <input i
 </form><p id=r></p><script>f.onsubmit=e=>{e.preventDefault();
 r.textContent='Thanks '+n.value+' of '+t.value+(g.checked?' (gift)':'')}</script>`;
 
-async function sendForm(driver: Driver, folder: string): Promise<void> {
-  const browser = showPage(folder, 'form', form);
+async function sendForm(place: Place): Promise<void> {
+  const { driver } = place;
+  const browser = showPage(place, 'form', form);
   await opened(driver, 'chromium', 'Submit order');
   // What waited for the browser to start is not the task's.
   driver.taken();
@@ -94,35 +112,47 @@ async function sendForm(driver: Driver, folder: string): Promise<void> {
     { do: 'click', node: handleOf(seen.text, /button "Submit order"/) },
   ];
   const done = await driver.call('do_steps', { steps });
-  expect(done.text.includes('Thanks Kim of Seoul (gift)'), `not sent:\n${done.text}`);
   browser.kill('SIGTERM');
+  expect(done.text.includes('Thanks Kim of Seoul (gift)'), `not sent:\n${done.text}`);
 }
 
-async function renameFile(driver: Driver, folder: string): Promise<void> {
+async function renameFile(place: Place): Promise<void> {
+  const { driver, folder } = place;
   const shown = join(folder, 'files');
   mkdirSync(shown);
   writeFileSync(join(shown, 'draft.txt'), 'x');
-  show('thunar', [shown]);
-  await opened(driver, 'thunar', 'files - Thunar');
+  show(place, 'thunar', [shown]);
+  await opened(driver, 'thunar', '"Icon view"');
   driver.taken();
   const icons = await driver.call('open_target', { app: 'thunar', picture: false });
   // Its icons are not listed; as a list it tells of its files.
-  const key = { node: handleOf(icons.text, /window "files/), key: 'Control+2' };
-  const seen = await driver.call('press_key', key);
-  const file = handleOf(seen.text, /"draft\.txt"/);
-  const menu = await driver.call('open_menu', { node: file });
-  const dialog = await driver.call('click', { node: handleOf(menu.text, /"Rename/) });
-  const steps = [
-    { do: 'type_text', node: handleOf(dialog.text, /textbox/), text: 'final.txt' },
-    { do: 'click', find: 'Rename', role: 'button', new_window: true },
-  ];
-  const done = await driver.call('do_steps', { steps });
-  expect(existsSync(join(shown, 'final.txt')), `not renamed:\n${done.text}`);
+  const menu = await driver.call('do_steps', {
+    steps: [
+      { do: 'press_key', node: handleOf(icons.text, /window "files/), key: 'Control+2' },
+      { do: 'open_menu', find: 'draft.txt', role: 'cell' },
+    ],
+  });
+  const renamed = await driver.call('do_steps', {
+    steps: [
+      { do: 'click', node: handleOf(menu.text, /menuitem "Rename/), new_window: true },
+      { do: 'type_text', role: 'textbox', text: 'final.txt' },
+      { do: 'click', find: 'Rename', role: 'button', new_window: true },
+    ],
+  });
+  expect(existsSync(join(shown, 'final.txt')), `not renamed:\n${menu.text}\n${renamed.text}`);
 }
 
 export const tasks: readonly Task[] = [
-  { name: 'calculate 7 × 6 in the GNOME calculator', run: calculate },
-  { name: 'write a text in Mousepad and save it under a name', run: writeText },
-  { name: 'fill in and send a form in Chromium', run: sendForm },
-  { name: 'rename a file in Thunar', run: renameFile },
+  {
+    name: 'calculate 7 × 6 in the GNOME calculator',
+    needs: ['gnome-calculator'],
+    run: calculate,
+  },
+  {
+    name: 'write a text in Mousepad and save it under a name',
+    needs: ['mousepad'],
+    run: writeText,
+  },
+  { name: 'fill in and send a form in Chromium', needs: ['chromium'], run: sendForm },
+  { name: 'rename a file in Thunar', needs: ['thunar'], run: renameFile },
 ];
