@@ -23,20 +23,52 @@ function was(node: Node, before: Node): string {
   return parts.length === 0 ? '' : ` (was ${parts.join(' ')})`;
 }
 
-function addition(node: Node, observation: Observation, budget: number): string {
+/** What came to one place: alone with that place behind it, several below it. */
+function addition(nodes: readonly Node[], found: Differences, after: Observation, budget: number) {
+  const [first] = nodes;
+  const parent = first?.parent;
+  const news = nodes.flatMap((node) => [...everyNode([node])]).filter((node) => found.isNew(node));
   const tree = outline({
-    roots: [node],
-    tag: observation.tag,
+    roots: nodes,
+    tag: after.tag,
     budget: Math.max(0, Math.floor(budget * 0.9)),
-    view: observation.bounds,
+    view: after.bounds,
+    // What only got another place inside of it is not new.
+    ...(news.length < size(nodes) ? { wanted: new Set(news), only: true } : {}),
   });
-  const [first = '', ...rest] = tree.text.split('\n');
-  const where = node.parent === undefined ? '' : ` (in ${brief(node.parent)})`;
-  return [`+ ${first}${where}`, ...rest.map((line) => `  ${line}`)].join('\n');
+  const lines = tree.text.split('\n');
+  const where = parent === undefined ? '' : ` (in ${brief(parent)})`;
+  if (nodes.length > 1) {
+    return [`+${parent === undefined ? '' : ` in ${brief(parent)}`}`, ...lines.map(indented)].join(
+      '\n',
+    );
+  }
+  return [`+ ${lines[0] ?? ''}${where}`, ...lines.slice(1).map(indented)].join('\n');
 }
 
-function removal(node: Node): string {
-  const below = [...everyNode([node])].length - 1;
+function indented(line: string): string {
+  return `  ${line}`;
+}
+
+function size(nodes: readonly Node[]): number {
+  return nodes.reduce((total, node) => total + [...everyNode([node])].length, 0);
+}
+
+/** Nodes that came to the same place, in their order. */
+function byParent(nodes: readonly Node[]): Node[][] {
+  const groups = new Map<Node | undefined, Node[]>();
+  for (const node of nodes) {
+    const group = groups.get(node.parent);
+    if (group === undefined) {
+      groups.set(node.parent, [node]);
+    } else {
+      group.push(node);
+    }
+  }
+  return [...groups.values()];
+}
+
+function removal(node: Node, below: number): string {
   return `- ${brief(node)}${below > 0 ? ` and ${below} below it` : ''}`;
 }
 
@@ -53,13 +85,13 @@ function items(found: Differences, after: Observation): Item[] {
       weight: node.inMenu ? 0 : 4 + act(node),
       write: () => `~ ${lineOf(node, outlineStyle)}${was(node, before)}`,
     })),
-    ...found.added.map((node) => ({
-      weight: node.inMenu ? 0 : 3 + act(node),
-      write: (budget: number) => addition(node, after, budget),
+    ...byParent(found.added).map((nodes) => ({
+      weight: nodes.every((node) => node.inMenu) ? 0 : 3 + Math.max(...nodes.map(act)),
+      write: (budget: number) => addition(nodes, found, after, budget),
     })),
-    ...found.removed.map((node) => ({
+    ...found.removed.map(({ node, below }) => ({
       weight: node.inMenu ? 0 : 2 + act(node) * 0.5,
-      write: () => removal(node),
+      write: () => removal(node, below),
     })),
   ];
 }

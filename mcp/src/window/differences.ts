@@ -1,18 +1,20 @@
 // What differs between two looks at one window.
 
-import { everyNode, type Node } from './node.js';
+import { everyNode, saysSomething, type Node } from './node.js';
 import type { Observation } from './observation.js';
 
 export interface Differences {
   /** The tops of what is new; what is below them is new too, or came along. */
   added: Node[];
-  /** The tops of what is gone, as they were. */
-  removed: Node[];
+  /** The tops of what is gone, as they were, and how much is gone with each. */
+  removed: { node: Node; below: number }[];
   changed: { node: Node; was: Node }[];
   /** Where the focus went, when it did. */
   focused: Node | undefined;
   /** How many stayed what they are, at another place. */
   moved: number;
+  /** Whether a node of the later look was not in the earlier one. */
+  isNew(node: Node): boolean;
 }
 
 function saysOther(node: Node, was: Node): boolean {
@@ -36,7 +38,14 @@ function stands(node: Node): string {
 
 /** Both must be looks at one window; `after` is the later one. */
 export function differences(before: Observation, after: Observation): Differences {
-  const result: Differences = { added: [], removed: [], changed: [], focused: undefined, moved: 0 };
+  const result: Differences = {
+    added: [],
+    removed: gone(before.roots, after),
+    changed: [],
+    focused: undefined,
+    moved: 0,
+    isNew: (node) => !before.byNumber.has(node.number),
+  };
   for (const node of everyNode(after.roots)) {
     const was = before.byNumber.get(node.number);
     if (was === undefined) {
@@ -55,13 +64,27 @@ export function differences(before: Observation, after: Observation): Difference
       result.focused = node;
     }
   }
-  for (const node of everyNode(before.roots)) {
-    const stays = (one: Node) => after.byNumber.has(one.number);
-    if (!stays(node) && (node.parent === undefined || stays(node.parent))) {
-      result.removed.push(node);
+  return result;
+}
+
+/** What says nothing goes with all that is in it, or unnoticed. */
+function gone(roots: readonly Node[], after: Observation): { node: Node; below: number }[] {
+  const isGone = (node: Node) => !after.byNumber.has(node.number);
+  const found: { node: Node; below: number }[] = [];
+  const within = new Set<Node>();
+  for (const node of everyNode(roots)) {
+    if (node.parent !== undefined && within.has(node.parent)) {
+      within.add(node);
+    } else if (isGone(node)) {
+      const inside = [...everyNode(node.children)];
+      const below = inside.filter(isGone).length;
+      if (saysSomething(node) || (below > 0 && below === inside.length)) {
+        within.add(node);
+        found.push({ node, below });
+      }
     }
   }
-  return result;
+  return found;
 }
 
 /** How many lines of the window differ. */

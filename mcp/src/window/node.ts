@@ -66,6 +66,11 @@ export function readBounds(value: unknown): Bounds | undefined {
 
 type Redact = (text: string) => string;
 
+/** A menu that is filled when it opens is told as the only item of itself. */
+function pathOf(names: readonly string[]): string {
+  return names.filter((name, index) => name !== names[index - 1]).join(' > ');
+}
+
 /** All at once and not put together from parts: a window has thousands of them. */
 function nodeOf(wire: Record<string, unknown>, redact: Redact, parent: Node | undefined): Node {
   const checked = wire['checked'];
@@ -73,7 +78,7 @@ function nodeOf(wire: Record<string, unknown>, redact: Redact, parent: Node | un
   const path = wire['command'];
   // The menu bar's own name is a word of the helper's, and an item is known by where it stands.
   const name = Array.isArray(path)
-    ? path.map(text).join(' > ')
+    ? pathOf(path.map(text))
     : rawRole === 'AXMenuBar'
       ? ''
       : text(wire['name']);
@@ -112,26 +117,31 @@ const structure = new Set(
 // Clickable by what they are and not by what they do: without a word in them there is nothing to choose.
 const passive = new Set(['cell', 'row', 'text', 'image']);
 
-function saysSomething(node: Node): boolean {
+/** Whether there is anything to read of it or to do with it, by itself. */
+export function saysSomething(node: Node): boolean {
   return (
     node.name !== '' ||
     node.value !== '' ||
     (node.clickable && (node.press || !passive.has(node.role))) ||
     node.editable ||
     node.secure ||
-    node.focused ||
     node.checked !== undefined ||
-    node.expanded !== undefined ||
-    (structure.has(node.role) && node.children.length > 0)
+    node.expanded !== undefined
   );
 }
 
-/** A label inside a button that says the same as the button. */
+function isStructure(node: Node): boolean {
+  return structure.has(node.role) && node.children.length > 0;
+}
+
+const repeating = new Set(['text', 'image', 'group', 'menu']);
+
+/** A label inside a button that says the same as the button; the closed menu of a menu item. */
 function repeatsParent(node: Node, parent: Node | undefined): boolean {
   return (
     parent !== undefined &&
     node.children.length === 0 &&
-    (node.role === 'text' || node.role === 'image' || node.role === 'group') &&
+    repeating.has(node.role) &&
     !node.editable &&
     !node.focused &&
     !node.press &&
@@ -143,12 +153,17 @@ function repeatsParent(node: Node, parent: Node | undefined): boolean {
 
 /** What says nothing gives its place to its children. */
 function compacted(node: Node, parent: Node | undefined): Node[] {
-  const keeps = parent === undefined || saysSomething(node);
+  const keeps = parent === undefined || node.focused || saysSomething(node) || isStructure(node);
   const children = node.children.flatMap((child) => compacted(child, keeps ? node : parent));
   if (!keeps) {
     return children;
   }
   node.children = children.filter((child) => !repeatsParent(child, node));
+  // Of several that are said to be focused, the innermost is.
+  const isOuter = node.focused && !saysSomething(node) && !isStructure(node);
+  if (parent !== undefined && isOuter && children.some((child) => child.focused)) {
+    return node.children;
+  }
   for (const child of node.children) {
     child.parent = node;
   }

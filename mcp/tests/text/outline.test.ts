@@ -103,7 +103,70 @@ describe('The lines of what changed', () => {
   });
 });
 
+describe('What changed is told', () => {
+  const node = (id: string, role: string, name: string, parentId: string | null = 'w') => ({
+    id,
+    parentId,
+    role,
+    rawRole: `AX${role}`,
+    name,
+    clickable: role === 'menuitem',
+  });
+  const window = node('w', 'window', 'Files', null);
+  const told = (before: Record<string, unknown>[], now: Record<string, unknown>[]) => {
+    const { look, observation } = looked(before);
+    const after = look(now);
+    return changes(differences(observation, after), after, 2000);
+  };
+
+  test('once for all that came to one place, in its order', () => {
+    const menu = [
+      node('a', 'menuitem', 'Cut'),
+      { ...node('b', 'menuitem', 'Paste'), clickable: false, enabled: false },
+      node('c', 'menuitem', 'Rename'),
+    ];
+    assert.equal(
+      told([window], [window, ...menu]),
+      '+ in 1 window "Files"\n  2 menuitem "Cut"\n  3 menuitem "Paste" disabled\n  4 menuitem "Rename"',
+    );
+  });
+
+  test('without what only got another place', () => {
+    const row = node('r', 'cell', 'draft.txt');
+    const table = { ...node('t', 'table', ''), focused: true };
+    const within = { ...row, parentId: 't' };
+    const other = node('o', 'cell', 'final.txt', 't');
+    assert.equal(told([window, table, within], [window, row]), '');
+    assert.equal(
+      told([window, row], [window, table, within, other]),
+      'focus is on 3 table\n+ 3 table focused (in 1 window "Files")\n   4 cell "final.txt"',
+    );
+  });
+
+  test('with how much is gone, not what stays elsewhere', () => {
+    const panel = node('p', 'group', 'Panel');
+    const inside = ['Ann', 'Bob'].map((name) => node(name, 'cell', name, 'p'));
+    const stays = node('s', 'cell', 'Cid', 'p');
+    assert.equal(
+      told([window, panel, ...inside, stays], [window, { ...stays, parentId: 'w' }]),
+      '- 2 group "Panel" and 2 below it',
+    );
+  });
+});
+
 describe('A tree', () => {
+  test('has its focus at the innermost of those that are said to have it', () => {
+    const focused = { role: 'cell', rawRole: 'AXCell', focused: true };
+    const { observation } = looked([
+      { id: 'w', parentId: null, role: 'window', name: 'W' },
+      { ...focused, id: 'a', parentId: 'w' },
+      { ...focused, id: 'b', parentId: 'a', name: 'draft.txt' },
+    ]);
+    const { roots, tag } = observation;
+    const lines = '1 window "W"\n 2 cell "draft.txt" focused';
+    assert.equal(outline({ roots, tag, budget: 500 }).text, lines);
+  });
+
   test('that is no tree is made one', () => {
     const loop = [
       { id: 'a', parentId: 'b', role: 'button', name: 'A' },

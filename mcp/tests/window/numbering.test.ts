@@ -78,7 +78,7 @@ describe('An element that stays keeps its number', () => {
     assert.equal(deleteOf(after, 'Cid'), deleteOf(before, 'Cid'));
     const found = differences(before, after);
     assert.deepEqual(
-      found.removed.map((node) => node.role),
+      found.removed.map(({ node }) => node.role),
       ['row'],
     );
     assert.equal(found.changed.length, 0);
