@@ -128,6 +128,17 @@ describe('observe', () => {
     });
   });
 
+  test('says so when the application tells nothing of its window', async () => {
+    await withSession(notes([]), {}, async (session) => {
+      const answer = await session.call('open_target', { app: 'Notes', picture: false });
+      assert.match(answer.text, /^\(the application tells nothing of what is in this window: /m);
+    });
+    await withSession(scene, {}, async (session) => {
+      const answer = await session.call('open_target', { app: 'Notes', picture: false });
+      assert.doesNotMatch(answer.text, /tells nothing/);
+    });
+  });
+
   test('wants to know which application when several are open', async () => {
     const two = {
       applications: ['Notes', 'Chat'].map((name) => ({
@@ -231,13 +242,36 @@ describe('do_steps', () => {
     });
   });
 
-  test('stops at a name that is not there, and nothing is spent by that', async () => {
+  test('stops at a name that is not there after a second look, which can be acted on', async () => {
     await withSession(scene, {}, async (session) => {
       await opened(session);
       const answer = await session.call('do_steps', { steps: [{ do: 'click', find: 'Nowhere' }] });
       assert.match(answer.text, /refused, nothing was sent · not_found/);
-      const still = /next: (\w+) can still be acted on/.exec(answer.text)?.[1] ?? '';
-      assert.match((await session.call('click', { node: `${still}.2` })).text, /^done/);
+      assert.match((await session.call('click', { node: `${answer.tag}.2` })).text, /^done/);
+    });
+  });
+
+  test('waits a moment for a name that is about to be there', async () => {
+    const button = (title: string, x: number) => ({
+      role: 'AXButton',
+      title,
+      frame: [x, 120, 80, 24],
+    });
+    const bar = {
+      id: 'bar',
+      role: 'AXToolbar',
+      frame: [100, 108, 800, 40],
+      nodes: [button('Open', 120)],
+    };
+    // After the look that follows the first click.
+    const after = { requests: 8 };
+    const add = { to: 'bar', nodes: [button('Late', 300)] };
+    const late = notes([bar], { changes: [{ after, do: [{ add }] }] });
+    await withSession(late, {}, async (session) => {
+      await opened(session);
+      const steps = ['Open', 'Late'].map((find) => ({ do: 'click', find }));
+      const answer = await session.call('do_steps', { steps });
+      assert.match(answer.text, /^2 of 2 steps done/, answer.text);
     });
   });
 });

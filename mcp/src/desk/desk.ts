@@ -45,6 +45,10 @@ const emptyWindow = 1;
 // Enough for every task of a desktop; the tenth application is opened again when it is needed.
 const mostTargets = 12;
 
+const silentWindow =
+  'the application tells nothing of what is in this window: observe with its picture, whose text is read; ' +
+  'a browser that was started before accessibility was switched on has to be started again';
+
 /** Without these a look still has its lines. */
 const pictureCodes = new Set(
   (
@@ -272,9 +276,14 @@ export class Desk {
       at = this.now();
       seen = readSeen(await this.observe(options, notes));
     }
-    if (options.ocr === undefined && options.picture === true && !seen.hasText) {
-      at = this.now();
-      seen = await this.withText(seen, options, notes);
+    if (options.ocr === undefined && !seen.hasText) {
+      if (options.picture === true) {
+        at = this.now();
+        seen = await this.withText(seen, options, notes);
+      }
+      if (!seen.truncated) {
+        notes.push(silentWindow);
+      }
     }
     const observation = observationOf(target, {
       at,

@@ -57,12 +57,20 @@ const schema = z.strictObject({
 
 /** Why the steps end here; its text stands below the step. */
 class Stop extends Error {
+  look: Look | undefined;
+
   constructor(
-    code: string,
+    readonly code: string,
     message: string,
     readonly text = `refused, nothing was sent · ${code} · ${message}`,
   ) {
     super(message);
+  }
+
+  /** With the look that was taken before it was given up. */
+  after(look: Look): this {
+    this.look = look;
+    return this;
   }
 }
 
@@ -167,14 +175,40 @@ interface Run {
   done: number;
 }
 
+/** The node of the step, and the look that it is of: what is not there yet is waited for a moment. */
+async function foundFor(
+  step: Step,
+  context: { start: Observation; now: Observation },
+  house: House,
+): Promise<{ node: Node; now: Observation }> {
+  const { start, now } = context;
+  try {
+    return { node: nodeOf(step, start, now, house), now };
+  } catch (error) {
+    if (!(error instanceof Stop) || error.code !== 'not_found') {
+      throw error;
+    }
+    await house.desk.link.ask('settle', {});
+    const look = await house.desk.look(now.target);
+    if (!sameWindow(now, look.observation)) {
+      throw new Stop('not_found', `${error.message}, and another window came`).after(look);
+    }
+    try {
+      return { node: nodeOf(step, start, look.observation, house), now: look.observation };
+    } catch (again) {
+      throw again instanceof Stop ? again.after(look) : again;
+    }
+  }
+}
+
 async function oneStep(
   step: Step,
   context: { start: Observation; now: Observation; last: boolean; picture: boolean },
   call: Call,
   house: House,
 ): Promise<Acted> {
-  const { start, now } = context;
-  const node = nodeOf(step, start, now, house);
+  const { start } = context;
+  const { node, now } = await foundFor(step, context, house);
   requireAsked(step, node, house);
   const deed = { ...deedOf(step, node, house), picture: context.last && context.picture };
   return act(house.desk, { observation: now, node }, deed, call.signal);
@@ -228,6 +262,7 @@ async function runSteps(
       now = look.observation;
     } catch (error) {
       if (error instanceof Stop) {
+        run.last = error.look ?? run.last;
         run.lines.push(`${index + 1} ${error.text}`);
       } else if (error instanceof Refused) {
         run.lines.push(`${index + 1} ${refusalText(error)}`);
