@@ -1,5 +1,6 @@
 // How many characters a line of an outline takes in windows of several toolkits.
 
+import type { ChildProcess } from 'node:child_process';
 import { existsSync } from 'node:fs';
 
 import { handleOf } from './driver.js';
@@ -19,7 +20,7 @@ interface Window {
   name: string;
   program: string;
   /** Shows it, when opening alone does not. */
-  show?: (place: Place) => void;
+  show?: (place: Place) => ChildProcess;
   app: string;
   /** Seen when it is up. */
   text: string;
@@ -29,7 +30,7 @@ const windows: readonly Window[] = [
   {
     name: 'GTK 3: Thunar',
     program: 'thunar',
-    show: (place) => void show(place, 'thunar', ['/usr']),
+    show: (place) => show(place, 'thunar', ['/usr']),
     app: 'thunar',
     text: '"usr - Thunar"',
   },
@@ -48,7 +49,7 @@ const windows: readonly Window[] = [
   {
     name: 'Chromium: a page of news',
     program: 'chromium',
-    show: (place) => void showPage(place, 'news', article),
+    show: (place) => showPage(place, 'news', article),
     app: 'chromium',
     text: '"Share"',
   },
@@ -69,7 +70,7 @@ export async function charactersOfALine(place: Place): Promise<void> {
       row(window.name, 'is not installed', '', '');
       continue;
     }
-    window.show?.(place);
+    const process = window.show?.(place);
     const shown = await opened(driver, window.app, 'window', window.show !== undefined);
     const target = / as ([a-z]{3})$/m.exec(shown)?.[1];
     let text = shown;
@@ -84,5 +85,6 @@ export async function charactersOfALine(place: Place): Promise<void> {
     const lines = text.split('\n').filter((line) => /^ *\d+ /.test(line));
     const characters = lines.join('\n').length + 1;
     row(window.name, lines.length, characters, (characters / lines.length).toFixed(1));
+    process?.kill('SIGTERM');
   }
 }

@@ -46,7 +46,8 @@ const emptyWindow = 1;
 const mostTargets = 12;
 
 const silentWindow =
-  'the application tells nothing of what is in this window: observe with its picture, whose text is read; ' +
+  'the application tells nothing of what is in this window: it may still be filling (wait_for); ' +
+  'else observe with its picture, whose text is read; ' +
   'a browser that was started before accessibility was switched on has to be started again';
 
 /** Without these a look still has its lines. */

@@ -42,7 +42,8 @@ export const adviceFor: Readonly<Record<string, string>> = {
   app_closed: 'Call open_target again.',
   app_not_found: 'Call list_apps and take an identifier from there.',
   app_not_running: 'Call open_target once more: a slow application may be up by now.',
-  launch_failed: `The system could not start it. ${user}`,
+  launch_failed:
+    'Call open_target once more: a slow application may be up by now. Else tell the user.',
   focus_failed: 'Call open_target again; when that fails too, the user has to bring it forward.',
   no_window: 'Call open_target again: it opens or finds a window.',
   window_not_visible: 'Call open_target, which brings the window forward.',
