@@ -5,7 +5,7 @@ import type { HelperResult } from '../helper/client.js';
 import type { Node } from '../window/node.js';
 import { sameWindow, type Observation } from '../window/observation.js';
 import { differences, extent } from '../window/differences.js';
-import type { Desk, Look } from './desk.js';
+import { isEmpty, type Desk, type Look } from './desk.js';
 import { Cancelled } from './queue.js';
 
 export interface Deed {
@@ -129,6 +129,9 @@ async function lookAfter(desk: Desk, acted: Acted): Promise<void> {
       await desk.link.ask('settle', {});
       return desk.look(target, wanted);
     });
+    if (isEmpty(acted.after) && !sameWindow(acted.before, acted.after.observation)) {
+      acted.after = await desk.laterLook(target, wanted);
+    }
   } catch (error) {
     acted.after = error instanceof Error ? error : new Error(String(error));
   }

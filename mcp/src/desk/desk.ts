@@ -40,7 +40,7 @@ const connectMs = 20_000;
 const readTextMs = 20_000;
 const mostNodes = 5000;
 // How long a new window may take to fill, and how many nodes it has before.
-const fillMs = 3000;
+const filling = { quietMs: 300, timeoutMs: 3000 };
 const emptyWindow = 1;
 // Enough for every task of a desktop; the tenth application is opened again when it is needed.
 const mostTargets = 12;
@@ -107,6 +107,11 @@ function readSeen(result: HelperResult): Seen {
     picture: readPicture(result['image']),
     hasText: wires.some(says),
   };
+}
+
+/** Whether there is nothing but the window: a new one is filled a moment after it has come. */
+export function isEmpty(look: Look): boolean {
+  return look.observation.byNumber.size <= emptyWindow;
 }
 
 /** Whether the application fell silent before it told anything worth a look. */
@@ -250,16 +255,22 @@ export class Desk {
 
   /** The first look after opening: a window that just came up is given time to fill. */
   async firstLook(target: Target, options: LookOptions, wasRunning: boolean): Promise<Look> {
-    const settle = () => this.link.ask('settle', { quietMs: 300, timeoutMs: fillMs });
     if (!wasRunning) {
-      await settle();
+      await this.link.ask('settle', filling);
     }
-    let look = await this.look(target, options);
-    if (look.observation.byNumber.size <= emptyWindow) {
-      await settle();
-      look = await this.look(target, options);
+    const look = await this.look(target, options);
+    return isEmpty(look) ? this.laterLook(target, options) : look;
+  }
+
+  /** A look a moment later, at a window that lacks what was expected of it. */
+  async laterLook(target: Target, options: LookOptions = {}): Promise<Look> {
+    for (let tries = 1; ; tries++) {
+      await this.link.ask('settle', filling);
+      const look = await this.look(target, options);
+      if (!isEmpty(look) || tries === 3) {
+        return look;
+      }
     }
-    return look;
   }
 
   /** Looks at the target's window; whatever was looked at before cannot be acted on any more. */

@@ -188,8 +188,7 @@ async function foundFor(
     if (!(error instanceof Stop) || error.code !== 'not_found') {
       throw error;
     }
-    await house.desk.link.ask('settle', {});
-    const look = await house.desk.look(now.target);
+    const look = await house.desk.laterLook(now.target);
     if (!sameWindow(now, look.observation)) {
       throw new Stop('not_found', `${error.message}, and another window came`).after(look);
     }
