@@ -1,12 +1,13 @@
 // Puts the sources and what they use into a few files that Node reads fast: a server that is started
 // for every conversation must answer at once. sharp stays outside, since it is a library of the system.
 
-import { copyFileSync, rmSync } from 'node:fs';
+import { copyFileSync, mkdirSync, readdirSync, rmSync } from 'node:fs';
 
 import { build } from 'esbuild';
 
 rmSync('dist', { recursive: true, force: true });
-await build({
+const { metafile } = await build({
+  metafile: true,
   entryPoints: ['src/main.ts'],
   outdir: 'dist',
   bundle: true,
@@ -26,3 +27,19 @@ await build({
 
 // For --private-desktop.
 copyFileSync('../script/desktop', 'dist/desktop');
+
+// The licences of what is in the files now want to come with it.
+const libraries = new Set(
+  Object.keys(metafile.inputs).flatMap(
+    (path) => /.*node_modules\/(?:@[^/]+\/)?[^/]+/.exec(path)?.[0] ?? [],
+  ),
+);
+for (const library of libraries) {
+  const folder = `dist/licenses/${library.replace(/.*node_modules\//, '').replace('/', '-')}`;
+  const texts = readdirSync(library).filter((name) => /^(licen[cs]e|notice)/i.test(name));
+  if (texts.length === 0) {
+    throw new Error(`${library} has no licence beside it`);
+  }
+  mkdirSync(folder, { recursive: true });
+  texts.forEach((name) => copyFileSync(`${library}/${name}`, `${folder}/${name}`));
+}

@@ -54,7 +54,6 @@ stageServer() {
   # What only those need who build it, and where it was fetched.
   rm -rf "$folder/package-lock.json" "$folder/node_modules/.package-lock.json" \
     "$folder/node_modules/.bin" "$folder/node_modules/sharp/src" "$folder/node_modules/sharp/install"
-  stageLicences "$folder/licenses"
   scratch=$(mktemp -d)
   npm install --prefix "$scratch" --no-audit --no-fund --loglevel=error \
     "node-linux-$(nodeArchitecture)@$packagedNode" >&2
@@ -62,15 +61,6 @@ stageServer() {
   strip --strip-unneeded -o "$folder/node" "$node/bin/node"
   cp "$node/LICENSE" "$folder/LICENSE.node"
   rm -rf "$scratch"
-}
-
-# The licences of the libraries that are in the server's own files.
-stageLicences() {
-  local library name
-  (cd mcp && npm ls --omit=dev --all --parseable 2>/dev/null) | tail -n +2 | while read -r library; do
-    name=${library##*/node_modules/}
-    find "$library" -maxdepth 1 -iname 'licen[cs]e*' -exec install -D -m 644 {} "$1/${name//\//-}" \;
-  done
 }
 
 stageDocuments() {

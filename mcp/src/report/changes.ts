@@ -1,4 +1,8 @@
 // What changed from one observation to the next, for a reader.
+//
+// src/window/differences.ts tells an agent what differs between two looks of one conversation, whose
+// nodes are numbered and compacted for it. A recording has what the helper said, also to servers that
+// number nothing; a person reads all of it, with the titles of windows, and sees where it is.
 
 import { bounded } from './html.js';
 import { describeNode, statesOf, type Node, type Observation, type Rect } from './observation.js';
