@@ -251,6 +251,23 @@ describe('do_steps', () => {
     });
   });
 
+  test('finds what has no name by the box that it is in, and says what else has the name', async () => {
+    const frame = [120, 116, 200, 24];
+    const field = { role: 'AXTextField', value: '', frame };
+    const box = { role: 'AXPopUpButton', title: 'Search for:', frame, nodes: [field] };
+    await withSession(notes([box]), {}, async (session) => {
+      await opened(session);
+      const type = { do: 'type_text', find: 'search for:', text: 'two' };
+      const done = await session.call('do_steps', { steps: [{ ...type, role: 'textbox' }] });
+      assert.match(done.text, /^1 of 1 steps done/, done.text);
+      const none = await session.call('do_steps', { steps: [{ ...type, role: 'button' }] });
+      assert.match(
+        none.text,
+        /there is no button "search for:", but \d+ popupbutton "Search for:"/,
+      );
+    });
+  });
+
   test('waits a moment for a name that is about to be there', async () => {
     const button = (title: string, x: number) => ({
       role: 'AXButton',

@@ -112,6 +112,9 @@ function byName(step: Step, now: Observation): Node {
   const wanted = step.find ?? '';
   const what = `${step.role ?? 'node'}${wanted === '' ? '' : ` ${quoted(wanted, 60)}`}`;
   let found = matching(now, { text: wanted, role: step.role });
+  if (found.length === 0) {
+    found = withinNamed(step, now);
+  }
   const narrowings: ((node: Node) => boolean)[] = [
     (node) => node.name.toLowerCase() === wanted.trim().toLowerCase(),
     (node) => !node.inMenu,
@@ -124,13 +127,28 @@ function byName(step: Step, now: Observation): Node {
   }
   const [node] = found;
   if (node === undefined) {
-    throw new Stop('not_found', `there is no ${what}`);
+    const others = step.role === undefined ? [] : matching(now, { text: wanted });
+    const hint = wanted === '' || others.length === 0 ? '' : `, but ${listed(others)}`;
+    throw new Stop('not_found', `there is no ${what}${hint}`);
   }
   if (found.length > 1) {
-    const list = found.slice(0, 6).map(brief).join(', ');
-    throw new Stop('ambiguous', `there are ${found.length} of ${what}: ${list}`);
+    throw new Stop('ambiguous', `there are ${found.length} of ${what}: ${listed(found)}`);
   }
   return node;
+}
+
+/** Nameless ones in what has the name: the text field of a box with choices. */
+function withinNamed(step: Step, now: Observation): Node[] {
+  const wanted = (step.find ?? '').trim().toLowerCase();
+  return wanted === '' || step.role === undefined
+    ? []
+    : matching(now, { role: step.role }).filter(
+        (node) => node.name === '' && node.parent?.name.toLowerCase() === wanted,
+      );
+}
+
+function listed(nodes: readonly Node[]): string {
+  return nodes.slice(0, 6).map(brief).join(', ');
 }
 
 function nodeOf(step: Step, start: Observation, now: Observation, house: House): Node {
@@ -206,7 +224,6 @@ async function oneStep(
   call: Call,
   house: House,
 ): Promise<Acted> {
-  const { start } = context;
   const { node, now } = await foundFor(step, context, house);
   requireAsked(step, node, house);
   const deed = { ...deedOf(step, node, house), picture: context.last && context.picture };
