@@ -12,6 +12,8 @@ export interface Said {
 export class Driver {
   calls = 0;
   characters = 0;
+  /** Of the calls, those that only went on where a refusal had stopped the one before. */
+  repeated = 0;
 
   private constructor(
     private readonly client: Client,
@@ -51,12 +53,31 @@ export class Driver {
     return { text, isError: result.isError === true, ms };
   }
 
+  /** Several steps; where one was refused and nothing sent, they go on from there as the answer says. */
+  async steps(steps: readonly Record<string, unknown>[], target?: string): Promise<Said> {
+    let left = [...steps];
+    for (let tries = 0; ; tries++) {
+      const said = await this.call('do_steps', { steps: left, target });
+      const done = Number(/^(\d+) of /.exec(said.text)?.[1] ?? 0);
+      if (!said.text.includes('refused, nothing was sent') || tries === 3) {
+        return said;
+      }
+      this.repeated++;
+      const tag = tagOf(said.text) ?? '';
+      left = left.slice(done).map((step) => {
+        const number = typeof step['node'] === 'string' ? step['node'].split('.')[1] : undefined;
+        return number === undefined ? step : { ...step, node: `${tag}.${number}` };
+      });
+    }
+  }
+
   /** What was counted since the last time. */
-  taken(): { calls: number; characters: number } {
-    const { calls, characters } = this;
+  taken(): { calls: number; characters: number; repeated: number } {
+    const { calls, characters, repeated } = this;
     this.calls = 0;
     this.characters = 0;
-    return { calls, characters };
+    this.repeated = 0;
+    return { calls, characters, repeated };
   }
 
   close(): Promise<void> {
@@ -64,12 +85,17 @@ export class Driver {
   }
 }
 
+/** The last observation that the text names: "kfm7". */
+function tagOf(text: string): string | undefined {
+  return [...text.matchAll(/^([a-z]{3}\d+) · /gm)].pop()?.[1];
+}
+
 /** A line of a node, in a window or in what changed; its number. */
 const isNode = /^ *(?:[~+] )?(\d+) /;
 
 /** The handle of the first line of a node that matches: "kfm7.12". */
 export function handleOf(text: string, line: RegExp): string {
-  const tag = [...text.matchAll(/^([a-z]{3}\d+) · /gm)].pop()?.[1];
+  const tag = tagOf(text);
   const found = text.split('\n').find((one) => isNode.test(one) && line.test(one));
   const number = isNode.exec(found ?? '')?.[1];
   if (tag === undefined || number === undefined) {

@@ -43,8 +43,10 @@ describe('By tool calls alone', { skip: missing([]) }, () => {
     test(`one can ${task.name}`, { skip: missing(task.needs) }, async () => {
       place.driver.taken();
       await task.run(place);
-      const { calls, characters } = place.driver.taken();
-      assert.ok(calls <= 3 && characters <= 6000, `${calls} calls, ${characters} characters`);
+      const { calls, characters, repeated } = place.driver.taken();
+      // An application that is slow under load is refused or waited for now and then.
+      assert.ok(calls - repeated <= 4, `${calls} calls`);
+      assert.ok(characters <= 3500 * (1 + repeated), `${characters} characters`);
     });
   }
 });
