@@ -3,16 +3,21 @@
 import type { Differences } from '../window/differences.js';
 import { everyNode, type Node } from '../window/node.js';
 import type { Observation } from '../window/observation.js';
-import { brief, lineOf, outlineStyle, states } from './line.js';
+import { brief, lineOf, nameOf, outlineStyle, states } from './line.js';
 import { outline } from './outline.js';
 import { quoted } from './safe.js';
 
 function was(node: Node, before: Node): string {
   const parts: string[] = [];
-  if (node.name !== before.name) {
-    parts.push(before.name === '' ? 'nameless' : quoted(before.name, 60));
+  const name = nameOf(before);
+  if (nameOf(node) !== name) {
+    parts.push(name === '' ? 'nameless' : quoted(name, 60));
   }
-  if (node.value !== before.value && !node.secure && before.value !== before.name) {
+  if (
+    node.value !== before.value &&
+    !node.secure &&
+    (before.value === '' || before.value !== name)
+  ) {
     parts.push(before.value === '' ? 'empty' : `= ${quoted(before.value, 60)}`);
   }
   const without = (list: string[]) => list.filter((state) => state !== 'focused').join(' ');

@@ -31,14 +31,20 @@ function mark(node: Node): string {
   return '';
 }
 
+/** What it is called. A text field without a name is told under its content, which is its value. */
+export function nameOf(node: Node): string {
+  return node.editable && node.name === node.value ? '' : node.name;
+}
+
 function said(node: Node, style: LineStyle): string[] {
   const parts: string[] = [];
-  if (node.name !== '') {
-    parts.push(quoted(node.name, style.text));
+  const name = nameOf(node);
+  if (name !== '') {
+    parts.push(quoted(name, style.text));
   }
   if (node.secure) {
     parts.push('password');
-  } else if (node.value !== '' && node.value !== node.name && mark(node) === '') {
+  } else if (node.value !== '' && node.value !== name && mark(node) === '') {
     parts.push(`= ${quoted(node.value, style.text)}`);
   }
   if (

@@ -143,6 +143,23 @@ describe('What changed is told', () => {
     );
   });
 
+  test('as the content of a text field, not as its name', () => {
+    const field = (name: string) => ({
+      ...node('f', 'textbox', name),
+      value: name,
+      editable: true,
+      bounds: { x: 0, y: 0, width: 90, height: 20 },
+    });
+    assert.equal(
+      told([window, field('')], [window, field('one')]),
+      '~ 2 textbox = "one" (was empty)',
+    );
+    assert.equal(
+      told([window, field('one')], [window, field('two')]),
+      '~ 2 textbox = "two" (was = "one")',
+    );
+  });
+
   test('with how much is gone, not what stays elsewhere', () => {
     const panel = node('p', 'group', 'Panel');
     const inside = ['Ann', 'Bob'].map((name) => node(name, 'cell', name, 'p'));
