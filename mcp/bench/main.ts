@@ -1,7 +1,7 @@
 // What the server takes: tasks in real applications, their windows as text, and a page of 2,000
 // controls. Run by script/bench-mcp on a private desktop; the figures stand in docs/agent.md.
 
-import { mkdtempSync, rmSync } from 'node:fs';
+import { existsSync, mkdtempSync, rmSync } from 'node:fs';
 import { cpus, loadavg, tmpdir } from 'node:os';
 import { join, resolve } from 'node:path';
 import { fileURLToPath } from 'node:url';
@@ -37,6 +37,11 @@ async function everydayTasks(place: Place): Promise<boolean> {
   row('---', '---', '---', '---');
   let all = true;
   for (const task of tasks) {
+    const lacking = task.needs.filter((program) => !existsSync(join('/usr/bin', program)));
+    if (lacking.length > 0) {
+      row(task.name, `needs ${lacking.join(', ')}`, '', '');
+      continue;
+    }
     driver.taken();
     const begin = performance.now();
     try {
