@@ -10,4 +10,5 @@ set(TARQO_MAC_C_SOURCES
   ${CMAKE_CURRENT_LIST_DIR}/mac_login_session.cpp
   ${CMAKE_CURRENT_LIST_DIR}/mac_observers.cpp
   ${CMAKE_CURRENT_LIST_DIR}/mac_permissions.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/mac_web_trees.cpp
   ${CMAKE_CURRENT_LIST_DIR}/mac_window_server.cpp)

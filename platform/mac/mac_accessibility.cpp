@@ -42,7 +42,12 @@ std::optional<Value> MacAccessibility::attribute(const Element& element, std::st
   CfRef<CFTypeRef> value;
   const AXError error =
       AXUIElementCopyAttributeValue(ours->reference(), attribute.get(), value.out());
-  return error == kAXErrorSuccess ? valueOf(value.get(), ours->messagingTimeout()) : std::nullopt;
+  std::optional<Value> read =
+      error == kAXErrorSuccess ? valueOf(value.get(), ours->messagingTimeout()) : std::nullopt;
+  if (name == "AXChildren") {
+    webTrees_.listed(*ours, error, read);
+  }
+  return read;
 }
 
 std::vector<std::optional<Value>> MacAccessibility::attributes(
@@ -66,6 +71,7 @@ std::vector<std::optional<Value>> MacAccessibility::attributes(
     values[i] = valueOf(CFArrayGetValueAtIndex(read.get(), static_cast<CFIndex>(i)),
                         ours->messagingTimeout());
   }
+  webTrees_.described(*ours, names, values);
   return values;
 }
 

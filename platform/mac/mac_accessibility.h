@@ -16,6 +16,7 @@
 #include "platform/accessibility.h"
 #include "platform/mac/mac_element.h"
 #include "platform/mac/mac_observers.h"
+#include "platform/mac/mac_web_trees.h"
 
 namespace tarqo::mac {
 
@@ -57,6 +58,7 @@ class MacAccessibility final : public Accessibility {
   /// Of the last application. Until there is one, less than the system's own limit of some seconds.
   Duration messagingTimeout_ = std::chrono::milliseconds(500);
   MacObservers observers_;
+  MacWebTrees webTrees_;
 };
 
 }  // namespace tarqo::mac
