@@ -1,7 +1,21 @@
 # Libraries from the package manager, each behind one target.
 
-find_package(nlohmann_json 3.11 REQUIRED)
-find_package(PNG REQUIRED)
+# A Mac may have no package manager.
+option(TARQO_FETCH_JSON "Take the JSON library from its authors where none is installed" "${APPLE}")
+if(TARQO_FETCH_JSON)
+  find_package(nlohmann_json 3.11 QUIET)
+  if(NOT nlohmann_json_FOUND)
+    include(TarqoJson)
+  endif()
+else()
+  find_package(nlohmann_json 3.11 REQUIRED)
+endif()
+# Without it there is no simulated desktop, which on a Mac the helper does not need.
+if(APPLE AND NOT TARQO_TESTS)
+  find_package(PNG)
+else()
+  find_package(PNG REQUIRED)
+endif()
 find_package(Threads REQUIRED)
 
 if(APPLE)
