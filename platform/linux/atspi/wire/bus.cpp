@@ -201,7 +201,9 @@ BatchOutcome Batch::run(BatchLimits limits) {
       return BatchOutcome::complete;
     }
     const int processed = sd_bus_process(bus_.current(), nullptr);
-    if (processed < 0) {
+    // To the calls that a lost connection leaves open the library itself would answer with errors,
+    // which would pass for those of the application.
+    if (processed < 0 || sd_bus_is_open(bus_.current()) <= 0) {
       pending_.clear();
       bus_.drop();
       return BatchOutcome::lost;
