@@ -62,7 +62,7 @@ bool FieldTyping::awaitOther(const ObjectHandle& object, const std::string& befo
 
 bool FieldTyping::typeOver(const ObjectHandle& object, const std::string& text) {
   const std::optional<Toplevel> top = reader_.toplevelOf(object);
-  if (!top) {
+  if (!top || keyboard_ == nullptr) {
     return false;
   }
   ObjectHandle field = object;
