@@ -8,27 +8,10 @@
 
 #include "platform/linux/atspi/translate/attributes.h"
 #include "platform/linux/atspi/translate/view.h"
-#include "platform/linux/atspi/translate/visibility.h"
-#include "platform/linux/atspi/translate/window_matching.h"
+#include "tests/platform/linux/atspi/translate/properties_of.h"
 
 namespace tarqo::lnx::atspi {
 namespace {
-
-States statesOf(std::initializer_list<State> list) {
-  std::uint64_t bits = 0;
-  for (const State state : list) {
-    bits |= std::uint64_t{1} << static_cast<unsigned>(state);
-  }
-  return States(bits);
-}
-
-Properties propertiesOf(Role role, std::initializer_list<State> states = {}) {
-  Properties properties;
-  properties.alive = true;
-  properties.role = static_cast<std::uint32_t>(role);
-  properties.states = statesOf(states);
-  return properties;
-}
 
 void offer(Properties& properties, std::initializer_list<const char*> interfaces) {
   for (const char* name : interfaces) {
@@ -272,117 +255,6 @@ TEST(AtspiValues, AreSettableWhereTheToolkitTakesThem) {
   EXPECT_FALSE(hasSettableValue({shown}));
 }
 
-TEST(AtspiVisibility, FollowsTheShowingState) {
-  EXPECT_TRUE(isHidden({propertiesOf(Role::label, {State::visible})}));
-  EXPECT_FALSE(isHidden({propertiesOf(Role::label, {State::showing})}));
-  EXPECT_FALSE(isHidden({propertiesOf(Role::label, {State::visible}), Toolkit::gtk4}));
-}
-
-TEST(AtspiVisibility, SparesWhatIsInAClosedMenu) {
-  const Properties entry = propertiesOf(Role::menuItem);
-  EXPECT_TRUE(isHidden({entry}));
-  EXPECT_FALSE(isHidden({.properties = entry, .place = MenuPlace::menu, .inMenuBar = true}));
-}
-
-TEST(AtspiVisibility, EndsWhereAPlaceIsGarbage) {
-  Properties cell = propertiesOf(Role::tableCell, {State::showing});
-  cell.extents = Rect{-2147483648.0, -2147483648.0, 1, 1};
-  EXPECT_TRUE(isHidden({cell, Toolkit::gtk3}));
-  cell.extents = Rect{1545626248, 32764, 10, 10};
-  EXPECT_TRUE(isHidden({cell, Toolkit::gtk3}));
-  cell.extents = Rect{10, 20, 100, 20};
-  EXPECT_FALSE(isHidden({cell, Toolkit::gtk3}));
-}
-
-TEST(AtspiVisibility, EndsWhereOneIsScrolledAwayButNotForWhatHoldsIt) {
-  const Rect clip{0, 0, 100, 100};
-  const auto isHiddenAt = [&](Role role, Rect extents) {
-    Properties properties = propertiesOf(role, {State::visible});
-    properties.extents = extents;
-    return isHidden({.properties = properties, .toolkit = Toolkit::gtk4, .clip = clip});
-  };
-  EXPECT_FALSE(isHiddenAt(Role::label, {0, 80, 100, 30}));
-  EXPECT_TRUE(isHiddenAt(Role::label, {0, 90, 100, 30}));
-  EXPECT_FALSE(isHiddenAt(Role::list, {0, 90, 100, 3000}));
-  EXPECT_TRUE(isHiddenAt(Role::list, {0, 110, 100, 3000}));
-  EXPECT_FALSE(isHiddenAt(Role::text, {0, 0, 100, 3000}));
-}
-
-TEST(AtspiVisibility, EndsOutsideOfTheWindowWhereTheToolkitDoesNotSay) {
-  Properties row = propertiesOf(Role::label, {State::visible});
-  row.extents = Rect{0, 900, 100, 20};
-  const Rect window{0, 0, 500, 500};
-  EXPECT_TRUE(isHidden({.properties = row, .toolkit = Toolkit::gtk4, .clip = window}));
-  row.extents = Rect{0, 480, 100, 20};
-  EXPECT_FALSE(isHidden({.properties = row, .toolkit = Toolkit::gtk4, .clip = window}));
-}
-
-Toplevel toplevelOf(const char* name, Rect extents, Toolkit toolkit = Toolkit::gtk3) {
-  auto properties = std::make_shared<Properties>(propertiesOf(Role::frame));
-  properties->name = name;
-  properties->extents = extents;
-  return {{":1.1", name}, toolkit, properties, std::nullopt};
-}
-
-x11::LocatedWindow located(WindowNumber number, const char* title, Rect client) {
-  x11::LocatedWindow window;
-  window.number = number;
-  window.title = title;
-  window.client = client;
-  window.bounds = client;
-  return window;
-}
-
-TEST(AtspiWindows, AreMatchedByTitleBeforePlace) {
-  std::vector<Toplevel> objects{toplevelOf("A", {0, 0, 500, 400}),
-                                toplevelOf("B", {100, 100, 500, 400})};
-  const x11::LocatedWindow b = located(2, "B", {0, 0, 500, 400});
-  const x11::LocatedWindow a = located(1, "A", {100, 100, 500, 400});
-  matchWindows(objects, {b, a});
-  EXPECT_EQ(objects[0].window->number, 1U);
-  EXPECT_EQ(objects[1].window->number, 2U);
-}
-
-TEST(AtspiWindows, OfOneTitleAreMatchedByPlace) {
-  std::vector<Toplevel> objects{toplevelOf("A", {0, 0, 500, 400}),
-                                toplevelOf("A", {100, 100, 500, 400})};
-  const x11::LocatedWindow front = located(2, "A", {100, 100, 500, 400});
-  const x11::LocatedWindow back = located(1, "A", {0, 0, 500, 400});
-  matchWindows(objects, {front, back});
-  EXPECT_EQ(objects[0].window->number, 1U);
-  EXPECT_EQ(objects[1].window->number, 2U);
-}
-
-TEST(AtspiWindows, ThatNoObjectResemblesAreLeftAlone) {
-  std::vector<Toplevel> objects{toplevelOf("", {113, 35, 630, 88}, Toolkit::chromium)};
-  const x11::LocatedWindow page = located(1, "Page", {10, 10, 800, 600});
-  matchWindows(objects, {page});
-  EXPECT_FALSE(objects[0].window.has_value());
-}
-
-TEST(AtspiWindows, OfPlainWidgetsAreThoseThatAManagedWindowShows) {
-  const auto plain = [](const char* name, Rect extents) {
-    Toplevel object = toplevelOf(name, extents, Toolkit::qt);
-    auto properties = std::make_shared<Properties>(*object.properties);
-    properties->role = 20;  // A filler.
-    object.properties = properties;
-    return object;
-  };
-  std::vector<Toplevel> objects{plain("Tip", {5, 5, 80, 20}), plain("A", {0, 0, 500, 400}),
-                                plain("B", {9, 9, 300, 200}), toplevelOf("A", {0, 0, 500, 400}),
-                                toplevelOf("Unused", {0, 0, 10, 10})};
-  const x11::LocatedWindow a = located(1, "A", {0, 0, 500, 400});
-  const x11::LocatedWindow b = located(2, "B", {9, 9, 300, 200});
-  x11::LocatedWindow tip = located(3, "Tip", {5, 5, 80, 20});
-  tip.overrideRedirect = true;
-  pairWithWindows(objects, {tip, a, b});
-  ASSERT_EQ(objects.size(), 3U);
-  EXPECT_EQ(objects[0].window->number, 1U);  // The frame, before the widget of the same title.
-  EXPECT_FALSE(objects[1].window.has_value());
-  EXPECT_EQ(objects[2].properties->name, "B");
-  EXPECT_EQ(objects[2].window->number, 2U);
-}
-
 TEST(AtspiRoles, OfPlainWidgetsThatAreWindowsAreThoseOfWindows) {
   Properties label = propertiesOf(Role::label);
   label.name = "Plain";
@@ -392,22 +264,6 @@ TEST(AtspiRoles, OfPlainWidgetsThatAreWindowsAreThoseOfWindows) {
   EXPECT_EQ(textOf(window, "AXTitle"), "Plain");
   EXPECT_EQ(axActionNames(window), std::vector<std::string>{"AXRaise"});
   EXPECT_EQ(axRole({.properties = label, .toolkit = Toolkit::qt}).role, "AXStaticText");
-}
-
-TEST(AtspiWindows, OfGtk4AddTheShadowToTheirPlaces) {
-  Toplevel object = toplevelOf("A", {0, 0, 500, 400}, Toolkit::gtk4);
-  object.window = located(1, "A", {100, 50, 528, 429});
-  object.window->shadow = x11::Insets{14, 14, 12, 17};
-  EXPECT_EQ(screenOffset(object), (Point{114, 62}));
-  object.window->shadow.reset();
-  EXPECT_EQ(screenOffset(object), (Point{114, 64.5}));
-}
-
-TEST(AtspiWindows, OfOtherToolkitsReportPlacesOnTheScreen) {
-  Toplevel object = toplevelOf("A", {100, 50, 500, 400}, Toolkit::gtk3);
-  object.window = located(1, "A", {100, 50, 528, 429});
-  object.window->shadow = x11::Insets{14, 14, 12, 17};
-  EXPECT_EQ(screenOffset(object), (Point{0, 0}));
 }
 
 }  // namespace
