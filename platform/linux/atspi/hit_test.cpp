@@ -27,6 +27,16 @@ bool isMenuPart(const Properties& properties) {
          properties.is(Role::popupMenu);
 }
 
+/// Whether GTK 3 draws the children of such a container over each other.
+bool overlapsItsChildren(const Properties& properties) {
+  return properties.is(Role::panel) || properties.is(Role::frame) || properties.is(Role::dialog);
+}
+
+/// Whether it paints nothing itself.
+bool isMereContainer(const Properties& properties) {
+  return properties.is(Role::panel) || properties.is(Role::filler);
+}
+
 bool hasSizeOf(const Rect& extents, const x11::LocatedWindow& popup) {
   return extents.width == popup.client.width && extents.height == popup.client.height;
 }
@@ -184,24 +194,30 @@ bool HitTest::liesAt(const ObjectHandle& start, const Ref& ref, Point point) {
 /// nothing deeper comes serves them all. Empty when that takes longer than the messaging time-out:
 /// a shallower object must not pass for the one under the pointer.
 std::optional<Ref> HitTest::deepestAt(const ObjectHandle& start, Point point) {
-  ObjectHandle at = start;
   const Instant end = reader_.clock().now() + start.timeout;
-  std::vector<Ref> seen{start.ref};
+  std::vector<ObjectHandle> way{start};
   for (int depth = 0; depth < kMaxHitDepth; ++depth) {
-    std::optional<Ref> next = childAt(at, point);
+    std::optional<Ref> next = childAt(way.back(), point);
     if (!next) {
-      next = placedChildAt(at, point);
+      next = placedChildAt(way.back(), point);
     }
-    if (!next || std::ranges::find(seen, *next) != seen.end()) {
+    if (!next || std::ranges::find(way, *next, &ObjectHandle::ref) != way.end()) {
       break;
     }
-    seen.push_back(*next);
-    at.ref = *std::move(next);
+    way.push_back(start);
+    way.back().ref = *std::move(next);
     if (reader_.clock().now() >= end) {
       return std::nullopt;
     }
   }
-  return at.ref;
+  if (reader_.toolkitOf(start) == Toolkit::gtk3) {
+    if (std::optional<Ref> over = drawnOver(way, point)) {
+      ObjectHandle from = start;
+      from.ref = *std::move(over);
+      return deepestAt(from, point);
+    }
+  }
+  return way.back().ref;
 }
 
 std::optional<Ref> HitTest::childAt(const ObjectHandle& object, Point point) {
@@ -256,6 +272,62 @@ std::optional<Ref> HitTest::placedChildAt(const ObjectHandle& object, Point poin
         return Visit::skip;
       });
   return found;
+}
+
+/// What is drawn over the objects of a way down to a point. GTK 3 answers with the first child
+/// whose place holds the point, and draws the later ones over it: what an overlay shows (a search
+/// bar over a text), and the popovers of a window. Two rounds of requests, however long the way.
+std::optional<Ref> HitTest::drawnOver(const std::vector<ObjectHandle>& way, Point point) {
+  const std::vector<PropertiesPtr> properties =
+      reader_.readAll(way, Property::basics | Property::extents | Property::children);
+  std::vector<ObjectHandle> later;
+  std::vector<Rect> places;  // Of their parents.
+  for (std::size_t i = 0; i + 1 < way.size(); ++i) {
+    const std::optional<Rect> place =
+        properties[i] ? plausible(properties[i]->extents) : std::nullopt;
+    if (!place || !overlapsItsChildren(*properties[i]) || !properties[i]->children) {
+      continue;
+    }
+    const std::vector<Ref>& children = *properties[i]->children;
+    auto child = std::ranges::find(children, way[i + 1].ref);
+    for (child += child != children.end() ? 1 : 0;
+         child != children.end() && later.size() < kPlacedSearch; ++child) {
+      later.push_back(way[i]);
+      later.back().ref = *child;
+      places.push_back(*place);
+    }
+  }
+  const std::vector<PropertiesPtr> theirs =
+      reader_.readAll(later, Property::basics | Property::extents);
+  std::optional<Ref> over;
+  Rect parent;
+  for (std::size_t i = 0; i < later.size(); ++i) {
+    const std::optional<Rect> extents = theirs[i] ? plausible(theirs[i]->extents) : std::nullopt;
+    // The outermost container's cover those of the ones inside it.
+    if (!extents || !extents->contains(point) || !isShowing(*theirs[i], Toolkit::gtk3) ||
+        (over && parent != places[i])) {
+      continue;
+    }
+    // One that fills the whole container may be empty where the point is, and let it through.
+    const bool fills = extents->width >= places[i].width && extents->height >= places[i].height;
+    if (!fills || showsSomethingAt(later[i], point)) {
+      over = later[i].ref;
+      parent = places[i];
+    }
+  }
+  return over;
+}
+
+/// Whether more than containers lies at the point.
+bool HitTest::showsSomethingAt(const ObjectHandle& object, Point point) {
+  const std::optional<Ref> deepest = deepestAt(object, point);
+  if (!deepest) {
+    return false;
+  }
+  ObjectHandle found = object;
+  found.ref = *deepest;
+  const PropertiesPtr its = reader_.read(found, Property::basics);
+  return its && !isMereContainer(*its);
 }
 
 }  // namespace tarqo::lnx::atspi

@@ -37,6 +37,8 @@ class HitTest {
   [[nodiscard]] std::optional<Ref> deepestAt(const ObjectHandle& start, Point point);
   [[nodiscard]] std::optional<Ref> childAt(const ObjectHandle& object, Point point);
   [[nodiscard]] std::optional<Ref> placedChildAt(const ObjectHandle& object, Point point);
+  [[nodiscard]] std::optional<Ref> drawnOver(const std::vector<ObjectHandle>& way, Point point);
+  [[nodiscard]] bool showsSomethingAt(const ObjectHandle& object, Point point);
 
   Reader& reader_;
   TreeRelations& relations_;
