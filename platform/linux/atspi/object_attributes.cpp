@@ -90,6 +90,15 @@ std::optional<Value> ObjectAttributes::attribute(const ObjectHandle& object,
     // A window in its icon is minimised, not hidden.
     return std::nullopt;
   }
+  if (name == "AXTitle" && isWindow(object, *properties)) {
+    // Qt has a title made for the X server when the application gives none, and says no name; GTK 4
+    // may say the name of a class.
+    const bool saysNone = properties->name.empty() || reader_.toolkitOf(object) == Toolkit::gtk4;
+    const std::optional<Toplevel> top = saysNone ? reader_.toplevelOf(object) : std::nullopt;
+    if (top && top->ref == object.ref && top->window && !top->window->title.empty()) {
+      return Value{top->window->title};
+    }
+  }
   return plainAttribute(viewOf(object, *properties), name);
 }
 

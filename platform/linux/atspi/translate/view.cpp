@@ -101,6 +101,10 @@ AxRole axRole(const View& view) {
     }
   }
   const RoleRow row = refined(roleRow(properties.role), properties.states);
+  if (row.axRole == "AXComboBox" && properties.has(Interface::editableText)) {
+    // Firefox's address bar is its own field; in other toolkits the field is a child.
+    return {"AXTextField", ""};
+  }
   if (isSearchField(view)) {
     return {row.axRole, "AXSearchField"};
   }

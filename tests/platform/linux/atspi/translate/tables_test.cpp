@@ -255,6 +255,13 @@ TEST(AtspiValues, AreSettableWhereTheToolkitTakesThem) {
   EXPECT_FALSE(hasSettableValue({shown}));
 }
 
+TEST(AtspiRoles, MakeAFieldOfAComboBoxThatTakesATextItself) {
+  Properties box = propertiesOf(Role::comboBox, {State::editable});
+  EXPECT_EQ(axRole({box}).role, "AXComboBox");
+  offer(box, {"EditableText"});
+  EXPECT_EQ(axRole({box}).role, "AXTextField");
+}
+
 TEST(AtspiRoles, OfPlainWidgetsThatAreWindowsAreThoseOfWindows) {
   Properties label = propertiesOf(Role::label);
   label.name = "Plain";
