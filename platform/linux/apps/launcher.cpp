@@ -1,5 +1,7 @@
 #include "platform/linux/apps/launcher.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <array>
 #include <cstdlib>
@@ -50,6 +52,23 @@ std::string gtkModules() {
   return variable;
 }
 
+/// Swing reports to AT-SPI by a class that the virtual machine has to be told of. It refuses to
+/// start when the class is not there.
+constexpr const char* kJavaOptions = "JAVA_TOOL_OPTIONS";
+constexpr const char* kJavaBridge = "/usr/share/java/java-atk-wrapper.jar";
+
+/// The user's own options with the bridge behind them, where it is installed.
+std::optional<std::string> javaOptions() {
+  if (access(kJavaBridge, R_OK) != 0) {
+    return std::nullopt;
+  }
+  const char* theirs = std::getenv(kJavaOptions);
+  return std::string(kJavaOptions) + '=' + (theirs != nullptr ? theirs : "") +
+         " -Djavax.accessibility.assistive_technologies=org.GNOME.Accessibility.AtkWrapper"
+         " -Xbootclasspath/a:" +
+         kJavaBridge;
+}
+
 SpawnRequest requestOf(const DesktopEntry& entry, const std::vector<std::string>& extraArguments) {
   SpawnRequest request;
   request.program = resolvedProgram(entry.command.front());
@@ -65,6 +84,12 @@ SpawnRequest requestOf(const DesktopEntry& entry, const std::vector<std::string>
     request.environment.emplace_back(wanted);
   }
   request.environment.push_back(gtkModules());
+  if (std::optional<std::string> options = javaOptions()) {
+    std::erase_if(request.environment, [](const std::string& variable) {
+      return variable.starts_with(std::string(kJavaOptions) + '=');
+    });
+    request.environment.push_back(*std::move(options));
+  }
   request.environment.push_back("GIO_LAUNCHED_DESKTOP_FILE=" + entry.path);
   request.pidVariable = "GIO_LAUNCHED_DESKTOP_FILE_PID";
   request.folder = entry.folder;
