@@ -13,8 +13,11 @@ constexpr auto kReadBackPoll = std::chrono::milliseconds(10);
 /// Between the events of two characters. A page may handle each of them.
 constexpr auto kBetweenKeys = std::chrono::milliseconds(4);
 
-/// For the last keys to pass through the page.
+/// For the next keys to pass through the page after it has shown some.
 constexpr auto kArrival = std::chrono::milliseconds(500);
+
+/// For all of them. A machine that has too much to do takes long for the first.
+constexpr auto kArrivalAtMost = std::chrono::milliseconds(1500);
 
 /// For a field to show what it was set to.
 constexpr auto kSettingPatience = std::chrono::milliseconds(250);
@@ -156,11 +159,16 @@ bool FieldTyping::selects(const ObjectHandle& object, std::int32_t characters) {
 /// be read whole, the length alone shows whether some of it has stayed.
 bool FieldTyping::awaitContent(const ObjectHandle& object, const std::string& text,
                                const Content& before) {
-  const Instant deadline = reader_.clock().now() + kArrival;
+  const Instant end = reader_.clock().now() + kArrivalAtMost;
+  Instant settled = end;  // When nothing has arrived.
   std::optional<Content> now = measuredContentOf(object);
-  while (now && now->text != text && reader_.clock().now() < deadline) {
+  while (now && now->text != text && reader_.clock().now() < std::min(settled, end)) {
     reader_.clock().sleep(kReadBackPoll);
-    now = measuredContentOf(object);
+    std::optional<Content> next = measuredContentOf(object);
+    if (next && next->text != now->text) {
+      settled = reader_.clock().now() + kArrival;
+    }
+    now = std::move(next);
   }
   if (!now || now->text == text) {
     return now.has_value();

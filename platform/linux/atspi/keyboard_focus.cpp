@@ -9,6 +9,9 @@ namespace {
 
 constexpr auto kFocusPoll = std::chrono::milliseconds(10);
 
+/// For the application to report a focus that it was given.
+constexpr auto kFocusArrives = std::chrono::milliseconds(800);
+
 }  // namespace
 
 bool KeyboardFocus::grab(const ObjectHandle& object) {
@@ -74,7 +77,7 @@ bool KeyboardFocus::postPair(EventSource* source, Pid receiver, const InputEvent
 }
 
 bool KeyboardFocus::await(const ObjectHandle& object) {
-  const Instant deadline = reader_.clock().now() + object.timeout;
+  const Instant deadline = reader_.clock().now() + kFocusArrives;
   while (reader_.clock().now() < deadline) {
     const PropertiesPtr properties = reader_.read(object, Property::basics);
     if (!properties) {

@@ -184,10 +184,17 @@ std::optional<Element> TreeRelations::openerIn(const ObjectHandle& menu,
   return makeElement(std::move(opener));
 }
 
-/// GTK 3 and Chromium give these menus windows of their own, Qt no parent at all.
+/// GTK 3 and Chromium give these menus windows of their own, Qt no parent at all. GTK 2 does not
+/// announce them.
 std::vector<Ref> TreeRelations::contextMenus(const ObjectHandle& window) {
+  std::vector<Ref> open = notifications_.openMenus(window.pid);
+  for (Ref& ref : inPopups(window)) {
+    if (std::ranges::find(open, ref) == open.end()) {
+      open.push_back(std::move(ref));
+    }
+  }
   std::vector<Ref> result;
-  for (Ref& ref : notifications_.openMenus(window.pid)) {
+  for (Ref& ref : open) {
     ObjectHandle menu = window;
     menu.ref = ref;
     menu.window = {};
@@ -195,6 +202,24 @@ std::vector<Ref> TreeRelations::contextMenus(const ObjectHandle& window) {
     if (properties && (properties->is(Role::menu) || properties->is(Role::popupMenu)) &&
         isShowing(*properties, reader_.toolkitOf(menu)) && isDetachedMenu(menu)) {
       result.push_back(std::move(ref));
+    }
+  }
+  return result;
+}
+
+/// What is in the application's popups that are objects of their own.
+std::vector<Ref> TreeRelations::inPopups(const ObjectHandle& window) {
+  std::vector<Ref> result;
+  for (const Toplevel& top : reader_.windowsOf(window.pid, window.timeout).toplevels) {
+    if (!top.window || !top.window->overrideRedirect) {
+      continue;
+    }
+    ObjectHandle popup = window;
+    popup.ref = top.ref;
+    popup.window = top.ref;
+    const PropertiesPtr properties = reader_.read(popup, Property::basics | Property::children);
+    if (properties && properties->children) {
+      result.insert(result.end(), properties->children->begin(), properties->children->end());
     }
   }
   return result;

@@ -54,6 +54,7 @@ class TreeRelations {
                                                const Properties& properties);
   [[nodiscard]] std::optional<Element> openerIn(const ObjectHandle& menu,
                                                 const Properties& properties);
+  [[nodiscard]] std::vector<Ref> inPopups(const ObjectHandle& window);
   [[nodiscard]] bool isDetachedMenu(const ObjectHandle& menu);
 
   Reader& reader_;

@@ -14,6 +14,9 @@ constexpr double kTolerance = 3;
 /// The distance to every window of an object that does not report its place.
 constexpr double kPlaceUnknown = 1e6;
 
+/// The widest frame that GTK 4 draws around a window's content, on one side.
+constexpr double kWidestFrame = 32;
+
 /// Programs keep windows of a few pixels that only receive messages.
 constexpr double kLeastSide = 32;
 
@@ -47,6 +50,16 @@ Rect withoutShadow(const x11::LocatedWindow& window) {
           window.client.height - shadow.top - shadow.bottom};
 }
 
+/// How much less even than a frame the difference between a GTK 4 window and its content is. GTK 4
+/// tells nobody of the frame that it draws where there are no shadows.
+double framedDistance(const Rect& content, const x11::LocatedWindow& window) {
+  const double sideways = window.client.width - content.width;
+  const double upright = window.client.height - content.height;
+  const bool fits = std::min(sideways, upright) >= 0 &&
+                    std::max(sideways, upright) <= 2 * kWidestFrame && !window.shadow;
+  return fits ? std::abs(sideways - upright) : kPlaceUnknown - 1;
+}
+
 /// Toolkits report a top-level object with or without its decorations and shadows.
 double resemblance(const Toplevel& toplevel, const x11::LocatedWindow& window) {
   const std::optional<Rect> extents = plausible(toplevel.properties->extents);
@@ -54,7 +67,8 @@ double resemblance(const Toplevel& toplevel, const x11::LocatedWindow& window) {
     return kPlaceUnknown;
   }
   const bool sizeOnly = toplevel.toolkit == Toolkit::gtk4;
-  return std::min({distance(*extents, window.client, sizeOnly),
+  return std::min({sizeOnly ? framedDistance(*extents, window) : kPlaceUnknown - 1,
+                   distance(*extents, window.client, sizeOnly),
                    distance(*extents, window.bounds, sizeOnly),
                    distance(*extents, withoutShadow(window), sizeOnly)});
 }

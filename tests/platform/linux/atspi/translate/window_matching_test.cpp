@@ -76,6 +76,18 @@ TEST(AtspiTwins, WhereAToolkitReportsNoPlaceWindowsOfOneSizeAreTwins) {
   EXPECT_EQ(numbersOf(objects), (Numbers{0, 0}));
 }
 
+TEST(AtspiWindows, OfGtk4AreKnownByAnEvenFrameAroundTheirContent) {
+  const Rect client{205, 105, 870, 690};
+  std::vector<Toplevel> objects{object("/1", "ClocksWindow", Rect{0, 0, 860, 680}, Toolkit::gtk4)};
+  (void)matchWindows(objects, {xWindow(10, "Clocks", client)});
+  EXPECT_EQ(numbersOf(objects), Numbers{10});
+  for (const Rect& other : {Rect{0, 0, 860, 660}, Rect{0, 0, 780, 600}, Rect{0, 0, 880, 700}}) {
+    std::vector<Toplevel> others{object("/1", "ClocksWindow", other, Toolkit::gtk4)};
+    (void)matchWindows(others, {xWindow(10, "Clocks", client)});
+    EXPECT_EQ(numbersOf(others), Numbers{0}) << other.width;
+  }
+}
+
 TEST(AtspiTwins, AProofOfOneTwinSettlesTheOther) {
   for (const auto& [proven, expected] : {std::pair(ProvenPair{refOf("/1"), 10}, Numbers{10, 20}),
                                          std::pair(ProvenPair{refOf("/2"), 10}, Numbers{20, 10})}) {
