@@ -30,7 +30,10 @@ function expect(met: boolean, what: string): void {
 
 /** Ends with the desktop that it is shown on. */
 export function show(place: Place, command: string, args: string[]): ChildProcess {
-  return spawn(command, args, { stdio: 'ignore', env: place.environment });
+  const child = spawn(command, args, { stdio: 'ignore', env: place.environment });
+  // It is not waited for: a file manager stays when its window is closed.
+  child.unref();
+  return child;
 }
 
 export function showPage(place: Place, name: string, html: string): ChildProcess {
