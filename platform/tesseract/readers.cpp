@@ -59,21 +59,20 @@ Readers::Readers(std::string dataFolder, std::size_t most)
 
 std::optional<std::string> Readers::prepare() { return readers_.front()->prepare(); }
 
-/// How many recognisers are ready, when so many are wanted; one that cannot be loaded is done
-/// without.
-std::size_t Readers::prepared(std::size_t wanted) {
-  while (readers_.size() < std::min(wanted, most_)) {
+/// How many recognisers are ready for so much work; one that cannot be loaded is done without.
+std::size_t Readers::preparedFor(std::size_t count) {
+  while (readers_.size() < std::min(count / kEach, most_)) {
     auto another = std::make_unique<Tesseract>(dataFolder_);
     if (another->prepare()) {
       break;
     }
     readers_.push_back(std::move(another));
   }
-  return std::clamp<std::size_t>(wanted, 1, readers_.size());
+  return std::min(count, readers_.size());
 }
 
 void Readers::forEach(std::size_t count, const Work& work) {
-  const std::size_t used = prepared(count / kEach);
+  const std::size_t used = preparedFor(count);
   Queue queue(count, work);
   {
     std::vector<std::jthread> threads;

@@ -28,12 +28,12 @@ class Readers {
   using Work = std::function<void(Tesseract& reader, std::size_t index)>;
 
   /// Calls `work` once for each index below `count`, in about this order, on the calling thread and
-  /// on others that have ended when this returns. With few indices on the calling thread alone.
+  /// on others that have ended when this returns. No recogniser is loaded for a few indices.
   /// What `work` throws is thrown here, after the others have ended. Requires `prepare`.
   void forEach(std::size_t count, const Work& work);
 
  private:
-  [[nodiscard]] std::size_t prepared(std::size_t wanted);
+  [[nodiscard]] std::size_t preparedFor(std::size_t count);
 
   std::string dataFolder_;
   std::size_t most_;

@@ -52,7 +52,7 @@ TEST(Readers, AreOfOneThreadEach) {
   EXPECT_EQ(used.size(), 2U);
 }
 
-TEST(Readers, DoLittleWorkOnTheCallingThread) {
+TEST(Readers, AreNotLoadedForALittleWork) {
   Readers readers = prepared(4);
   readers.forEach(4, [caller = std::this_thread::get_id()](Tesseract&, std::size_t) {
     EXPECT_EQ(std::this_thread::get_id(), caller);
