@@ -5,10 +5,13 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <functional>
 #include <limits>
 #include <memory>
+#include <mutex>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/platform/linux/atspi/made_up_application.h"
@@ -155,9 +158,32 @@ TEST_P(UnrulyApplication, MayRefuseEveryMethod) {
   }
 }
 
-TEST_P(UnrulyApplication, MayAnswerEveryMethodWithAnotherType) {
+/// What one method is answered with instead of the truth. Set by the test, read by the bus's
+/// thread, which may still have a call to answer when the test goes on.
+class Lie {
+ public:
   using Reply = std::function<int(sd_bus_message*)>;
-  const Reply kWrong[] = {
+
+  void set(const std::string& method, Reply reply) {
+    const std::lock_guard lock(mutex_);
+    method_ = method;
+    reply_ = std::move(reply);
+  }
+
+  int answer(sd_bus_message* call) {
+    const std::lock_guard lock(mutex_);
+    const char* member = sd_bus_message_get_member(call);
+    return reply_ && member != nullptr && method_ == member ? reply_(call) : 0;
+  }
+
+ private:
+  std::mutex mutex_;
+  std::string method_;
+  Reply reply_;
+};
+
+TEST_P(UnrulyApplication, MayAnswerEveryMethodWithAnotherType) {
+  const Lie::Reply kWrong[] = {
       [](auto* call) { return sd_bus_reply_method_return(call, "") + 1; },
       [](auto* call) { return sd_bus_reply_method_return(call, "s", "wrong") + 1; },
       [](auto* call) { return sd_bus_reply_method_return(call, "i", -1) + 1; },
@@ -173,22 +199,17 @@ TEST_P(UnrulyApplication, MayAnswerEveryMethodWithAnotherType) {
       [](auto* call) { return replyWithBytes(call, "s", std::string("\2\0\0\0\xC3\x28\0", 7)); },
       [](auto* call) { return replyWithBytes(call, "as", std::string("\xFF\xFF\0\0", 4)); },
   };
-  std::atomic<const Reply*> wrong = nullptr;
-  std::string method;  // Changed only while no call is under way.
-  RecordedDesktop& desktop = start([&](sd_bus_message* call) {
-    return wrong != nullptr && method == sd_bus_message_get_member(call) ? (*wrong)(call) : 0;
-  });
+  const auto lie = std::make_shared<Lie>();
+  RecordedDesktop& desktop = start([lie](sd_bus_message* call) { return lie->answer(call); });
   EXPECT_TRUE(isWhole(namesAfter(3s)));
   for (const auto& [asked, times] : desktop.bus().calls()) {
     for (std::size_t shape = 0; shape < std::size(kWrong); ++shape) {
       SCOPED_TRACE(asked + " answered in shape " + std::to_string(shape));
-      wrong = nullptr;
-      method = asked;
-      wrong = &kWrong[shape];
+      lie->set(asked, kWrong[shape]);
       EXPECT_FALSE(namesAfter(4s).empty());
     }
   }
-  wrong = nullptr;
+  lie->set("", nullptr);
   EXPECT_TRUE(isWhole(namesAfter(3s)));
 }
 
