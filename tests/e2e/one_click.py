@@ -137,6 +137,7 @@ class OneDialogClickTests(OneClick):
     def test_a_button_that_opens_a_dialog(self):
         for answer in ("OK", "Cancel"):
             self.expect_once(self.node("Open dialog", "button"), "clicked Open dialog")
+            self.app.wait_for("dialog opened")  # Pages report it a moment later.
             self.assertEqual(self.app.count("dialog opened"), 1)
             self.expect_once(self.dialog_button(answer), "dialog answered " + answer)
 

@@ -7,7 +7,8 @@ import unittest
 
 import x_windows
 from e2e import (
-    GTK3, HELPER, QT, READY_SECONDS, AppLog, Helper, HelperTest, end_process, nodes_of, wait_until)
+    GTK3, HELPER, QT, READY_SECONDS, AppLog, Helper, HelperError, HelperTest, end_process, nodes_of,
+    wait_until)
 from pixels import Picture
 from private_desktop import PrivateDesktop
 
@@ -35,8 +36,15 @@ class WindowTest(HelperTest):
         return self.call("geometry")["visibility"]
 
     def expect_title(self, title):
-        wait_until(lambda: self.observe()["snapshot"]["title"] == title, 5,
-                   "the target is the window called " + title)
+        def has_title():
+            try:
+                return self.observe()["snapshot"]["title"] == title
+            except HelperError as error:
+                if error.code != "stale_snapshot":
+                    raise
+                return False  # The window changed while it was looked at.
+
+        wait_until(has_title, 5, "the target is the window called " + title)
 
 
 class Covered(WindowTest):

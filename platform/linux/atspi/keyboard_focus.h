@@ -32,7 +32,7 @@ class KeyboardFocus {
   /// does nothing else: a field for text.
   [[nodiscard]] bool isGrabbedByClick(const Properties& properties);
 
-  /// Waits until an object reports the focus, for one messaging time-out; false when it does not.
+  /// Waits until an object reports the focus, for 0.8 s at most; false when it does not.
   [[nodiscard]] bool await(const ObjectHandle& object);
 
   /// Whether keys go to the object's window, according to the X server now.
