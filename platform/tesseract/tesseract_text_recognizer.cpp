@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <exception>
 #include <functional>
-#include <iterator>
 #include <optional>
 #include <utility>
 
@@ -55,17 +54,17 @@ class PictureReader {
 
   [[nodiscard]] std::vector<RecognizedLine> read() {
     TextRegions regions = findTextRegions(image_);
-    const auto isInsideLarge = [&](const PixelBox& line) {
-      return isInsideOneOf(regions.large, line);
-    };
-    const auto inside = std::ranges::stable_partition(regions.lines, std::not_fn(isInsideLarge));
-    readLines({regions.lines.begin(), inside.begin()}, 0);
+    std::vector<PixelBox> outside;
+    std::vector<PixelBox> insideLarge;
+    for (const PixelBox& line : regions.lines) {
+      (isInsideOneOf(regions.large, line) ? insideLarge : outside).push_back(line);
+    }
+    readLines(outside, 0);
     const std::vector<PixelBox> headlines = readLines(regions.large, kMinPictureConfidence);
     // What is inside large letters is a part of them.
-    std::vector<PixelBox> insideOther;
-    std::ranges::copy_if(inside, std::back_inserter(insideOther),
-                         [&](const PixelBox& line) { return !isInsideOneOf(headlines, line); });
-    readLines(insideOther, 0);
+    std::erase_if(insideLarge,
+                  [&](const PixelBox& line) { return isInsideOneOf(headlines, line); });
+    readLines(insideLarge, 0);
     lookTwice();
     // The largest may be a whole screen, the smallest are thumbnails.
     std::ranges::sort(regions.pictures, std::greater<>(), areaOf);

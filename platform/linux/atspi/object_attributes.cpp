@@ -52,6 +52,20 @@ std::vector<std::optional<Value>> ObjectAttributes::silentWindow(
   return values;
 }
 
+/// Qt has a title made for the X server when the application gives none, and says no name; GTK 4
+/// may say the name of a class. Empty where the window's own name is right.
+std::optional<Value> ObjectAttributes::serversTitle(const ObjectHandle& window,
+                                                    const Properties& properties) {
+  if (!properties.name.empty() && reader_.toolkitOf(window) != Toolkit::gtk4) {
+    return std::nullopt;
+  }
+  const std::optional<Toplevel> top = reader_.toplevelOf(window);
+  if (!top || top->ref != window.ref || !top->window || top->window->title.empty()) {
+    return std::nullopt;
+  }
+  return Value{top->window->title};
+}
+
 std::optional<Value> ObjectAttributes::attribute(const ObjectHandle& object,
                                                  const PropertiesPtr& properties,
                                                  std::string_view name) {
@@ -91,12 +105,8 @@ std::optional<Value> ObjectAttributes::attribute(const ObjectHandle& object,
     return std::nullopt;
   }
   if (name == "AXTitle" && isWindow(object, *properties)) {
-    // Qt has a title made for the X server when the application gives none, and says no name; GTK 4
-    // may say the name of a class.
-    const bool saysNone = properties->name.empty() || reader_.toolkitOf(object) == Toolkit::gtk4;
-    const std::optional<Toplevel> top = saysNone ? reader_.toplevelOf(object) : std::nullopt;
-    if (top && top->ref == object.ref && top->window && !top->window->title.empty()) {
-      return Value{top->window->title};
+    if (std::optional<Value> title = serversTitle(object, *properties)) {
+      return title;
     }
   }
   return plainAttribute(viewOf(object, *properties), name);

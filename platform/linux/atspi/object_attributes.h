@@ -37,6 +37,8 @@ class ObjectAttributes {
   [[nodiscard]] std::optional<Value> attribute(const ObjectHandle& object,
                                                const PropertiesPtr& properties,
                                                std::string_view name);
+  [[nodiscard]] std::optional<Value> serversTitle(const ObjectHandle& window,
+                                                  const Properties& properties);
 
   Reader& reader_;
   TreeRelations& relations_;
