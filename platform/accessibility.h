@@ -153,7 +153,9 @@ class Accessibility {
   /// where the system does not tell.
   [[nodiscard]] virtual std::optional<Element> otherKeyWindow(const Element& window) = 0;
 
-  /// Sets an attribute; true when the application accepted the value.
+  /// Sets an attribute; true when the application accepted the value. Where a backend has to type
+  /// it, or to wait for a focus to be reported, this takes longer than a messaging time-out: as
+  /// long as the keys need, and 1.5 s more.
   [[nodiscard]] virtual bool set(const Element& element, std::string_view name,
                                  const Value& value) = 0;
 
